@@ -1,0 +1,1 @@
+#include "plant/nc.h"

@@ -60,8 +60,8 @@ public:
     std::uint32_t mode(int channel) const; // 5 automatic while a program runs, 1 manual otherwise
     bool moving(int channel) const;        // an axis of the channel is being interpolated
     bool event(int number) const;
-    QString error(int channel) const;      // text of the last error, with its line; empty when none
-    int currentLine(int channel) const;    // 1-based line of the statement being executed, 0 when idle
+    QString error(int channel) const;   // text of the last error, with its line; empty when none
+    int currentLine(int channel) const; // 1-based line of the statement being executed, 0 when idle
 
 private:
     struct Private;

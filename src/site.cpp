@@ -16,8 +16,7 @@ Site::Site()
     : drive{QStringLiteral(MIRTA_DRIVE_HOST), 5190, 5191}
     , kvs{QStringLiteral(MIRTA_KVS_HOST), 5196, 5197}
     , kvk{QStringLiteral(MIRTA_KVK_HOST), 5198, 5199}
-{
-}
+{}
 
 QString Site::path(const QString& absolute) const
 {

@@ -1,0 +1,30 @@
+# What the build and the tests need from Debian 12; sourced by `run` and `check`.
+
+MIRTA_PACKAGES="build-essential cmake ninja-build ccache qtbase5-dev qtbase5-dev-tools fonts-dejavu-core"
+
+# Installs what is missing, as root or with sudo. Says nothing when nothing is.
+install_missing() {
+    missing=""
+    for package in $MIRTA_PACKAGES; do
+        dpkg-query -W -f='${Status}' "$package" 2>/dev/null | grep -q "install ok installed" || missing="$missing $package"
+    done
+    [ -z "$missing" ] && return 0
+    echo "Installing:$missing"
+    sudo=""
+    [ "$(id -u)" -eq 0 ] || sudo="sudo"
+    export DEBIAN_FRONTEND=noninteractive
+    # shellcheck disable=SC2086
+    $sudo apt-get update -qq && $sudo apt-get install -y -qq --no-install-recommends $missing >/dev/null
+}
+
+# Configures and builds a preset: build_preset NAME [TARGET ...]
+build_preset() {
+    preset=$1
+    shift
+    cmake --preset "$preset" >/dev/null || return 1
+    if [ $# -gt 0 ]; then
+        cmake --build --preset "$preset" --target "$@"
+    else
+        cmake --build --preset "$preset"
+    fi
+}

@@ -1,0 +1,503 @@
+#include "hand.h"
+
+#include <QAbstractButton>
+#include <QApplication>
+#include <QElapsedTimer>
+#include <QLabel>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QMenu>
+#include <QMessageBox>
+#include <QPainter>
+#include <QTabWidget>
+#include <QTableWidget>
+#include <QThread>
+#include <QWindow>
+#include <QtTest/qtestkeyboard.h>
+#include <QtTest/qtestmouse.h>
+
+#include <thread>
+
+namespace {
+
+constexpr int kPollPeriod = 10; // ms
+
+// Windows from the topmost down: the open popup, the modal window, then the rest.
+QWidgetList windowsFromTop()
+{
+    QWidgetList list;
+    for (QWidget* top : {QApplication::activePopupWidget(), QApplication::activeModalWidget()}) {
+        if (top && !list.contains(top))
+            list << top;
+    }
+    QWidgetList others = QApplication::topLevelWidgets();
+    for (QWidget* top : others) {
+        if (top->isVisible() && !list.contains(top))
+            list << top;
+    }
+    return list;
+}
+
+QPoint centre(QWidget* widget)
+{
+    return widget->rect().center();
+}
+
+// Finger down or up on the window under the point.
+void send(QWidget* widget, QPoint at, bool down)
+{
+    QWidget* top = widget->window();
+    QWindow* window = top->windowHandle();
+    if (!window)
+        return;
+    const QPoint local = widget->mapTo(top, at);
+    if (down)
+        QTest::mousePress(window, Qt::LeftButton, Qt::NoModifier, local);
+    else
+        QTest::mouseRelease(window, Qt::LeftButton, Qt::NoModifier, local);
+}
+
+struct LastTouch
+{
+    QPointer<QWidget> widget;
+    QPoint at;
+};
+LastTouch lastTouch; // window's thread
+
+QString textOf(QWidget* widget)
+{
+    if (auto* label = qobject_cast<QLabel*>(widget))
+        return label->text();
+    if (auto* button = qobject_cast<QAbstractButton*>(widget))
+        return button->text();
+    if (auto* edit = qobject_cast<QLineEdit*>(widget))
+        return edit->text();
+    return widget->property("plainText").toString();
+}
+
+} // namespace
+
+void Hand::expect(bool condition, const QString& what)
+{
+    if (!condition)
+        throw HandError(what.toStdString());
+}
+
+QWidget* Hand::find(const QString& name) const
+{
+    for (QWidget* top : windowsFromTop()) {
+        if (top->objectName() == name)
+            return top;
+        for (QWidget* child : top->findChildren<QWidget*>(name)) {
+            if (child->isVisible())
+                return child;
+        }
+    }
+    return nullptr;
+}
+
+void Hand::onScreen(const std::function<void()>& function)
+{
+    QMetaObject::invokeMethod(qApp, function, Qt::BlockingQueuedConnection);
+}
+
+void Hand::waitFor(const QString& what, const std::function<bool()>& condition, int ms)
+{
+    QElapsedTimer timer;
+    timer.start();
+    bool holds = false;
+    while (true) {
+        onScreen([&] { holds = condition(); });
+        if (holds)
+            return;
+        expect(timer.elapsed() < (ms ? ms : m_patience), QStringLiteral("no sign of: ") + what);
+        QThread::msleep(kPollPeriod);
+    }
+}
+
+void Hand::waitVisible(const QString& name, int ms)
+{
+    waitFor(
+        name + QStringLiteral(" on the screen"), [&] { return find(name) != nullptr; }, ms);
+}
+
+void Hand::waitGone(const QString& name, int ms)
+{
+    waitFor(
+        name + QStringLiteral(" gone"), [&] { return find(name) == nullptr; }, ms);
+}
+
+void Hand::waitEnabled(const QString& name, int ms)
+{
+    waitFor(
+        name + QStringLiteral(" enabled"),
+        [&] {
+            QWidget* widget = find(name);
+            return widget && widget->isEnabled();
+        },
+        ms);
+}
+
+void Hand::waitText(const QString& name, const QString& text, int ms)
+{
+    waitFor(
+        QStringLiteral("\"%1\" in %2").arg(text, name),
+        [&] {
+            QWidget* widget = find(name);
+            return widget && textOf(widget) == text;
+        },
+        ms);
+}
+
+void Hand::touch(const QString& name, const std::function<QPoint(QWidget*)>& where, bool down, bool up)
+{
+    waitVisible(name);
+    // Posted, not awaited: the touch may open a dialog whose loop runs until the script closes it.
+    QMetaObject::invokeMethod(
+        qApp,
+        [this, name, where, down, up] {
+            QPointer<QWidget> widget = find(name);
+            if (!widget)
+                return;
+            const QPoint at = where(widget);
+            if (down) {
+                lastTouch = {widget, at};
+                // The lifting is queued before the press, whose handling may block in a dialog.
+                if (up) {
+                    QMetaObject::invokeMethod(
+                        qApp,
+                        [] {
+                            if (lastTouch.widget)
+                                send(lastTouch.widget, lastTouch.at, false);
+                        },
+                        Qt::QueuedConnection);
+                }
+                send(widget, at, true);
+            }
+        },
+        Qt::QueuedConnection);
+    // The queue has been run through once when this returns.
+    QThread::msleep(kPollPeriod);
+}
+
+void Hand::tap(const QString& name)
+{
+    touch(name, centre, true, true);
+}
+
+void Hand::tap(const QString& name, QPoint at)
+{
+    touch(
+        name, [at](QWidget*) { return at; }, true, true);
+}
+
+void Hand::press(const QString& name)
+{
+    touch(name, centre, true, false);
+}
+
+void Hand::release()
+{
+    QMetaObject::invokeMethod(
+        qApp,
+        [] {
+            if (lastTouch.widget)
+                send(lastTouch.widget, lastTouch.at, false);
+        },
+        Qt::QueuedConnection);
+    QThread::msleep(kPollPeriod);
+}
+
+void Hand::tapCell(const QString& table, int row, int column)
+{
+    waitVisible(table);
+    QString port;
+    QPoint at;
+    onScreen([&] {
+        auto* widget = qobject_cast<QTableWidget*>(find(table));
+        if (!widget || !widget->item(row, 0))
+            return;
+        widget->scrollTo(widget->model()->index(row, column));
+        at = widget->visualRect(widget->model()->index(row, column)).center() +
+             widget->viewport()->mapTo(widget, QPoint());
+        port = table;
+    });
+    expect(!port.isEmpty(), QStringLiteral("row %1 in %2").arg(row).arg(table));
+    touch(
+        table, [at](QWidget*) { return at; }, true, true);
+}
+
+namespace {
+
+QPoint itemPoint(QWidget* widget, const QString& text)
+{
+    auto* list = qobject_cast<QListWidget*>(widget);
+    if (!list)
+        return {};
+    for (QListWidgetItem* item : list->findItems(text, Qt::MatchExactly)) {
+        list->scrollToItem(item);
+        return list->visualItemRect(item).center() + list->viewport()->mapTo(list, QPoint());
+    }
+    return {};
+}
+
+} // namespace
+
+void Hand::tapItem(const QString& list, const QString& text)
+{
+    touch(
+        list, [text](QWidget* widget) { return itemPoint(widget, text); }, true, true);
+}
+
+void Hand::doubleTapItem(const QString& list, const QString& text)
+{
+    waitVisible(list);
+    QMetaObject::invokeMethod(
+        qApp,
+        [this, list, text] {
+            QWidget* widget = find(list);
+            if (!widget)
+                return;
+            QWidget* top = widget->window();
+            QTest::mouseDClick(top->windowHandle(), Qt::LeftButton, Qt::NoModifier,
+                               widget->mapTo(top, itemPoint(widget, text)));
+        },
+        Qt::QueuedConnection);
+    QThread::msleep(kPollPeriod);
+}
+
+void Hand::tapMenu(const QString& text)
+{
+    QPoint at;
+    waitFor(QStringLiteral("menu entry ") + text, [&] {
+        auto* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
+        if (!menu)
+            return false;
+        for (QAction* action : menu->actions()) {
+            if (action->text().startsWith(text)) {
+                at = menu->actionGeometry(action).center();
+                return true;
+            }
+        }
+        return false;
+    });
+    QMetaObject::invokeMethod(
+        qApp,
+        [at] {
+            QWidget* menu = QApplication::activePopupWidget();
+            if (!menu)
+                return;
+            QMetaObject::invokeMethod(
+                qApp,
+                [at, m = QPointer<QWidget>(menu)] {
+                    if (m)
+                        send(m, at, false);
+                },
+                Qt::QueuedConnection);
+            QTest::mouseMove(menu->windowHandle(), at);
+            send(menu, at, true);
+        },
+        Qt::QueuedConnection);
+    QThread::msleep(kPollPeriod);
+}
+
+void Hand::tapTab(const QString& tabWidget, int index)
+{
+    waitVisible(tabWidget);
+    touch(
+        tabWidget,
+        [index](QWidget* widget) {
+            auto* tabs = qobject_cast<QTabWidget*>(widget);
+            QTabBar* bar = tabs ? tabs->tabBar() : nullptr;
+            return bar ? bar->mapTo(widget, bar->tabRect(index).center()) : QPoint();
+        },
+        true, true);
+}
+
+void Hand::key(int key, const QString& text)
+{
+    QMetaObject::invokeMethod(
+        qApp,
+        [key, text] {
+            QWidget* top = QApplication::activePopupWidget();
+            if (!top)
+                top = QApplication::activeModalWidget();
+            if (!top)
+                top = QApplication::activeWindow();
+            if (!top || !top->windowHandle())
+                return;
+            QTest::sendKeyEvent(QTest::Click, top->windowHandle(), Qt::Key(key), text, Qt::NoModifier);
+        },
+        Qt::QueuedConnection);
+    QThread::msleep(kPollPeriod);
+}
+
+void Hand::type(const QString& text)
+{
+    for (const QChar c : text) {
+        const ushort code = c.toUpper().unicode();
+        key(code < 0x80 ? code : 0, QString(c));
+    }
+}
+
+void Hand::enterNumber(const QString& number)
+{
+    waitVisible(QStringLiteral("pbEnter"));
+    tap(QStringLiteral("pbClear"));
+    const bool negative = number.startsWith('-');
+    for (const QChar c : negative ? number.mid(1) : number)
+        tap(c == '.' ? QStringLiteral("pbDecimal") : QStringLiteral("pb") + c);
+    if (negative)
+        tap(QStringLiteral("pbSign"));
+    tap(QStringLiteral("pbEnter"));
+    waitGone(QStringLiteral("pbDecimal"));
+}
+
+void Hand::closeBox()
+{
+    waitFor(QStringLiteral("message box"),
+            [] { return qobject_cast<QMessageBox*>(QApplication::activeModalWidget()) != nullptr; });
+    QMetaObject::invokeMethod(
+        qApp,
+        [] {
+            if (auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget()))
+                box->accept();
+        },
+        Qt::QueuedConnection);
+    QThread::msleep(kPollPeriod);
+}
+
+QString Hand::text(const QString& name)
+{
+    QString result;
+    waitVisible(name);
+    onScreen([&] {
+        if (QWidget* widget = find(name))
+            result = textOf(widget);
+    });
+    return result;
+}
+
+bool Hand::visible(const QString& name)
+{
+    bool result = false;
+    onScreen([&] { result = find(name) != nullptr; });
+    return result;
+}
+
+bool Hand::enabled(const QString& name)
+{
+    bool result = false;
+    onScreen([&] {
+        QWidget* widget = find(name);
+        result = widget && widget->isEnabled();
+    });
+    return result;
+}
+
+QString Hand::cell(const QString& table, int row, int column)
+{
+    QString result;
+    onScreen([&] {
+        auto* widget = qobject_cast<QTableWidget*>(find(table));
+        if (widget && widget->item(row, column))
+            result = widget->item(row, column)->text();
+    });
+    return result;
+}
+
+int Hand::rows(const QString& table)
+{
+    int result = -1;
+    onScreen([&] {
+        if (auto* widget = qobject_cast<QTableWidget*>(find(table)))
+            result = widget->rowCount();
+    });
+    return result;
+}
+
+int Hand::currentRow(const QString& table)
+{
+    int result = -1;
+    onScreen([&] {
+        if (auto* widget = qobject_cast<QTableWidget*>(find(table)))
+            result = widget->currentRow();
+    });
+    return result;
+}
+
+void Hand::grab(const QString& file)
+{
+    onScreen([&] {
+        QImage screen(1920, 1200, QImage::Format_RGB32);
+        screen.fill(Qt::black);
+        QPainter painter(&screen);
+        QWidgetList windows = windowsFromTop();
+        // Painted from the bottom up: the widest window first, modal windows and popups last.
+        std::stable_sort(windows.begin(), windows.end(), [](QWidget* a, QWidget* b) {
+            const auto floor = [](QWidget* w) {
+                return w == QApplication::activePopupWidget()   ? 3
+                       : w == QApplication::activeModalWidget() ? 2
+                       : w->width() < 1900                      ? 1
+                                                                : 0;
+            };
+            return floor(a) < floor(b);
+        });
+        for (QWidget* window : windows) {
+            if (window->isVisible())
+                painter.drawPixmap(window->pos(), window->grab());
+        }
+        painter.end();
+        screen.save(file);
+    });
+}
+
+QString runScript(const std::function<void()>& console, const std::function<void()>& script)
+{
+    QString trouble;
+    std::atomic<bool> over{false};
+    // The thread starts with the console's first event loop, so that windows exist to be touched.
+    std::thread operatorThread;
+    QMetaObject::invokeMethod(
+        qApp,
+        [&] {
+            operatorThread = std::thread([&] {
+                try {
+                    script();
+                } catch (const HandError& error) {
+                    trouble = QString::fromStdString(error.what());
+                }
+                over = true;
+                // Closes whatever is still open, until the last loop has ended.
+                QMetaObject::invokeMethod(
+                    qApp,
+                    [] {
+                        for (QWidget* top : QApplication::topLevelWidgets()) {
+                            if (auto* dialog = qobject_cast<QDialog*>(top))
+                                dialog->reject();
+                        }
+                        while (QWidget* modal = QApplication::activeModalWidget()) {
+                            const auto dialogs = modal->findChildren<QDialog*>();
+                            for (QDialog* dialog : dialogs)
+                                dialog->reject();
+                            modal->close();
+                            if (modal == QApplication::activeModalWidget())
+                                break;
+                        }
+                        while (QWidget* popup = QApplication::activePopupWidget())
+                            popup->close();
+                        QCoreApplication::exit(0);
+                    },
+                    Qt::QueuedConnection);
+            });
+        },
+        Qt::QueuedConnection);
+    console();
+    if (operatorThread.joinable()) {
+        // The console may have ended first; the script's last questions still want an answer.
+        while (!over)
+            QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
+        operatorThread.join();
+    }
+    return trouble;
+}

@@ -1,0 +1,54 @@
+#pragma once
+
+#include "site.h"
+
+#include <QObject>
+#include <QProcess>
+#include <QStringList>
+
+#include <mutex>
+
+// The simulated installation as a process of its own. It lives on the thread that made it; `instruct`
+// and `lines` may be called from any thread. The process ends with this object.
+class PlantProcess : public QObject
+{
+    Q_OBJECT
+
+public:
+    struct Options
+    {
+        QString program;  // path of the executable
+        QString root;     // root of the site, where it finds the programs
+        double speed = 1; // seconds of the installation in one real second
+        QString script;   // instructor's lines from a file, empty for none
+    };
+
+    explicit PlantProcess(const Options& options, QObject* parent = nullptr);
+    ~PlantProcess() override;
+
+    // Starts the process and waits until it listens, 10 s at most. False with a reason on failure.
+    bool start(QString* why);
+
+    // Sends one instructor's line.
+    void instruct(const QString& line);
+
+    // All that the installation has said so far.
+    QStringList lines() const;
+
+    // Puts the endpoints of the running installation into a site.
+    void setEndpoints(Site* site) const;
+
+signals:
+    void said(const QString& line);
+    void ended();
+
+private:
+    void readLines();
+
+    Options m_options;
+    QProcess m_process;
+    int m_tcpPort = 0;
+    int m_udpPort = 0;
+    mutable std::mutex m_mutex;
+    QStringList m_lines;
+};

@@ -1,0 +1,20 @@
+#!/bin/sh
+# Renders every image of the console from its drawing: first what draw.py draws, then the SVG files that
+# lie here in folders named after the collections. Needs python3 and rsvg-convert.
+set -eu
+art=$(cd "$(dirname "$0")" && pwd)
+resources=$(dirname "$art")
+drawn=$(mktemp -d)
+trap 'rm -rf "$drawn"' EXIT
+
+render() { # FOLDER: each FOLDER/x.svg becomes resources/x.png in the size the drawing states
+    (cd "$1" && find . -name '*.svg') | sort | while read -r source; do
+        target=$resources/${source%.svg}.png
+        mkdir -p "$(dirname "$target")"
+        rsvg-convert "$1/$source" -o "$target"
+    done
+}
+
+python3 "$art/draw.py" "$drawn"
+render "$drawn"
+render "$art"

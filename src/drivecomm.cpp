@@ -1,0 +1,266 @@
+#include "drivecomm.h"
+
+#include "comm.h"
+#include "wiretable.h"
+
+#include <QTime>
+
+#include <unistd.h>
+
+namespace {
+
+constexpr quint16 signature = 0x5650;
+constexpr int fieldBytes = 294;
+
+using Status = DriveStatus;
+using wire::row;
+
+// Offset and signal, in the order in which a datagram raises them. Consumers rely on that order.
+constexpr WireRow<DriveStatus> driveTable[] = {
+    row<&Status::changedChannelState1>(4),
+    row<&Status::changedChannelState2>(8),
+    row<&Status::changedChannelState3>(12),
+    row<&Status::changedChannelMode1>(16),
+    row<&Status::changedChannelMode2>(20),
+    row<&Status::changedChannelMode3>(24),
+    row<&Status::changedLX1>(28),
+    row<&Status::changedLX2>(32),
+    row<&Status::changedLY>(36),
+    row<&Status::changedA>(40),
+    row<&Status::changedB>(44),
+    row<&Status::changedC>(48),
+    row<&Status::changedD>(52),
+    row<&Status::changedU1>(56),
+    row<&Status::changedU2>(60),
+    row<&Status::changedV>(64),
+    row<&Status::changedX>(68),
+    row<&Status::changedZ>(72),
+    row<&Status::changedPHI>(76),
+    row<&Status::changedMinLimLX>(124),
+    row<&Status::changedMinLimLY>(128),
+    row<&Status::changedMinLimA>(132),
+    row<&Status::changedMinLimB>(136),
+    row<&Status::changedMinLimC>(140),
+    row<&Status::changedMinLimD>(144),
+    row<&Status::changedMinLimU>(148),
+    row<&Status::changedMinLimV>(152),
+    row<&Status::changedMinLimX>(156),
+    row<&Status::changedMinLimZ>(160),
+    row<&Status::changedMinLimPHI>(164),
+    row<&Status::changedMaxLimLX>(168),
+    row<&Status::changedMaxLimLY>(172),
+    row<&Status::changedMaxLimA>(176),
+    row<&Status::changedMaxLimB>(180),
+    row<&Status::changedMaxLimC>(184),
+    row<&Status::changedMaxLimD>(188),
+    row<&Status::changedMaxLimU>(192),
+    row<&Status::changedMaxLimV>(196),
+    row<&Status::changedMaxLimX>(200),
+    row<&Status::changedMaxLimZ>(204),
+    row<&Status::changedMaxLimPHI>(208),
+    row<&Status::changedStateLX1>(80),
+    row<&Status::changedStateLX2>(84),
+    row<&Status::changedStateLY>(88),
+    row<&Status::changedStateA>(92),
+    row<&Status::changedStateB>(96),
+    row<&Status::changedStateC>(100),
+    row<&Status::changedStateD>(104),
+    row<&Status::changedStateU1>(108),
+    row<&Status::changedStateU2>(112),
+    row<&Status::changedStateV>(116),
+    row<&Status::changedVirtualState>(120),
+    row<&Status::changedLXmin>(260),
+    row<&Status::changedLYmin>(261),
+    row<&Status::changedAmin>(262),
+    row<&Status::changedBmin>(263),
+    row<&Status::changedCmin>(264),
+    row<&Status::changedDmin>(265),
+    row<&Status::changedUmin>(266),
+    row<&Status::changedVmin>(267),
+    row<&Status::changedXmin>(268),
+    row<&Status::changedZmin>(269),
+    row<&Status::changedPHImin>(270),
+    row<&Status::changedLXmax>(271),
+    row<&Status::changedLYmax>(272),
+    row<&Status::changedAmax>(273),
+    row<&Status::changedBmax>(274),
+    row<&Status::changedCmax>(275),
+    row<&Status::changedDmax>(276),
+    row<&Status::changedUmax>(277),
+    row<&Status::changedVmax>(278),
+    row<&Status::changedXmax>(279),
+    row<&Status::changedZmax>(280),
+    row<&Status::changedPHImax>(281),
+    row<&Status::changedDoorState>(236),
+    row<&Status::changedTrModuleState>(240),
+    row<&Status::changedDrivePowerState>(244),
+    row<&Status::changedLightState>(248),
+    row<&Status::changedPointNo>(228),
+    row<&Status::changedPortPultRegime>(252),
+    row<&Status::changedAlarmState>(256),
+    row<&Status::changedDrivesOn>(282),
+    row<&Status::changedTransOn>(283),
+    row<&Status::changedPultOn>(285),
+    row<&Status::changedAxisMoving>(284),
+    row<&Status::changedKeyAccess>(286),
+    row<&Status::changedDrivesLock>(287),
+    row<&Status::changedSpiralLock>(288),
+    row<&Status::changedSpiralPower>(291),
+    row<&Status::changedDrivesPower>(292),
+    row<&Status::changedPhaseAlarm>(293),
+    row<&Status::changedMessage>(212),
+    row<&Status::changedMessage>(216),
+    row<&Status::changedMessage>(220),
+    row<&Status::changedMessage>(224),
+    row<&Status::changedCNCError>(232),
+};
+
+static_assert(wire::fits(driveTable, sizeof signature, fieldBytes));
+
+} // namespace
+
+DriveTCPthread::DriveTCPthread(QObject* parent)
+    : DriveStatus(parent)
+{}
+
+DriveTCPthread::~DriveTCPthread()
+{
+    m_stop = true;
+    wait();
+}
+
+bool DriveTCPthread::connect(const QString& host, int tcpPort, int udpPort)
+{
+    if (connected())
+        return false;
+    wait(); // the former connection may still be giving up its telemetry
+
+    const int stream = comm::openStream(host, tcpPort, "DRIVE");
+    if (stream < 0)
+        return false;
+
+    m_socket = stream;
+    m_telemetry = new DriveUDPthread(this, udpPort);
+    // Direct, so that a loss is acted on even while the window's thread is busy.
+    QObject::connect(m_telemetry, &DriveUDPthread::UDPdisconnected, this, &DriveTCPthread::UDPdisconnected,
+                     Qt::DirectConnection);
+    m_stop = false;
+    start();
+    return true;
+}
+
+bool DriveTCPthread::command(const QString& text)
+{
+    qDebug() << "DriveTCPthread: >" << text;
+    const int stream = m_socket;
+    return stream >= 0 && comm::sendText(stream, signature, text);
+}
+
+bool DriveTCPthread::connected() const
+{
+    return m_socket >= 0;
+}
+
+bool DriveTCPthread::disconnect()
+{
+    if (!connected())
+        return false;
+    m_stop = true;
+    return wait();
+}
+
+unsigned int DriveTCPthread::channelState() const
+{
+    return m_channelState;
+}
+
+QString DriveTCPthread::timeStamp()
+{
+    return QTime::currentTime().toString(QStringLiteral("[hh:mm:ss] "));
+}
+
+void DriveTCPthread::UDPdisconnected()
+{
+    m_stop = true;
+}
+
+void DriveTCPthread::run()
+{
+    qDebug("DriveTCPthread started");
+    const int stream = m_socket;
+    while (!m_stop) {
+        const comm::Wait wait = comm::waitForInput(stream);
+        if (wait == comm::Wait::Failed)
+            break;
+        if (wait == comm::Wait::Ready && receiveFrame(stream) == Turn::End)
+            break;
+    }
+    qDebug("Drive TCP thread stopped");
+    qDebug("DriveTCPthread finished");
+
+    m_socket = -1;
+    ::close(stream);
+    QObject::disconnect(m_telemetry, &DriveUDPthread::UDPdisconnected, this,
+                        &DriveTCPthread::UDPdisconnected);
+    delete m_telemetry;
+    m_telemetry = nullptr;
+    emit disconnected();
+}
+
+DriveTCPthread::Turn DriveTCPthread::receiveFrame(int stream)
+{
+    comm::FrameHead head;
+    const int got = comm::receiveHead(stream, head);
+    if (got <= 0)
+        return Turn::End;
+    // Behind a bad frame nothing can be found again, so it ends the connection; so does half a head.
+    if (got < int(sizeof head) || head.signature != signature) {
+        qDebug("Bad packet signature");
+        return Turn::End;
+    }
+    const QByteArray body = comm::receiveBody(stream, head.length, m_stop, "Drive TCP thread stopped");
+    const QString text = QString::fromUtf8(body.constData()); // up to the first zero byte
+    qDebug().noquote() << "DriveTCPthread: <" << text;
+    emit message(timeStamp() + text);
+    return Turn::Go;
+}
+
+DriveUDPthread::DriveUDPthread(DriveTCPthread* owner, int port)
+    : m_port(port)
+    , m_owner(owner)
+{
+    m_owner->m_channelState = 0;
+    wire::forward(driveTable, static_cast<const DriveStatus&>(*this),
+                  static_cast<const DriveStatus&>(*m_owner));
+    start();
+}
+
+DriveUDPthread::~DriveUDPthread()
+{
+    wire::detach(driveTable, static_cast<const DriveStatus&>(*this),
+                 static_cast<const DriveStatus&>(*m_owner));
+    m_stop = true;
+    wait();
+}
+
+unsigned int DriveUDPthread::channelState() const
+{
+    return m_owner->channelState();
+}
+
+void DriveUDPthread::run()
+{
+    comm::receiveTelemetry<packSize>(
+        m_port, signature, m_stop, [this](const Pack& pack) { take(pack); },
+        [this] { emit UDPdisconnected(); });
+}
+
+void DriveUDPthread::take(const Pack& pack)
+{
+    // Channel 1 is the first to be raised: who hears of it finds the new state here.
+    m_owner->m_channelState = wire::load<unsigned int>(pack.data() + driveTable[0].offset);
+    wire::raiseChanges(driveTable, static_cast<DriveStatus&>(*this), pack.data(),
+                       m_stored ? m_last.data() : nullptr);
+    m_stored = true;
+    m_last = pack;
+}

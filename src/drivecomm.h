@@ -1,0 +1,209 @@
+#pragma once
+
+#include <QThread>
+
+#include <array>
+#include <atomic>
+
+class DriveUDPthread;
+
+// The connection to the motion controller, in two threads: `DriveTCPthread` carries text commands and text
+// answers, `DriveUDPthread` turns the status datagram into one typed signal for each field that changed.
+// The link interprets nothing.
+
+// The 93 signals of the status datagram, common to both threads. A signal comes when its field differs from
+// the datagram before; the first datagram after a connect raises all of them, whatever their values.
+// A float field that is not a number is raised with every datagram.
+class DriveStatus : public QThread
+{
+    Q_OBJECT
+public:
+    using QThread::QThread;
+
+signals:
+    // Channels.
+    void changedChannelState1(unsigned int state);
+    void changedChannelState2(unsigned int state);
+    void changedChannelState3(unsigned int state);
+    void changedChannelMode1(unsigned int mode);
+    void changedChannelMode2(unsigned int mode);
+    void changedChannelMode3(unsigned int mode);
+    // Positions, mm or deg.
+    void changedLX1(float value);
+    void changedLX2(float value);
+    void changedLY(float value);
+    void changedA(float value);
+    void changedB(float value);
+    void changedC(float value);
+    void changedD(float value);
+    void changedU1(float value);
+    void changedU2(float value);
+    void changedV(float value);
+    void changedX(float value);
+    void changedZ(float value);
+    void changedPHI(float value);
+    // Lower soft limits; LX1 and LX2 share one, so do U1 and U2.
+    void changedMinLimLX(float value);
+    void changedMinLimLY(float value);
+    void changedMinLimA(float value);
+    void changedMinLimB(float value);
+    void changedMinLimC(float value);
+    void changedMinLimD(float value);
+    void changedMinLimU(float value);
+    void changedMinLimV(float value);
+    void changedMinLimX(float value);
+    void changedMinLimZ(float value);
+    void changedMinLimPHI(float value);
+    // Upper soft limits.
+    void changedMaxLimLX(float value);
+    void changedMaxLimLY(float value);
+    void changedMaxLimA(float value);
+    void changedMaxLimB(float value);
+    void changedMaxLimC(float value);
+    void changedMaxLimD(float value);
+    void changedMaxLimU(float value);
+    void changedMaxLimV(float value);
+    void changedMaxLimX(float value);
+    void changedMaxLimZ(float value);
+    void changedMaxLimPHI(float value);
+    // Diagnostic codes of the drives; one state for the virtual axes together.
+    void changedStateLX1(int code);
+    void changedStateLX2(int code);
+    void changedStateLY(int code);
+    void changedStateA(int code);
+    void changedStateB(int code);
+    void changedStateC(int code);
+    void changedStateD(int code);
+    void changedStateU1(int code);
+    void changedStateU2(int code);
+    void changedStateV(int code);
+    void changedVirtualState(unsigned int state);
+    // Lower limit switches.
+    void changedLXmin(bool on);
+    void changedLYmin(bool on);
+    void changedAmin(bool on);
+    void changedBmin(bool on);
+    void changedCmin(bool on);
+    void changedDmin(bool on);
+    void changedUmin(bool on);
+    void changedVmin(bool on);
+    void changedXmin(bool on);
+    void changedZmin(bool on);
+    void changedPHImin(bool on);
+    // Upper limit switches.
+    void changedLXmax(bool on);
+    void changedLYmax(bool on);
+    void changedAmax(bool on);
+    void changedBmax(bool on);
+    void changedCmax(bool on);
+    void changedDmax(bool on);
+    void changedUmax(bool on);
+    void changedVmax(bool on);
+    void changedXmax(bool on);
+    void changedZmax(bool on);
+    void changedPHImax(bool on);
+    // Machine.
+    void changedDoorState(unsigned int state);
+    void changedTrModuleState(unsigned int state);
+    void changedDrivePowerState(unsigned int state);
+    void changedLightState(unsigned int state);
+    void changedPointNo(unsigned int number);
+    void changedPortPultRegime(unsigned int state);
+    void changedAlarmState(unsigned int state);
+    // Switches and powers; SpiralPower, DrivesPower: true is the healthy state.
+    void changedDrivesOn(bool on);
+    void changedTransOn(bool on);
+    void changedPultOn(bool on);
+    void changedAxisMoving(bool on);
+    void changedKeyAccess(bool on);
+    void changedDrivesLock(bool on);
+    void changedSpiralLock(bool on);
+    void changedSpiralPower(bool on);
+    void changedDrivesPower(bool on);
+    void changedPhaseAlarm(bool on);
+    // Messages.
+    void changedMessage(unsigned int code);
+    void changedCNCError(unsigned int code);
+};
+
+// Owns the TCP connection, and the telemetry thread as long as the connection stands. The same object is
+// connected again and again; consumers connect to its status signals once. It lives in the window's thread,
+// where the status signals arrive.
+class DriveTCPthread : public DriveStatus
+{
+    Q_OBJECT
+public:
+    explicit DriveTCPthread(QObject* parent = nullptr);
+    ~DriveTCPthread() override; // ends an open connection; waits without limit
+
+    // Opens the connection and starts both threads. The peer has one millisecond to answer; a slower one is
+    // met by the next try. False when already open or on any failure, told in the debug output.
+    bool connect(const QString& host, int tcpPort, int udpPort);
+
+    // Sends one command as one frame: u16 0x5650, u16 length, UTF-8 without terminator. Fire and forget: true
+    // says that the system took it. Only one thread may send. False on a closed link.
+    bool command(const QString& text);
+
+    bool connected() const;
+
+    // Ends the connection and waits for the thread, without limit. False when there was none.
+    bool disconnect();
+
+    // Channel 1 as last told by telemetry, 0 before the first datagram of a connection. Any thread.
+    unsigned int channelState() const;
+
+    static QString timeStamp(); // local time, "[hh:mm:ss] "
+
+public slots:
+    void UDPdisconnected(); // asks the thread to end, from any thread
+
+signals:
+    void disconnected();               // the connection is over, both threads' work is done
+    void message(const QString& text); // a text frame came: time stamp and text
+
+protected:
+    void run() override;
+
+private:
+    friend class DriveUDPthread;
+
+    enum class Turn { Go, End };
+    Turn receiveFrame(int socket);
+
+    std::atomic<bool> m_stop{false};
+    std::atomic<int> m_socket{-1}; // -1 while closed
+    DriveUDPthread* m_telemetry = nullptr;
+    // Kept here for the telemetry thread, which may be ending while the window reads it.
+    std::atomic<unsigned int> m_channelState{0};
+};
+
+// Receives the status datagram, 296 bytes on the port, and forwards all signals to its owner. It starts
+// itself. A datagram of another size ends the process: console and controller would disagree on the layout.
+class DriveUDPthread final : public DriveStatus
+{
+    Q_OBJECT
+public:
+    DriveUDPthread(DriveTCPthread* owner, int port);
+    ~DriveUDPthread() override; // may be called from another thread; waits without limit
+
+    unsigned int channelState() const;
+
+signals:
+    // Nothing came for a second; raised again every further 100 ms until the thread is ended.
+    void UDPdisconnected();
+
+protected:
+    void run() override;
+
+private:
+    static constexpr int packSize = 296; // 294 bytes of fields, rounded up to a multiple of four
+    using Pack = std::array<char, packSize>;
+
+    void take(const Pack& pack);
+
+    std::atomic<bool> m_stop{false};
+    int m_port;
+    bool m_stored = false; // a good datagram of this connection stands in m_last
+    DriveTCPthread* m_owner;
+    Pack m_last{};
+};

@@ -1,0 +1,47 @@
+#pragma once
+
+#include <QPainterPath>
+#include <QPixmap>
+#include <QProxyStyle>
+
+#include <array>
+
+// The look of the console: the Windows style with rounded buttons. The shading of a button is an image
+// laid over the colour that its palette holds, so that a colour set by a state stays visible.
+// Needs the application object; owns its pixmaps.
+class MyWinStyle : public QProxyStyle
+{
+    Q_OBJECT
+
+public:
+    MyWinStyle();
+
+    void drawPrimitive(PrimitiveElement element, const QStyleOption* option, QPainter* painter,
+                       const QWidget* widget = nullptr) const override;
+    void drawControl(ControlElement element, const QStyleOption* option, QPainter* painter,
+                     const QWidget* widget = nullptr) const override;
+    int pixelMetric(PixelMetric metric, const QStyleOption* option = nullptr,
+                    const QWidget* widget = nullptr) const override;
+
+    using QProxyStyle::polish;
+    void polish(QWidget* widget) override; // gives a push button its colours, alarm buttons by object name
+
+    // The outline of a button that fills `rect`.
+    static QPainterPath getRoundRect(const QRect& rect);
+
+    // Sets the face of a button in all colour groups; the disabled one is washed out.
+    static void setFace(QPalette& palette, const QColor& face);
+
+    static const QColor plainFace; // a button at rest
+    static const QColor alarmFace; // a button that stops the machine
+    static const QColor accent;    // a button that is on
+
+private:
+    using NineSlice = std::array<QPixmap, 9>; // row by row from the top left
+
+    static NineSlice loadSlices(const QString& state); // "up" or "down"
+    void drawBevel(QPainter* painter, const QRect& rect, const NineSlice& slices, const QColor& face) const;
+
+    NineSlice m_up;
+    NineSlice m_down;
+};

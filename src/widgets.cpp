@@ -1,0 +1,276 @@
+#include "widgets.h"
+
+#include <QDialog>
+#include <QMouseEvent>
+#include <QPushButton>
+
+PoSprite::PoSprite(QWidget* parent)
+    : QLabel(parent)
+{}
+
+void PoSprite::addPixmap(int index, const QString& file)
+{
+    m_mapPixmaps.insert(index, QPixmap(file));
+}
+
+void PoSprite::setSprite(int index)
+{
+    const auto i = m_mapPixmaps.constFind(index);
+    Q_ASSERT(i != m_mapPixmaps.end());
+    setPixmap(*i);
+}
+
+void PoSprite::changedState(int state)
+{
+    setSprite(state);
+}
+
+void PoSprite::changedState(float state)
+{
+    setSprite(int(state));
+}
+
+void PoSprite::mousePressEvent(QMouseEvent*)
+{
+    emit clicked();
+}
+
+PoLabel::PoLabel(QWidget* parent)
+    : QLabel(parent)
+{}
+
+void PoLabel::setValue(float value, int decimals)
+{
+    m_value = value;
+    const double shown = double(value * m_coeff);
+    setText(decimals > 2 ? QString::number(shown, 'E', 1) : QString::number(shown, 'f', qMax(decimals, 0)));
+}
+
+void PoLabel::setDepth(int decimals)
+{
+    m_depth = decimals;
+}
+
+void PoLabel::setCoeff(float coeff)
+{
+    m_coeff = coeff;
+    setValue(m_value, m_depth);
+}
+
+void PoLabel::changedValue(float value)
+{
+    setValue(value, m_depth);
+}
+
+void PoLabel::changedValid(bool valid)
+{
+    QPalette colours = palette();
+    if (!m_paletteSaved) {
+        m_paletteSaved = true;
+        m_savedText = colours.color(foregroundRole());
+        m_savedBackground = colours.color(backgroundRole());
+        m_savedFill = autoFillBackground();
+    }
+    colours.setColor(foregroundRole(), valid ? m_savedText : QColor(Qt::black));
+    colours.setColor(backgroundRole(), valid ? m_savedBackground : QColor(255, 192, 192));
+    setPalette(colours);
+    setAutoFillBackground(!valid || m_savedFill);
+}
+
+void PoLabel::mousePressEvent(QMouseEvent*)
+{
+    emit clicked();
+}
+
+MyLabel::MyLabel(QWidget* parent)
+    : QLabel(parent)
+{}
+
+void MyLabel::setButton(bool button)
+{
+    m_button = button;
+}
+
+void MyLabel::mousePressEvent(QMouseEvent* event)
+{
+    if (event->button() != Qt::LeftButton)
+        return;
+    // First the step, then the signal: what it starts may wait for the finger to lift.
+    if (m_button && !m_moved) {
+        m_moved = true;
+        move(pos() + QPoint(1, 1));
+    }
+    emit clicked();
+}
+
+void MyLabel::mouseReleaseEvent(QMouseEvent* event)
+{
+    if (event->button() != Qt::LeftButton || !m_moved)
+        return;
+    m_moved = false;
+    move(pos() - QPoint(1, 1));
+}
+
+MyListView::MyListView(QWidget* parent)
+    : QListView(parent)
+{}
+
+void MyListView::currentChanged(const QModelIndex& current, const QModelIndex& previous)
+{
+    QListView::currentChanged(current, previous);
+    emit signal_currentChanged(current.row());
+}
+
+MyFrame::MyFrame(QString title, int x, int y, int margin, QDialog* dialog, QWidget* parent, bool modal,
+                 bool show)
+    : QFrame(parent, Qt::Dialog | Qt::FramelessWindowHint)
+    , m_dialog(dialog)
+    , m_margin(margin)
+{
+    setAttribute(Qt::WA_QuitOnClose, false);
+    if (modal)
+        setWindowModality(Qt::WindowModal);
+    setFrameStyle(QFrame::Panel | QFrame::Raised);
+    setLineWidth(2);
+    setWindowTitle(title);
+    buildTitle(title);
+
+    if (!dialog->testAttribute(Qt::WA_Resized))
+        dialog->adjustSize();
+    dialog->setParent(this);
+    dialog->move(frameWidth() + margin, frameWidth() + title_height() + margin);
+    fit();
+    placeOnPanel(x, y);
+
+    dialog->installEventFilter(this);
+    connect(dialog, &QObject::destroyed, this, [this] {
+        hide();
+        deleteLater();
+    });
+
+    if (show) {
+        dialog->show();
+        QFrame::show();
+        activateWindow();
+    }
+    dialog->setFocus();
+}
+
+void MyFrame::buildTitle(const QString& title)
+{
+    m_titleBar = new QFrame(this);
+    m_titleBar->setObjectName(QStringLiteral("frmTitle"));
+    m_titleBar->setFrameStyle(QFrame::Panel | QFrame::Raised);
+    m_titleBar->setAutoFillBackground(true);
+    QPalette colours = m_titleBar->palette();
+    colours.setColor(QPalette::Window, QColor(58, 70, 118));
+    colours.setColor(QPalette::WindowText, Qt::white);
+    m_titleBar->setPalette(colours);
+
+    m_title = new QLabel(title, m_titleBar);
+    m_title->setObjectName(QStringLiteral("lblTitle"));
+    m_title->setTextFormat(Qt::PlainText);
+    m_title->setAlignment(Qt::AlignCenter);
+    m_title->setWordWrap(true);
+    QFont font = m_title->font();
+    font.setPointSize(15);
+    m_title->setFont(font);
+
+    m_closeButton = new QPushButton(m_titleBar);
+    m_closeButton->setObjectName(QStringLiteral("pbClose"));
+    m_closeButton->setFocusPolicy(Qt::NoFocus);
+    m_closeButton->setIcon(QIcon(QStringLiteral(":/images/close.png")));
+    m_closeButton->setIconSize(QSize(40, 40));
+    connect(m_closeButton, &QPushButton::clicked, this, [this] {
+        if (m_dialog)
+            m_dialog->reject();
+        close();
+    });
+}
+
+void MyFrame::fit()
+{
+    const int around = 2 * (frameWidth() + m_margin);
+    setFixedSize(m_dialog->width() + around, m_dialog->height() + title_height() + around);
+
+    const int barWidth = width() - 2 * frameWidth();
+    m_titleBar->setGeometry(frameWidth(), frameWidth(), barWidth, title_height());
+    m_closeButton->setGeometry(barWidth - title_height(), 0, title_height(), title_height());
+    // The same place is kept free on the left, so that the title stands in the middle of the bar.
+    m_title->setGeometry(title_height(), 0, barWidth - 2 * title_height(), title_height());
+}
+
+void MyFrame::placeOnPanel(int x, int y)
+{
+    if (x + width() > panelWidth)
+        x = panelWidth - 1 - width();
+    if (y < 0)
+        y = 0;
+    if (y + height() > panelHeight)
+        y = panelHeight - 1 - height();
+    move(x, y);
+}
+
+bool MyFrame::eventFilter(QObject* watched, QEvent* event)
+{
+    if (m_dialog && watched == m_dialog) {
+        switch (event->type()) {
+        case QEvent::ShowToParent:
+            if (isHidden()) {
+                show();
+                m_dialog->setFocus();
+            }
+            break;
+        case QEvent::HideToParent: // answered: no empty frame stays behind
+            hide();
+            break;
+        case QEvent::Resize:
+            fit();
+            break;
+        default:
+            break;
+        }
+    }
+    return QFrame::eventFilter(watched, event);
+}
+
+void MyFrame::closeEvent(QCloseEvent* event)
+{
+    if (m_dialog && !m_dialog->isHidden())
+        m_dialog->reject();
+    QFrame::closeEvent(event);
+}
+
+void MyFrame::hideEvent(QHideEvent* event)
+{
+    endDrag();
+    QFrame::hideEvent(event);
+}
+
+void MyFrame::mousePressEvent(QMouseEvent* event)
+{
+    if (m_dragging || !m_titleBar->geometry().contains(event->pos()))
+        return;
+    m_dragging = true;
+    m_dragOffset = event->globalPos() - pos();
+    grabMouse();
+}
+
+void MyFrame::mouseMoveEvent(QMouseEvent* event)
+{
+    if (m_dragging)
+        move(event->globalPos() - m_dragOffset);
+}
+
+void MyFrame::mouseReleaseEvent(QMouseEvent*)
+{
+    endDrag();
+}
+
+void MyFrame::endDrag()
+{
+    if (!m_dragging)
+        return;
+    m_dragging = false;
+    releaseMouse();
+}

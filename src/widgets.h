@@ -1,0 +1,154 @@
+#pragma once
+
+#include "confirm.h"
+#include "mywinstyle.h"
+
+#include <QFrame>
+#include <QLabel>
+#include <QListView>
+#include <QMap>
+#include <QPixmap>
+#include <QPointer>
+
+class QDialog;
+class QPushButton;
+
+// The touch panel on which everything is placed, px.
+constexpr int panelWidth = 1920;
+constexpr int panelHeight = 1200;
+
+// A lamp: shows the image of a state.
+class PoSprite : public QLabel
+{
+    Q_OBJECT
+
+public:
+    explicit PoSprite(QWidget* parent = nullptr);
+
+    // The image for the state `index`, in place of an earlier one. A file that is missing gives an empty
+    // image.
+    void addPixmap(int index, const QString& file);
+    void setSprite(int index); // asserts on a state without an image
+
+public slots:
+    void changedState(int state);
+    void changedState(float state); // the fraction is cut off
+
+signals:
+    void clicked(); // at the press
+
+protected:
+    void mousePressEvent(QMouseEvent* event) override;
+
+private:
+    QMap<int, QPixmap> m_mapPixmaps;
+};
+
+// A number that can be touched. It keeps the value as it came; what it shows is value * coefficient.
+class PoLabel : public QLabel
+{
+    Q_OBJECT
+
+public:
+    explicit PoLabel(QWidget* parent = nullptr);
+
+    float value() const { return m_value; } // without the coefficient
+    float coeff() const { return m_coeff; }
+
+    // Fixed notation with that many decimals; above 2 decimals the exponent notation with one.
+    void setValue(float value, int decimals);
+    void setDepth(int decimals); // decimals of the values that changedValue brings
+    void setCoeff(float coeff);  // shows the present value anew
+
+public slots:
+    void changedValid(bool valid); // an invalid number stays on view in black on pink
+    void changedValue(float value);
+
+signals:
+    void clicked(); // at the press
+
+protected:
+    void mousePressEvent(QMouseEvent* event) override;
+
+private:
+    bool m_paletteSaved = false;
+    int m_depth = 0;
+    float m_coeff = 1.0F;
+    float m_value = 0;
+    QColor m_savedText;
+    QColor m_savedBackground;
+    bool m_savedFill = false;
+};
+
+// A label that can act as a button: it then steps aside under the finger.
+class MyLabel : public QLabel
+{
+    Q_OBJECT
+
+public:
+    explicit MyLabel(QWidget* parent = nullptr);
+
+    void setButton(bool button);
+
+signals:
+    void clicked(); // at the press of the left button
+
+protected:
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+
+private:
+    bool m_button = false;
+    bool m_moved = false;
+};
+
+class MyListView : public QListView
+{
+    Q_OBJECT
+
+public:
+    explicit MyListView(QWidget* parent = nullptr);
+
+signals:
+    void signal_currentChanged(int row); // -1 when nothing is current
+
+protected slots:
+    void currentChanged(const QModelIndex& current, const QModelIndex& previous) override;
+};
+
+// The title window around a dialog. The dialog becomes its child, is shown and hidden together with it,
+// and takes it along when it is destroyed, so that nobody needs to keep a pointer to the frame.
+class MyFrame : public QFrame
+{
+    Q_OBJECT
+
+public:
+    // `x`, `y`: top left corner on the panel, corrected so that the frame stays on it. `margin`: px between
+    // the frame's line and the dialog. `modal`: the window of `parent` waits. `show`: visible at once;
+    // otherwise it comes with the first show of either.
+    MyFrame(QString title, int x, int y, int margin, QDialog* dialog, QWidget* parent, bool modal, bool show);
+
+    static int title_height() { return 56; } // px
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
+    void closeEvent(QCloseEvent* event) override; // closing is the dialog's rejection
+    void hideEvent(QHideEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+
+private:
+    void buildTitle(const QString& title);
+    void fit(); // takes the size from the dialog's
+    void placeOnPanel(int x, int y);
+    void endDrag();
+
+    QPointer<QDialog> m_dialog;
+    QFrame* m_titleBar = nullptr;
+    QLabel* m_title = nullptr;
+    QPushButton* m_closeButton = nullptr;
+    int m_margin;
+    bool m_dragging = false;
+    QPoint m_dragOffset; // pointer against the frame's corner
+};

@@ -30,6 +30,7 @@ MotionPrograms contourPrograms(const WeldTables& tables, WeldStage& stage);
 MotionPrograms testMovePrograms(const WeldContour& contour, float speed);
 
 // Channels 1 and 2 of a walk by rows from the row the machine stands at to `target`.
-// `speedText` is the feed as its label shows it; `contour.moveForward` gives the direction.
+// `position` is where the axes of the scheme are now: the first step goes from there. `speedText` is the
+// feed as its label shows it; `contour.moveForward` gives the direction.
 MotionPrograms navigationPrograms(const WeldContour& contour, int currentPoint, int target,
-                                  const QString& speedText);
+                                  const QList<float>& position, const QString& speedText);

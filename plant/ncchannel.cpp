@@ -33,7 +33,8 @@ QStringList planeAxes(int plane)
 double wrapped(double degrees)
 {
     const double rest = std::fmod(degrees, 360.0);
-    return rest < 0 ? rest + 360 : rest;
+    const double positive = rest < 0 ? rest + 360 : rest;
+    return positive < 360 ? positive : 0; // a hair below 0 rounds up to 360
 }
 
 } // namespace

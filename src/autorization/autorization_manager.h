@@ -1,0 +1,30 @@
+#pragma once
+
+#include "autorization_groups.h"
+
+#include <memory>
+
+namespace Autorization {
+
+// The accounts of this installation. Reads the user file when made, which may show message boxes, and
+// writes it when destroyed: accounts made in a run that crashes are lost. Connects the users button to
+// the users panel itself.
+class Manager : public AbstractManager
+{
+    Q_OBJECT
+
+public:
+    explicit Manager(const Widgets& widgets);
+    ~Manager() override;
+
+public slots:
+    void onControlPanel(); // the users panel, modal
+
+private:
+    Administrator m_administrator;
+    Fixer m_fixer;
+    Operator m_operator;
+    std::unique_ptr<AbstractUser> m_builtIn;
+};
+
+} // namespace Autorization

@@ -10,6 +10,17 @@ constexpr int corner = 10;        // px, side of every image
 constexpr double round = 8;       // px, rounding that the images are drawn for
 constexpr int metricOfTouch = 65; // QStyle::PM_SmallIconSize
 
+const QColor plainFace(158, 172, 255);
+const QColor alarmFace(255, 32, 32);
+const QColor accent(0, 214, 255);
+
+bool isAlarm(const QWidget* button)
+{
+    static const QStringList names = {QStringLiteral("sbShutdown"), QStringLiteral("pbStop"),
+                                      QStringLiteral("pbStopGoPoint")};
+    return names.contains(button->objectName());
+}
+
 QColor washedOut(const QColor& colour)
 {
     constexpr int paper = 222;
@@ -18,10 +29,6 @@ QColor washedOut(const QColor& colour)
 }
 
 } // namespace
-
-const QColor MyWinStyle::plainFace(158, 172, 255);
-const QColor MyWinStyle::alarmFace(255, 32, 32);
-const QColor MyWinStyle::accent(0, 214, 255);
 
 MyWinStyle::MyWinStyle()
     : QProxyStyle(QStringLiteral("windows"))
@@ -126,6 +133,19 @@ int MyWinStyle::pixelMetric(PixelMetric metric, const QStyleOption* option, cons
     return int(metric) == metricOfTouch ? 50 : QProxyStyle::pixelMetric(metric, option, widget);
 }
 
+int MyWinStyle::styleHint(StyleHint hint, const QStyleOption* option, const QWidget* widget,
+                          QStyleHintReturn* data) const
+{
+    if (hint == SH_EtchDisabledText) // a white shadow makes the text twice as hard to read
+        return 0;
+    return QProxyStyle::styleHint(hint, option, widget, data);
+}
+
+QColor MyWinStyle::restFace(const QWidget* button)
+{
+    return isAlarm(button) ? alarmFace : plainFace;
+}
+
 void MyWinStyle::setFace(QPalette& palette, const QColor& face)
 {
     palette.setColor(QPalette::Button, face);
@@ -138,14 +158,10 @@ void MyWinStyle::polish(QWidget* widget)
     if (!qobject_cast<QPushButton*>(widget))
         return;
 
-    static const QStringList alarms = {QStringLiteral("sbShutdown"), QStringLiteral("pbStop"),
-                                       QStringLiteral("pbStopGoPoint")};
-    const bool alarm = alarms.contains(widget->objectName());
-
     QPalette palette = widget->palette();
-    setFace(palette, alarm ? alarmFace : plainFace);
-    palette.setColor(QPalette::ButtonText, alarm ? Qt::white : Qt::black);
-    palette.setColor(QPalette::Disabled, QPalette::ButtonText, QColor(128, 128, 140));
+    setFace(palette, restFace(widget));
+    palette.setColor(QPalette::ButtonText, isAlarm(widget) ? Qt::white : Qt::black);
+    palette.setColor(QPalette::Disabled, QPalette::ButtonText, QColor(112, 112, 124));
     palette.setColor(QPalette::Highlight, accent);
     palette.setColor(QPalette::HighlightedText, Qt::black);
     widget->setPalette(palette);

@@ -22,6 +22,8 @@ public:
                      const QWidget* widget = nullptr) const override;
     int pixelMetric(PixelMetric metric, const QStyleOption* option = nullptr,
                     const QWidget* widget = nullptr) const override;
+    int styleHint(StyleHint hint, const QStyleOption* option = nullptr, const QWidget* widget = nullptr,
+                  QStyleHintReturn* data = nullptr) const override;
 
     using QProxyStyle::polish;
     void polish(QWidget* widget) override; // gives a push button its colours, alarm buttons by object name
@@ -32,9 +34,8 @@ public:
     // Sets the face of a button in all colour groups; the disabled one is washed out.
     static void setFace(QPalette& palette, const QColor& face);
 
-    static const QColor plainFace; // a button at rest
-    static const QColor alarmFace; // a button that stops the machine
-    static const QColor accent;    // a button that is on
+    // The face of a button at rest: red for the alarm buttons, which are known by their object names.
+    static QColor restFace(const QWidget* button);
 
 private:
     using NineSlice = std::array<QPixmap, 9>; // row by row from the top left

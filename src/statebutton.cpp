@@ -90,7 +90,7 @@ void StateButton::showFace()
 {
     const bool moving = m_state == GoingOn || m_state == GoingOff;
     QPalette colours = palette();
-    MyWinStyle::setFace(colours, moving ? motionFace : MyWinStyle::plainFace);
+    MyWinStyle::setFace(colours, moving ? motionFace : MyWinStyle::restFace(this));
     setPalette(colours);
     if (!m_frame)
         return;
@@ -163,9 +163,9 @@ Lock* StateButton::lock(const QString& name) const
 bool StateButton::event(QEvent* event)
 {
     const bool handled = QPushButton::event(event);
-    // The style has given the button its colours at rest; a state other than that has its own.
-    const bool polished = event->type() == QEvent::Polish || event->type() == QEvent::StyleChange;
-    if ((polished && m_state != Off) || event->type() == QEvent::EnabledChange)
+    // The style gives a button the colours of rest, also when the button has left it.
+    if (event->type() == QEvent::Polish || event->type() == QEvent::StyleChange ||
+        event->type() == QEvent::EnabledChange)
         showFace();
     return handled;
 }
@@ -193,6 +193,7 @@ void StateButton::paintEvent(QPaintEvent* event)
     if (!m_drawnLocked && m_state != Fault)
         return;
     QPainter painter(this);
+    painter.setOpacity(isEnabled() ? 1 : 0.4);
     painter.fillPath(MyWinStyle::getRoundRect(rect()),
                      QBrush(m_state == Fault ? Qt::red : Qt::darkGray, Qt::Dense4Pattern));
 }

@@ -9,6 +9,7 @@ namespace {
 
 constexpr int typeCount = 15;
 const QColor ink(24, 30, 60);
+const QColor rim(70, 80, 140);
 
 int sideOf(int type)
 {
@@ -112,7 +113,7 @@ void CUniButton::paintEvent(QPaintEvent*)
     painter.setRenderHint(QPainter::Antialiasing);
 
     const double inset = m_pressed ? 2 : 0;
-    const QRectF face = QRectF(rect()).adjusted(inset, inset, -inset, -inset);
+    const QRectF face = QRectF(rect()).adjusted(inset + 0.5, inset + 0.5, -inset - 0.5, -inset - 0.5);
     QPainterPath outline;
     if (m_type == 13)
         outline.addEllipse(face);
@@ -131,7 +132,10 @@ void CUniButton::paintEvent(QPaintEvent*)
     QLinearGradient shade(face.topLeft(), face.bottomLeft());
     shade.setColorAt(0, tinted(top));
     shade.setColorAt(1, tinted(foot));
-    painter.fillPath(outline, shade);
+    painter.setBrush(shade);
+    painter.setPen(tinted(rim));
+    painter.drawPath(outline);
+    painter.setBrush(Qt::NoBrush);
 
     if (isToggle()) {
         QFont font = painter.font();

@@ -1,0 +1,530 @@
+#include "deathtest.h"
+#include "sitefixture.h"
+#include "styleloader.h"
+#include "widgets.h"
+
+#include <QDialog>
+#include <QFile>
+#include <QPushButton>
+#include <QSignalSpy>
+#include <QStringListModel>
+#include <QStyleFactory>
+#include <QtTest>
+
+class TestWidgets : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void lampShowsTheImageOfItsState();
+    void aStateWithoutImageEndsTheProgram();
+    void numbers_data();
+    void numbers();
+    void coefficientSwitchesTheUnit();
+    void aLostSensorTurnsPink();
+    void labelsAreTouchedAtThePress();
+    void labelAsAButtonStepsAside();
+    void listTellsTheCurrentRow();
+
+    void frameAroundADialog();
+    void framePlace_data();
+    void framePlace();
+    void closingTheFrameIsRejection();
+    void frameFollowsTheDialog();
+    void frameGoesWithTheDialog();
+    void frameIsDraggedByItsTitle();
+
+    void confirmStandsBelowItsParent();
+    void confirmAnswers_data();
+    void confirmAnswers();
+    void confirmWithoutAnswerIsNo();
+    void confirmShowsLongTextsWhole();
+
+    void touchMetric();
+    void buttonColours_data();
+    void buttonColours();
+    void aFaceShowsThroughItsShading();
+    void smallButtons();
+
+    void missingStyleSheet();
+    void styleSheetIsReloadedByKey();
+
+private:
+    SiteFixture m_site;
+};
+
+void TestWidgets::initTestCase()
+{
+    QApplication::setStyle(new MyWinStyle);
+}
+
+void TestWidgets::lampShowsTheImageOfItsState()
+{
+    PoSprite lamp;
+    lamp.addPixmap(0, QStringLiteral(":/images/indicator_gray.png"));
+    lamp.addPixmap(1, QStringLiteral(":/images/indicator_green.png"));
+    lamp.addPixmap(-1, QStringLiteral(":/images/indicator_red.png"));
+    const auto shown = [&] { return lamp.pixmap(Qt::ReturnByValue).toImage(); };
+    const auto image = [](const char* name) {
+        return QPixmap(QStringLiteral(":/images/indicator_%1.png").arg(QLatin1String(name))).toImage();
+    };
+    const QImage gray = image("gray");
+    const QImage green = image("green");
+    QVERIFY(!green.isNull() && gray != green);
+
+    lamp.setSprite(1);
+    QCOMPARE(shown(), green);
+    lamp.changedState(-1);
+    QCOMPARE(shown(), image("red"));
+    lamp.changedState(1.9F);
+    QCOMPARE(shown(), green);
+    lamp.changedState(-0.9F);
+    QCOMPARE(shown(), gray);
+
+    lamp.addPixmap(0, QStringLiteral(":/images/indicator_green.png"));
+    lamp.setSprite(0);
+    QCOMPARE(shown(), green);
+    lamp.addPixmap(2, QStringLiteral(":/images/none.png")); // a missing file is an empty picture
+    lamp.setSprite(2);
+}
+
+void TestWidgets::aStateWithoutImageEndsTheProgram()
+{
+    PoSprite lamp;
+    lamp.addPixmap(0, QStringLiteral(":/images/indicator_gray.png"));
+    const QByteArray told = deathOf([&] { lamp.changedState(5); });
+    QVERIFY2(told.contains("i != m_mapPixmaps.end()"), told);
+    QVERIFY(deathOf([&] { lamp.changedState(0); }).isEmpty());
+}
+
+void TestWidgets::numbers_data()
+{
+    QTest::addColumn<float>("value");
+    QTest::addColumn<int>("decimals");
+    QTest::addColumn<QString>("text");
+    QTest::newRow("whole") << 41.6F << 0 << "42";
+    QTest::newRow("two decimals") << -12.345F << 2 << "-12.35";
+    QTest::newRow("exponent above two") << 0.00012F << 3 << "1.2E-04";
+    QTest::newRow("exponent of a large one") << 101325.0F << 3 << "1.0E+05";
+    QTest::newRow("minus nothing") << -0.001F << 2 << "-0.00";
+}
+
+void TestWidgets::numbers()
+{
+    QFETCH(float, value);
+    QFETCH(int, decimals);
+    QFETCH(QString, text);
+    PoLabel label;
+    label.setValue(value, decimals);
+    QCOMPARE(label.text(), text);
+    QCOMPARE(label.value(), value);
+
+    PoLabel live;
+    live.setDepth(decimals);
+    live.changedValue(value);
+    QCOMPARE(live.text(), text);
+}
+
+void TestWidgets::coefficientSwitchesTheUnit()
+{
+    PoLabel pressure;
+    pressure.setDepth(1);
+    pressure.changedValue(200);
+    pressure.setCoeff(0.0075F); // Pa to Torr
+    QCOMPARE(pressure.text(), QStringLiteral("1.5"));
+    QCOMPARE(pressure.value(), 200.0F);
+    pressure.setCoeff(1);
+    QCOMPARE(pressure.text(), QStringLiteral("200.0"));
+}
+
+void TestWidgets::aLostSensorTurnsPink()
+{
+    PoLabel label;
+    QPalette colours = label.palette();
+    colours.setColor(QPalette::WindowText, Qt::yellow);
+    colours.setColor(QPalette::Window, Qt::darkBlue);
+    label.setPalette(colours);
+    label.setValue(5, 0);
+    const auto text = [&] { return label.palette().color(QPalette::WindowText); };
+    const auto ground = [&] { return label.palette().color(QPalette::Window); };
+
+    for (int i = 0; i < 2; ++i) { // the second loss must not take pink for the first colour
+        label.changedValid(false);
+        label.changedValid(false);
+        QCOMPARE(text(), QColor(Qt::black));
+        QCOMPARE(ground(), QColor(255, 192, 192));
+        label.resize(80, 30);
+        QCOMPARE(label.grab().toImage().pixelColor(78, 1), QColor(255, 192, 192));
+        QCOMPARE(label.text(), QStringLiteral("5"));
+        label.changedValid(true);
+        QCOMPARE(text(), QColor(Qt::yellow));
+        QCOMPARE(ground(), QColor(Qt::darkBlue));
+    }
+}
+
+void TestWidgets::labelsAreTouchedAtThePress()
+{
+    PoLabel label;
+    PoSprite lamp;
+    QSignalSpy number(&label, &PoLabel::clicked);
+    QSignalSpy sprite(&lamp, &PoSprite::clicked);
+    QTest::mousePress(&label, Qt::LeftButton);
+    QTest::mousePress(&lamp, Qt::LeftButton);
+    QCOMPARE(number.size(), 1);
+    QCOMPARE(sprite.size(), 1);
+    QTest::mouseRelease(&label, Qt::LeftButton);
+    QTest::mouseRelease(&lamp, Qt::LeftButton);
+    QCOMPARE(number.size(), 1);
+    QCOMPARE(sprite.size(), 1);
+}
+
+void TestWidgets::labelAsAButtonStepsAside()
+{
+    QWidget panel;
+    MyLabel label(&panel);
+    label.move(10, 20);
+    QSignalSpy clicked(&label, &MyLabel::clicked);
+
+    QTest::mousePress(&label, Qt::LeftButton);
+    QCOMPARE(label.pos(), QPoint(10, 20));
+    QTest::mouseRelease(&label, Qt::LeftButton);
+    QCOMPARE(label.pos(), QPoint(10, 20));
+
+    label.setButton(true);
+    QTest::mousePress(&label, Qt::LeftButton);
+    QCOMPARE(label.pos(), QPoint(11, 21));
+    QTest::mouseRelease(&label, Qt::LeftButton);
+    QCOMPARE(label.pos(), QPoint(10, 20));
+    QCOMPARE(clicked.size(), 2);
+
+    QTest::mouseClick(&label, Qt::RightButton);
+    QCOMPARE(label.pos(), QPoint(10, 20));
+    QCOMPARE(clicked.size(), 2);
+
+    // A press that opens a menu hears of the release before it returns.
+    connect(&label, &MyLabel::clicked, &label, [&] { QTest::mouseRelease(&label, Qt::LeftButton); });
+    QTest::mousePress(&label, Qt::LeftButton);
+    QCOMPARE(label.pos(), QPoint(10, 20));
+}
+
+void TestWidgets::listTellsTheCurrentRow()
+{
+    QStringListModel model({QStringLiteral("a"), QStringLiteral("b"), QStringLiteral("c")});
+    MyListView list;
+    list.setModel(&model);
+    QSignalSpy row(&list, &MyListView::signal_currentChanged);
+    list.setCurrentIndex(model.index(2));
+    list.setCurrentIndex(model.index(0));
+    QCOMPARE(row.size(), 2);
+    QCOMPARE(row.at(0).first().toInt(), 2);
+    QCOMPARE(row.at(1).first().toInt(), 0);
+}
+
+void TestWidgets::frameAroundADialog()
+{
+    QWidget parent;
+    auto* dialog = new QDialog(&parent);
+    dialog->resize(300, 200);
+    auto* frame = new MyFrame(QStringLiteral("Ось X"), 40, 50, 3, dialog, &parent, true, true);
+
+    QCOMPARE(MyFrame::title_height(), 56);
+    QCOMPARE(frame->size(), QSize(300 + 2 * (2 + 3), 200 + 56 + 2 * (2 + 3)));
+    QCOMPARE(frame->pos(), QPoint(40, 50));
+    QCOMPARE(dialog->window(), frame);
+    QCOMPARE(dialog->geometry(), QRect(5, 61, 300, 200));
+    QVERIFY(dialog->isVisible());
+    QVERIFY(frame->windowFlags().testFlag(Qt::FramelessWindowHint));
+    QCOMPARE(frame->windowModality(), Qt::WindowModal);
+    QCOMPARE(frame->focusWidget(), dialog);
+
+    const auto* close = frame->findChild<QPushButton*>(QStringLiteral("pbClose"));
+    QCOMPARE(close->size(), QSize(56, 56));
+    QCOMPARE(close->mapTo(frame, QPoint(56, 0)), QPoint(frame->width() - 2, 2));
+    QVERIFY(!close->icon().isNull());
+    QCOMPARE(frame->findChild<QLabel*>(QStringLiteral("lblTitle"))->font().pointSize(), 15);
+
+    dialog->resize(400, 100); // rows of a dialog come and go
+    QCOMPARE(frame->size(), QSize(410, 166));
+    QCOMPARE(close->mapTo(frame, QPoint(56, 0)), QPoint(408, 2));
+}
+
+void TestWidgets::framePlace_data()
+{
+    QTest::addColumn<QPoint>("wanted");
+    QTest::addColumn<QPoint>("place");
+    // The frame is 100 wide and 100 high.
+    QTest::newRow("inside") << QPoint(300, 400) << QPoint(300, 400);
+    QTest::newRow("past the right edge") << QPoint(1900, 400) << QPoint(1819, 400);
+    QTest::newRow("flush right") << QPoint(1820, 400) << QPoint(1820, 400);
+    QTest::newRow("above") << QPoint(300, -5) << QPoint(300, 0);
+    QTest::newRow("past the foot") << QPoint(300, 1101) << QPoint(300, 1099);
+    QTest::newRow("flush with the foot") << QPoint(300, 1100) << QPoint(300, 1100);
+    QTest::newRow("left edge as wanted") << QPoint(-20, 10) << QPoint(-20, 10);
+}
+
+void TestWidgets::framePlace()
+{
+    QFETCH(QPoint, wanted);
+    QFETCH(QPoint, place);
+    auto dialog = std::make_unique<QDialog>();
+    dialog->setFixedSize(96, 40);
+    auto* frame = new MyFrame(QString(), wanted.x(), wanted.y(), 0, dialog.get(), nullptr, false, false);
+    QCOMPARE(frame->size(), QSize(100, 100));
+    QCOMPARE(frame->pos(), place);
+    QVERIFY(!frame->isVisible());
+    QCOMPARE(frame->windowModality(), Qt::NonModal);
+}
+
+void TestWidgets::closingTheFrameIsRejection()
+{
+    for (bool byButton : {true, false}) {
+        QDialog dialog;
+        dialog.resize(200, 100);
+        auto* frame = new MyFrame(QString(), 0, 0, 0, &dialog, nullptr, true, true);
+        QTimer::singleShot(0, frame, [&] {
+            if (byButton)
+                QTest::mouseClick(frame->findChild<QPushButton*>(QStringLiteral("pbClose")), Qt::LeftButton);
+            else
+                frame->close(); // the window system's own way
+        });
+        QCOMPARE(dialog.exec(), int(QDialog::Rejected));
+        QVERIFY(!frame->isVisible());
+    }
+}
+
+void TestWidgets::frameFollowsTheDialog()
+{
+    QDialog dialog;
+    dialog.resize(200, 100);
+    auto* frame = new MyFrame(QString(), 0, 0, 0, &dialog, nullptr, true, false);
+    QVERIFY(!frame->isVisible());
+    dialog.show();
+    QVERIFY(frame->isVisible());
+    QVERIFY(dialog.isVisible());
+    dialog.accept(); // no empty frame stays on the screen while the caller goes on
+    QVERIFY(!frame->isVisible());
+    dialog.show();
+    QVERIFY(dialog.isVisible());
+}
+
+void TestWidgets::frameGoesWithTheDialog()
+{
+    QPointer<MyFrame> frame;
+    {
+        QDialog dialog;
+        frame = new MyFrame(QString(), 0, 0, 0, &dialog, nullptr, true, true);
+    }
+    QVERIFY(!frame || !frame->isVisible());
+    QTRY_VERIFY(!frame);
+}
+
+void TestWidgets::frameIsDraggedByItsTitle()
+{
+    QDialog dialog;
+    dialog.resize(300, 200);
+    auto* frame = new MyFrame(QStringLiteral("Пароль:"), 200, 300, 1, &dialog, nullptr, false, true);
+    const auto mouse = [&](QEvent::Type type, QPoint global) {
+        const bool move = type == QEvent::MouseMove;
+        QMouseEvent event(type, frame->mapFromGlobal(global), global, move ? Qt::NoButton : Qt::LeftButton,
+                          Qt::LeftButton, Qt::NoModifier);
+        QApplication::sendEvent(frame, &event);
+    };
+
+    mouse(QEvent::MouseButtonPress, {250, 320});
+    QCOMPARE(QWidget::mouseGrabber(), frame);
+    mouse(QEvent::MouseMove, {260, 290});
+    QCOMPARE(frame->pos(), QPoint(210, 270));
+    mouse(QEvent::MouseButtonRelease, {260, 290});
+    QVERIFY(!QWidget::mouseGrabber());
+    mouse(QEvent::MouseMove, {0, 0});
+    QCOMPARE(frame->pos(), QPoint(210, 270));
+
+    // Below the title nothing is taken hold of; and a frame that closes lets go of the pointer.
+    mouse(QEvent::MouseButtonPress, {211, 360});
+    QVERIFY(!QWidget::mouseGrabber());
+    mouse(QEvent::MouseButtonPress, {250, 290});
+    dialog.reject();
+    QVERIFY(!QWidget::mouseGrabber());
+}
+
+void TestWidgets::confirmStandsBelowItsParent()
+{
+    QWidget window;
+    window.setGeometry(100, 200, 600, 400);
+    QWidget button(&window);
+    button.setGeometry(30, 40, 110, 60);
+    window.show();
+    Confirm question(QStringLiteral("Подтверждение"), QStringLiteral("Удалить текущую точку из контура?"),
+                     &button, 0);
+    const QWidget* frame = question.window();
+    QVERIFY(frame->isVisible());
+    QCOMPARE(question.size(), QSize(432, 223));
+    QCOMPARE(frame->width(), 432 + 2 * (2 + 1));
+    QCOMPARE(frame->pos(), button.mapToGlobal(QPoint(0, 61)));
+    QCOMPARE(question.findChild<QPushButton*>(QStringLiteral("pbYes"))->geometry(), QRect(60, 130, 110, 60));
+    QCOMPARE(question.findChild<QPushButton*>(QStringLiteral("pbNo"))->geometry(), QRect(260, 130, 110, 60));
+    QCOMPARE(question.findChild<QLabel*>(QStringLiteral("lblText"))->font().pointSize(), 20);
+}
+
+void TestWidgets::confirmAnswers_data()
+{
+    QTest::addColumn<QString>("button");
+    QTest::addColumn<int>("key");
+    QTest::addColumn<int>("result");
+    QTest::newRow("yes") << "pbYes" << 0 << int(QDialog::Accepted);
+    QTest::newRow("no") << "pbNo" << 0 << int(QDialog::Rejected);
+    QTest::newRow("escape") << "" << int(Qt::Key_Escape) << int(QDialog::Rejected);
+}
+
+void TestWidgets::confirmAnswers()
+{
+    QFETCH(QString, button);
+    QFETCH(int, key);
+    QFETCH(int, result);
+    QWidget parent;
+    Confirm question(QStringLiteral("Подтверждение"), QStringLiteral("?"), &parent, 5);
+    QTimer::singleShot(0, &question, [&] {
+        QTest::keyClick(&question, Qt::Key_Return); // a stray Enter answers nothing
+        QVERIFY(question.isVisible());
+        if (key)
+            QTest::keyClick(&question, Qt::Key(key));
+        else
+            QTest::mouseClick(question.findChild<QPushButton*>(button), Qt::LeftButton);
+    });
+    QCOMPARE(question.exec(), result);
+    QVERIFY(!question.window()->isVisible());
+}
+
+void TestWidgets::confirmWithoutAnswerIsNo()
+{
+    QWidget parent;
+    Confirm question(QStringLiteral("Подтверждение"), QStringLiteral("?"), &parent, 1);
+    QElapsedTimer waited;
+    waited.start();
+    QCOMPARE(question.exec(), int(QDialog::Rejected));
+    QVERIFY(waited.elapsed() >= 900);
+}
+
+void TestWidgets::confirmShowsLongTextsWhole()
+{
+    Confirm question(QStringLiteral("Подтверждение"),
+                     QStringLiteral("Перезаписать файл Корпус_редуктора_шов_4_проход_2_повтор_новый?"),
+                     nullptr, 0);
+    const auto* label = question.findChild<QLabel*>(QStringLiteral("lblText"));
+    const QRect needed =
+        label->fontMetrics().boundingRect(QRect(QPoint(), label->size()), Qt::TextWordWrap, label->text());
+    QVERIFY(needed.width() <= label->width());
+    QVERIFY(needed.height() <= label->height());
+}
+
+void TestWidgets::touchMetric()
+{
+    MyWinStyle style;
+    QCOMPARE(style.pixelMetric(QStyle::PixelMetric(65)), 50);
+    QScopedPointer<QStyle> base(QStyleFactory::create(QStringLiteral("windows")));
+    for (int metric : {0, 10, 64, 66, 80})
+        QCOMPARE(style.pixelMetric(QStyle::PixelMetric(metric)),
+                 base->pixelMetric(QStyle::PixelMetric(metric)));
+}
+
+void TestWidgets::buttonColours_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<QColor>("face");
+    QTest::addColumn<QColor>("text");
+    const QColor plain(158, 172, 255), alarm(255, 32, 32);
+    QTest::newRow("any") << "pbRun" << plain << QColor(Qt::black);
+    QTest::newRow("stop") << "pbStop" << alarm << QColor(Qt::white);
+    QTest::newRow("stop the way to a point") << "pbStopGoPoint" << alarm << QColor(Qt::white);
+    QTest::newRow("shutdown") << "sbShutdown" << alarm << QColor(Qt::white);
+}
+
+void TestWidgets::buttonColours()
+{
+    QFETCH(QString, name);
+    QFETCH(QColor, face);
+    QFETCH(QColor, text);
+    QPushButton button;
+    button.setObjectName(name);
+    button.ensurePolished();
+    const QPalette colours = button.palette();
+    QCOMPARE(colours.color(QPalette::Active, QPalette::Button), face);
+    QCOMPARE(colours.color(QPalette::Active, QPalette::ButtonText), text);
+    QCOMPARE(colours.color(QPalette::Active, QPalette::Highlight), QColor(0, 214, 255));
+    QCOMPARE(colours.color(QPalette::Active, QPalette::HighlightedText), QColor(Qt::black));
+    QVERIFY(colours.color(QPalette::Disabled, QPalette::ButtonText) != text);
+}
+
+void TestWidgets::aFaceShowsThroughItsShading()
+{
+    const auto middle = [](QPushButton& button) { return button.grab().toImage().pixelColor(50, 30); };
+    QPushButton plain, alarm;
+    alarm.setObjectName(QStringLiteral("pbStop"));
+    for (QPushButton* button : {&plain, &alarm}) {
+        button->resize(100, 60);
+        button->setCheckable(true);
+    }
+    const QColor rest = middle(plain);
+    QVERIFY(rest.blue() > rest.red() + 50);
+    const QColor stop = middle(alarm);
+    QVERIFY(stop.red() > 200 && stop.blue() < 80);
+
+    plain.setChecked(true);
+    const QColor on = middle(plain);
+    QVERIFY(on.red() < 50 && on.green() > 150); // the accent
+    plain.setChecked(false);
+
+    alarm.setDown(true); // a finger on the stop leaves it red
+    const QColor pressed = middle(alarm);
+    QVERIFY(pressed.red() > 150 && pressed.blue() < 80 && pressed != stop);
+
+    plain.setEnabled(false);
+    const QColor off = middle(plain);
+    QVERIFY(off.blue() - off.red() < (rest.blue() - rest.red()) / 2);
+}
+
+void TestWidgets::smallButtons()
+{
+    for (QSize size : {QSize(16, 60), QSize(60, 12), QSize(20, 20), QSize(8, 8)}) {
+        QPushButton button;
+        button.setFixedSize(size);
+        const QImage image = button.grab().toImage();
+        QVERIFY(image.pixelColor(size.width() / 2, size.height() / 2) != button.palette().window().color());
+    }
+}
+
+void TestWidgets::missingStyleSheet()
+{
+    qApp->setStyleSheet(QStringLiteral("QLabel { color: red; }"));
+    const QString file = StyleLoader::defaultStyleFile();
+    QCOMPARE(file, m_site.root() + QStringLiteral("/home/oper/bin/style.qss"));
+    QTest::ignoreMessage(QtDebugMsg, qPrintable(QStringLiteral("Cannot open stylesheet file ") + file));
+    StyleLoader::attach(file, QKeySequence());
+    QCOMPARE(qApp->styleSheet(), QStringLiteral("QLabel { color: red; }"));
+}
+
+void TestWidgets::styleSheetIsReloadedByKey()
+{
+    QFile file(site().path(QStringLiteral("/home/oper/bin/style.qss")));
+    const auto write = [&](const char* text) {
+        QVERIFY(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
+        file.write(text);
+        file.close();
+    };
+    write("QLabel { color: blue; }");
+    StyleLoader::attach(StyleLoader::defaultStyleFile(), QKeySequence(Qt::CTRL | Qt::Key_F5));
+    QCOMPARE(qApp->styleSheet(), QStringLiteral("QLabel { color: blue; }"));
+
+    write("QLabel { color: green; }");
+    QWidget window;
+    window.show();
+    QTest::keyClick(&window, Qt::Key_F5);
+    QCOMPARE(qApp->styleSheet(), QStringLiteral("QLabel { color: blue; }"));
+    QTest::keyClick(&window, Qt::Key_F5, Qt::ControlModifier);
+    QCOMPARE(qApp->styleSheet(), QStringLiteral("QLabel { color: green; }"));
+    qApp->setStyleSheet(QString());
+}
+
+QTEST_MAIN(TestWidgets)
+#include "test_widgets.moc"

@@ -1,0 +1,149 @@
+#include "fixedmove.h"
+
+#include "drivecomm.h"
+#include "numpad.h"
+#include "site.h"
+#include "ui_fixedmove.h"
+#include "widgets.h"
+
+#include <QDebug>
+#include <QFile>
+#include <QSettings>
+#include <QTextStream>
+
+#include <cmath>
+
+namespace {
+
+constexpr int decimals = 2;
+constexpr unsigned int channelReady = 1;
+
+// The controller opens the program under the same path.
+const QString programPath = QStringLiteral("/programs/_fixed.npg");
+
+QString settingsFile()
+{
+    return site().path(QStringLiteral("/home/oper/bin/settings.ini"));
+}
+
+// The axis's name in NC programs.
+QString axisWord(const QString& name)
+{
+    if (name == QLatin1String("Z"))
+        return QStringLiteral("Y");
+    if (name == QLatin1String("U2"))
+        return QStringLiteral("U1");
+    return name;
+}
+
+} // namespace
+
+FixedMove::FixedMove(const QString& name, const QString& unit, DriveTCPthread* drive, int speed, int channel,
+                     QWidget* parent)
+    : QDialog(parent)
+    , m_ui(std::make_unique<Ui::FixedMove>())
+    , m_name(name)
+    , m_unit(unit)
+    , m_drive(drive)
+    , m_speed(speed)
+    , m_channel(channel)
+{
+    m_ui->setupUi(this);
+    m_ui->lblUnit->setText(unit);
+
+    const QSettings settings(settingsFile(), QSettings::IniFormat);
+    const bool absolute = settings.value(m_name + QStringLiteral("/FM_Absolute"), true).toBool();
+    (absolute ? m_ui->rbAbsolute : m_ui->rbRelative)->setChecked(true);
+    setCoord(0);
+    setCoord(settings.value(m_name + QStringLiteral("/FM_Coord"), 0).toDouble());
+
+    const QPoint place = parent->mapToGlobal(QPoint(0, parent->height() + 1));
+    new MyFrame(QStringLiteral("Фикс. перемещение - ось ") + name, place.x(), place.y(), 1, this, parent,
+                true, true);
+}
+
+FixedMove::~FixedMove()
+{
+    QSettings settings(settingsFile(), QSettings::IniFormat);
+    settings.setValue(m_name + QStringLiteral("/FM_Absolute"), m_ui->rbAbsolute->isChecked());
+    settings.setValue(m_name + QStringLiteral("/FM_Coord"), double(m_ui->lblCoord->value()));
+    emit message(QStringLiteral("[I]Закрыто окно фиксированного перемещения по оси ") + m_name, false);
+}
+
+void FixedMove::onDriveState(bool on)
+{
+    m_ui->pbStart->setEnabled(on);
+}
+
+void FixedMove::onChannelState(unsigned int state)
+{
+    m_ui->pbStart->setEnabled(state == channelReady);
+}
+
+void FixedMove::on_lblCoord_clicked()
+{
+    Numpad numpad(QStringLiteral("Координата"), m_ui->lblCoord, 0, false, false, false);
+    if (numpad.exec() == QDialog::Accepted)
+        setCoord(numpad.value());
+}
+
+void FixedMove::setCoord(double value)
+{
+    // What is no number, or none in single precision, must not reach a program.
+    if (std::isfinite(float(value)))
+        m_ui->lblCoord->setValue(float(value), decimals);
+}
+
+void FixedMove::on_pbStart_clicked()
+{
+    if (writeProgram())
+        m_drive->command(QStringLiteral("EXEC_%1(%2)").arg(m_channel).arg(programPath));
+
+    const double value = double(m_ui->lblCoord->value());
+    // The journal tells of the press, also when the program could not be written.
+    if (m_ui->rbAbsolute->isChecked())
+        emit message(QStringLiteral("[C]Запущено фиксированное перемещение по оси %1 в координату %2")
+                         .arg(m_name)
+                         .arg(value),
+                     true);
+    else
+        emit message(QStringLiteral("[C]Запущено фиксированное перемещение по оси %1 на %2 %3")
+                         .arg(m_name)
+                         .arg(value)
+                         .arg(m_unit),
+                     true);
+    reject();
+}
+
+QString FixedMove::program() const
+{
+    QString text;
+    QTextStream lines(&text);
+    lines << "N01 $" << m_channel << '\n';
+    if (m_name == QLatin1String("V"))
+        lines << "N02 ARF()\n";
+    lines << "N03 " << (m_ui->rbAbsolute->isChecked() ? "G90" : "G91") << " G01 " << axisWord(m_name) << '='
+          << m_ui->lblCoord->value() << " F" << m_speed << '\n';
+    lines << "N05 M30\n";
+    lines.flush();
+    return text;
+}
+
+bool FixedMove::writeProgram() const
+{
+    QFile file(site().path(programPath));
+    // The controller reads the folder under another account.
+    file.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner | QFile::ReadUser |
+                        QFile::WriteUser | QFile::ExeUser | QFile::ReadGroup | QFile::WriteGroup |
+                        QFile::ExeGroup | QFile::ReadOther | QFile::WriteOther | QFile::ExeOther);
+    if (!file.open(QIODevice::WriteOnly)) {
+        qDebug().noquote() << "fixed move:" << file.fileName() << file.errorString();
+        return false;
+    }
+    file.write(program().toUtf8());
+    file.close();
+    // Half a program is not started: it may end anywhere.
+    if (file.error() != QFileDevice::NoError)
+        qDebug().noquote() << "fixed move:" << file.fileName() << file.errorString();
+    return file.error() == QFileDevice::NoError;
+}

@@ -49,7 +49,7 @@ private:
         QTcpServer tcp;
         tcp.listen(QHostAddress::LocalHost);
         QUdpSocket udp;
-        udp.bind(QHostAddress::LocalHost);
+        udp.bind(QHostAddress(QHostAddress::LocalHost)); // the bare word would be taken for a port
         return {QStringLiteral("127.0.0.1"), tcp.serverPort(), udp.localPort()};
     }
 

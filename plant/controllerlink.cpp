@@ -1,0 +1,166 @@
+#include "plant/controllerlink.h"
+
+#include "plant/controller.h"
+
+#include <QTcpSocket>
+
+#include <chrono>
+#include <cmath>
+#include <cstring>
+
+namespace plant {
+
+namespace {
+
+constexpr std::chrono::milliseconds statusPeriod{50};
+constexpr std::chrono::milliseconds listenRetry{100};
+constexpr qint64 maxUnread = 64 * 1024; // bytes of answers kept for a console that does not read
+
+int milliseconds(double seconds)
+{
+    return static_cast<int>(std::lround(seconds * 1000));
+}
+
+} // namespace
+
+ControllerLink::ControllerLink(MotionController& controller, QObject* parent)
+    : QObject(parent)
+    , m_controller(controller)
+{
+    m_statusTimer.setTimerType(Qt::PreciseTimer);
+    m_dropTimer.setSingleShot(true);
+    m_silenceTimer.setSingleShot(true);
+    connect(&m_server, &QTcpServer::newConnection, this, &ControllerLink::accept);
+    connect(&m_statusTimer, &QTimer::timeout, this, [this] {
+        if (!m_silenceTimer.isActive())
+            sendStatus(frameSignature);
+    });
+    connect(&m_dropTimer, &QTimer::timeout, this, &ControllerLink::listenAgain);
+}
+
+ControllerLink::~ControllerLink()
+{
+    if (m_console)
+        m_console->disconnect(this);
+}
+
+bool ControllerLink::listen(std::uint16_t tcpPort, std::uint16_t udpPort, QString* error)
+{
+    if (!m_server.listen(QHostAddress::LocalHost, tcpPort)) {
+        if (error)
+            *error = QStringLiteral("TCP port %1: %2").arg(tcpPort).arg(m_server.errorString());
+        return false;
+    }
+    m_tcpPort = m_server.serverPort();
+    m_udpPort = udpPort;
+    if (udpPort == 0) {
+        QUdpSocket probe;
+        probe.bind(QHostAddress(QHostAddress::LocalHost));
+        m_udpPort = probe.localPort();
+    }
+    return true;
+}
+
+void ControllerLink::drop(double seconds)
+{
+    m_server.close();
+    if (m_console)
+        m_console->abort();
+    m_dropTimer.start(milliseconds(seconds));
+}
+
+void ControllerLink::silence(double seconds)
+{
+    m_silenceTimer.start(milliseconds(seconds));
+}
+
+bool ControllerLink::sendBadDatagram()
+{
+    if (m_console)
+        sendStatus(static_cast<std::uint16_t>(~frameSignature));
+    return m_console != nullptr;
+}
+
+bool ControllerLink::sendBadFrame()
+{
+    if (m_console)
+        m_console->write("no frame at all");
+    return m_console != nullptr;
+}
+
+void ControllerLink::accept()
+{
+    while (QTcpSocket* next = m_server.nextPendingConnection()) {
+        if (m_console)
+            m_console->abort();
+        m_console = next;
+        m_input.clear();
+        connect(next, &QTcpSocket::readyRead, this, &ControllerLink::read);
+        connect(next, &QTcpSocket::disconnected, this, [this] { forget(QStringLiteral("console gone")); });
+        m_statusTimer.start(statusPeriod);
+        emit logged(QStringLiteral("console connected"));
+        sendStatus(frameSignature);
+    }
+}
+
+void ControllerLink::read()
+{
+    // A frame may bring the connection down, so look at it anew each time.
+    m_input += m_console->readAll();
+    while (m_console && m_input.size() >= static_cast<int>(sizeof(FrameHead))) {
+        FrameHead head{};
+        std::memcpy(&head, m_input.constData(), sizeof head);
+        if (head.signature != frameSignature) {
+            emit logged(QStringLiteral("bad frame from the console: connection closed"));
+            m_console->abort();
+            return;
+        }
+        const int size = static_cast<int>(sizeof head) + head.length;
+        if (m_input.size() < size)
+            return;
+        const QString text = QString::fromUtf8(m_input.constData() + sizeof head, head.length);
+        m_input.remove(0, size);
+        const QString reason = m_controller.command(text);
+        answer(reason.isEmpty() ? QStringLiteral("OK %1").arg(text)
+                                : QStringLiteral("REFUSED %1: %2").arg(text, reason));
+    }
+}
+
+void ControllerLink::answer(const QString& text)
+{
+    if (!m_console || m_console->bytesToWrite() > maxUnread)
+        return;
+    const QByteArray body = text.toUtf8().left(0xFFFF);
+    const FrameHead head{frameSignature, static_cast<std::uint16_t>(body.size())};
+    m_console->write(reinterpret_cast<const char*>(&head), sizeof head);
+    m_console->write(body);
+}
+
+void ControllerLink::sendStatus(std::uint16_t signature)
+{
+    if (!m_console)
+        return;
+    StatusPack pack = m_controller.status();
+    pack.signature = signature;
+    m_udp.writeDatagram(reinterpret_cast<const char*>(&pack), sizeof pack, m_console->peerAddress(),
+                        m_udpPort);
+}
+
+void ControllerLink::forget(const QString& why)
+{
+    m_console->disconnect(this);
+    m_console->deleteLater();
+    m_console = nullptr;
+    m_input.clear();
+    m_statusTimer.stop();
+    m_controller.consoleLost();
+    emit logged(why);
+}
+
+void ControllerLink::listenAgain()
+{
+    if (!m_server.isListening() && !m_server.listen(QHostAddress::LocalHost, m_tcpPort))
+        m_dropTimer.start(listenRetry);
+}
+
+} // namespace plant

@@ -1,0 +1,212 @@
+#include "plant/installation.h"
+
+#include "plant/controller.h"
+#include "plant/controllerlink.h"
+#include "plant/instructor.h"
+
+#include <QElapsedTimer>
+#include <QFile>
+#include <QThread>
+#include <QTimer>
+
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+
+namespace plant {
+
+namespace {
+
+constexpr double stepTime = 0.01;     // s of simulated time
+constexpr double longestStall = 0.25; // s of real time made up for after the process stood still
+constexpr std::chrono::milliseconds tickPeriod{10};
+
+} // namespace
+
+// Everything that lives in the installation's thread.
+class Installation::Core : public QObject
+{
+public:
+    Core(Installation& owner, const InstallationOptions& options)
+        : m_owner(owner)
+        , m_controller(options.root, options.seed)
+        , m_link(m_controller)
+        , m_instructor(m_controller, m_link)
+        , m_speed(options.speed)
+    {
+        m_controller.setLog([this](const QString& line) { emit m_owner.logged(line); });
+        connect(&m_link, &ControllerLink::logged, this,
+                [this](const QString& line) { emit m_owner.logged(line); });
+        connect(&m_instructor, &Instructor::speedWanted, this, [this](double factor) { m_speed = factor; });
+        connect(&m_instructor, &Instructor::quitWanted, this, [this] { emit m_owner.quitRequested(); });
+        m_tick.setTimerType(Qt::PreciseTimer);
+        connect(&m_tick, &QTimer::timeout, this, &Core::tick);
+        m_scriptWait.setSingleShot(true);
+        connect(&m_scriptWait, &QTimer::timeout, this, &Core::continueScript);
+        m_clock.start();
+        m_tick.start(tickPeriod);
+    }
+
+    void runScript(const QStringList& lines)
+    {
+        m_script += lines;
+        if (!m_scriptWait.isActive())
+            m_scriptWait.start(0);
+    }
+
+    MotionController& controller() { return m_controller; }
+    ControllerLink& link() { return m_link; }
+    Instructor& instructor() { return m_instructor; }
+
+private:
+    void tick()
+    {
+        const double elapsed = static_cast<double>(m_clock.nsecsElapsed()) / 1e9;
+        m_clock.restart();
+        const double real = std::min(elapsed, longestStall);
+        m_carry += real * m_speed;
+        while (m_carry >= stepTime) {
+            m_controller.step(stepTime);
+            m_carry -= stepTime;
+        }
+        m_controller.stepMessages(real);
+    }
+
+    void continueScript()
+    {
+        while (!m_script.isEmpty()) {
+            const QString line = m_script.takeFirst().simplified();
+            if (line.startsWith(QLatin1String("wait "), Qt::CaseInsensitive)) {
+                bool ok = false;
+                const double seconds = line.mid(5).toDouble(&ok);
+                if (ok && seconds >= 0 && seconds < 1e6) {
+                    m_scriptWait.start(static_cast<int>(std::lround(seconds * 1000)));
+                    return;
+                }
+            }
+            const QString answer = m_instructor.execute(line);
+            if (!answer.isEmpty())
+                emit m_owner.logged(QStringLiteral("script: %1: %2").arg(line, answer));
+        }
+    }
+
+    Installation& m_owner;
+    MotionController m_controller;
+    ControllerLink m_link;
+    Instructor m_instructor;
+    QTimer m_tick;
+    QElapsedTimer m_clock;
+    double m_speed;
+    double m_carry = 0; // s of simulated time not yet stepped
+    QStringList m_script;
+    QTimer m_scriptWait;
+};
+
+struct Installation::Private
+{
+    InstallationOptions options;
+    QThread thread;
+    std::unique_ptr<QObject> gate; // lives in the installation's thread: calls pass through it
+    std::unique_ptr<Core> core;
+    std::uint16_t tcpPort = 0;
+    std::uint16_t udpPort = 0;
+};
+
+Installation::Installation(const InstallationOptions& options, QObject* parent)
+    : QObject(parent)
+    , d(std::make_unique<Private>())
+{
+    d->options = options;
+}
+
+Installation::~Installation()
+{
+    stop();
+}
+
+bool Installation::start(QString* error)
+{
+    stop();
+    d->gate = std::make_unique<QObject>();
+    if (d->options.ownThread) {
+        d->thread.setObjectName(QStringLiteral("plant"));
+        d->gate->moveToThread(&d->thread);
+        d->thread.start();
+    }
+    bool listening = false;
+    call([&] {
+        d->core = std::make_unique<Core>(*this, d->options);
+        ControllerLink& link = d->core->link();
+        listening = link.listen(d->options.tcpPort, d->options.udpPort, error);
+        d->tcpPort = link.tcpPort();
+        d->udpPort = link.udpPort();
+    });
+    if (!listening)
+        stop();
+    return listening;
+}
+
+void Installation::stop()
+{
+    if (!d->gate)
+        return;
+    call([this] { d->core.reset(); });
+    d->thread.quit();
+    d->thread.wait();
+    d->gate.reset();
+    d->tcpPort = 0;
+    d->udpPort = 0;
+}
+
+std::uint16_t Installation::tcpPort() const
+{
+    return d->tcpPort;
+}
+
+std::uint16_t Installation::udpPort() const
+{
+    return d->udpPort;
+}
+
+QString Installation::instruct(const QString& line)
+{
+    QString answer;
+    call([&] { answer = d->core->instructor().execute(line); });
+    return answer;
+}
+
+bool Installation::runScript(const QString& fileName, QString* error)
+{
+    QFile file(fileName);
+    if (!file.open(QIODevice::ReadOnly | QIODevice::Text)) {
+        if (error)
+            *error = QStringLiteral("%1: %2").arg(fileName, file.errorString());
+        return false;
+    }
+    const QStringList lines = QString::fromUtf8(file.readAll()).split(QLatin1Char('\n'));
+    call([&] { d->core->runScript(lines); });
+    return true;
+}
+
+StatusPack Installation::status()
+{
+    StatusPack pack{};
+    call([&] { pack = d->core->controller().status(); });
+    return pack;
+}
+
+void Installation::inside(const std::function<void(MotionController&)>& action)
+{
+    call([&] { action(d->core->controller()); });
+}
+
+void Installation::call(const std::function<void()>& action)
+{
+    Q_ASSERT(d->gate);
+    if (QThread::currentThread() == d->gate->thread())
+        action();
+    else
+        QMetaObject::invokeMethod(d->gate.get(), action, Qt::BlockingQueuedConnection);
+}
+
+} // namespace plant

@@ -1,0 +1,72 @@
+#pragma once
+
+#include <QObject>
+#include <QString>
+#include <QStringList>
+
+#include <vector>
+
+namespace plant {
+
+class ControllerLink;
+class MotionController;
+
+// What the instructor can do to the installation, one line at a time. Words are separated by blanks and
+// carry no case. Every line is answered with one line; an answer that begins with "error:" changed nothing.
+class Instructor : public QObject
+{
+    Q_OBJECT
+
+public:
+    // Both outlive the instructor.
+    Instructor(MotionController& controller, ControllerLink& link, QObject* parent = nullptr);
+
+    QString execute(const QString& line); // an empty line and a comment (#) have an empty answer
+
+signals:
+    void speedWanted(double factor); // simulated seconds for each real one
+    void quitWanted();
+
+private:
+    using Words = QStringList;
+    using Handler = QString (Instructor::*)(const Words&); // empty: done; otherwise the answer
+    struct Entry
+    {
+        const char* word;
+        const char* usage;
+        const char* meaning;
+        int least; // words after the first
+        int most;
+        Handler handler;
+    };
+    static const std::vector<Entry>& entries();
+
+    QString help(const Words& w);
+    QString status(const Words& w);
+    QString door(const Words& w);
+    QString vacuum(const Words& w);
+    QString key(const Words& w);
+    QString breaker(const Words& w);
+    QString phase(const Words& w);
+    QString emergency(const Words& w);
+    QString rope(const Words& w);
+    QString trip(const Words& w);
+    QString clear(const Words& w);
+    QString axis(const Words& w);
+    QString pult(const Words& w);
+    QString module(const Words& w);
+    QString light(const Words& w);
+    QString message(const Words& w);
+    QString cncError(const Words& w);
+    QString program(const Words& w);
+    QString variable(const Words& w);
+    QString link(const Words& w);
+    QString frame(const Words& w);
+    QString speed(const Words& w);
+    QString quit(const Words& w);
+
+    MotionController& m_controller;
+    ControllerLink& m_link;
+};
+
+} // namespace plant

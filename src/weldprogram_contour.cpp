@@ -1,0 +1,348 @@
+#include "weldprogram.h"
+
+#include "programwriter.h"
+#include "ringmove.h"
+#include "schema.h"
+#include "weldgeometry.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace {
+
+constexpr double samePlace = 0.01; // mm or deg: rows of tables and points nearer than this coincide
+
+bool finite(const QList<float>& point)
+{
+    return std::all_of(point.begin(), point.end(), [](float c) { return std::isfinite(c); });
+}
+
+// Walks the contour frame by frame, pass by pass, and cuts each frame where a technology row falls on it,
+// so that every change of speed and every stop comes at its path.
+class ContourBuilder
+{
+public:
+    ContourBuilder(const WeldTables& tables, WeldStage& stage)
+        : m_contour(tables.contour)
+        , m_rows(tables.contour.rows)
+        , m_tech(tables.tech)
+        , m_schema(*tables.contour.schema)
+        , m_ring(m_schema.circle())
+        , m_round(m_ring || m_schema.rotate())
+        , m_stage(stage)
+        , m_ch1(1, &m_block)
+        , m_ch2(2, &m_block)
+        , m_path(tables.contour)
+        , m_start(circleStart(tables.contour))
+        , m_passes(passCount(tables.contour))
+        , m_taken(m_tech.value(0))
+        , m_last(double(m_taken.path))
+    {}
+
+    MotionPrograms build()
+    {
+        m_stage.stopsSeen = 0;
+        head();
+        walk();
+        tail();
+        return {m_ch1.text(), m_ring ? m_ch2.text() : QString()};
+    }
+
+private:
+    struct Stretch
+    {
+        int row;     // the contour row that the frame leads to; 0 for the closing frame
+        int leaving; // the row that describes the frame
+        QList<float> from;
+        QList<float> to;
+    };
+
+    void head();
+    void walk();
+    void tail();
+
+    void runFrame(int row);
+    void advance(int row);
+    void takeRows(Stretch& frame);
+    void cut(Stretch& frame, const TechRow& row);
+    void leaveOutPasses(const TechRow& row);
+    void take(const TechRow& row);
+
+    void move(const QList<float>& to, const QList<float>& from, int leaving);
+    void moveArc(const QList<float>& to, const Frame& frame, const QString& feed);
+    void synchronize();
+    void axisMoving(bool moving) { m_ch1.variable(++m_variables, "AXISMOVING?", moving ? "TRUE" : "FALSE"); }
+    double speed() const { return double(m_taken.speed); }
+
+    const WeldContour& m_contour;
+    const QVector<ContourRow>& m_rows;
+    const QVector<TechRow>& m_tech;
+    const Schema& m_schema;
+    const bool m_ring;
+    const bool m_round;
+    WeldStage& m_stage;
+
+    int m_block = 2;
+    int m_variables = 0;
+    ProgramWriter m_ch1;
+    ProgramWriter m_ch2;
+
+    const WeldPath m_path;
+    const CircleStart m_start;
+    const int m_passes;
+    int m_pass = 0;
+    double m_dist = 0;   // path at the end of the frame being written
+    TechRow m_taken;     // technology row in force
+    double m_last;       // its path, moved on over the passes left out
+    int m_techRow = 1;   // next technology row to look at
+    int m_leftOut = 0;   // the row that passes were left out for, each row once
+    int m_event = 4;     // of the next stop
+    bool m_hold = false; // a stop was written, its next row not yet reached
+    QString m_repeat1;   // last move of each channel, to stand in its place again after a stop
+    QString m_repeat2;
+};
+
+// The channels meet here: channel 3 reports its beam axes, channel 2 its part, then event 1 starts all. A
+// program of a later stage has the same text and jumps over the meeting.
+void ContourBuilder::head()
+{
+    const bool fromStart = m_stage.stage == 1;
+    const auto jump = [&](int ahead, int restart) {
+        return QString("GOTO N%1").arg(fromStart ? m_block + ahead : restart);
+    };
+    m_ch1.lines(m_schema.gCodeInitChan1(&m_block));
+    if (m_ring) {
+        m_ch1.block(jump(4, m_stage.restartBlock1));
+        m_ch2.lines(m_schema.gCodeInitChan2(&m_block));
+        m_ch2.block(jump(5, m_stage.restartBlock2));
+        for (const char* statement : {"G4 F0.5", "WREV(3)", "WAIT", "WREV(2)"})
+            m_ch1.block(statement);
+        for (const char* statement : {"SEV(2)", "WAIT", "WEV(1)", "WAIT"})
+            m_ch2.block(statement);
+    } else {
+        m_ch1.block(jump(1, m_stage.restartBlock1));
+        m_ch1.block("WREV(3)");
+    }
+    m_ch1.block("WAIT");
+    m_ch1.block("SEV(1)");
+    axisMoving(false);
+    m_ch1.block("WAIT");
+}
+
+// A backward closure has no frame of its own: the next pass begins with the absolute move to row 1.
+void ContourBuilder::walk()
+{
+    for (m_pass = 0; m_pass < m_passes; ++m_pass) {
+        for (int row = 1; row < m_rows.size() && m_pass < m_passes; ++row)
+            runFrame(row);
+        if (closesByFrame(m_contour) && !m_rows.isEmpty() && m_pass < m_passes)
+            runFrame(0);
+    }
+}
+
+void ContourBuilder::tail()
+{
+    m_ch1.block("REV(ALL)");
+    m_ch1.wait();
+    m_ch1.variable(1, "1", QString::number(m_contour.closed ? 0 : std::max(0, m_rows.size() - 1)));
+    m_ch1.lines(m_schema.gCodeUninitChan1(&m_block));
+    m_ch1.block("M30");
+    if (m_ring) {
+        m_ch2.lines(m_schema.gCodeUninitChan2(&m_block));
+        m_ch2.block("M30");
+    }
+}
+
+void ContourBuilder::runFrame(int row)
+{
+    const int leaving = row == 0 ? m_rows.size() - 1 : row - 1;
+    Stretch frame{row, leaving, m_rows[leaving].coords, m_rows[row].coords};
+    advance(row);
+    takeRows(frame);
+    if (m_pass >= m_passes)
+        return;
+    if (m_ring && frame.to[0] >= 360.0f)
+        frame.to[0] = std::fmod(frame.to[0], 360.0f);
+    move(frame.to, frame.from, leaving);
+}
+
+// The closing frame of a round contour ends at whole turns, so that passes do not add up rounding.
+void ContourBuilder::advance(int row)
+{
+    if (m_round && row == 0)
+        m_dist = (m_ring ? double(m_schema.D()) * M_PI : double(m_contour.length)) * (m_pass + 1);
+    else
+        m_dist += m_path.frame(row);
+}
+
+void ContourBuilder::takeRows(Stretch& frame)
+{
+    const bool closing = frame.row == 0;
+    for (; m_techRow < m_tech.size(); ++m_techRow) {
+        const TechRow& row = m_tech[m_techRow];
+        if (!row.on) {
+            if (row.stop) {
+                synchronize();
+                m_hold = true;
+                // A stop in the closing frame takes one event only: the numbers of seams already proved on
+                // the machine depend on it.
+                m_event += closing ? 1 : 2;
+            }
+            continue;
+        }
+        leaveOutPasses(row);
+        if (m_pass >= m_passes)
+            return;
+        const double p = double(row.path);
+        if (std::fabs(p - m_dist) < samePlace && !(closing && m_ring)) {
+            take(row);
+            ++m_techRow;
+            return;
+        }
+        if (!(m_dist > p))
+            return;
+        cut(frame, row);
+    }
+}
+
+// Coordinate 0 alone decides whether the cut is a move of its own. Where it stands still the move is left
+// out and its stretch runs with the feed of the next: seams along one axis have always been written so.
+void ContourBuilder::cut(Stretch& frame, const TechRow& row)
+{
+    const double p = double(row.path);
+    const QList<float> mid = std::fabs(p) > 0 ? m_path.interCoords(frame.row, p, m_start) : frame.from;
+    if (finite(mid)) {
+        if (frame.row == 0 || std::fabs(double(mid[0]) - double(frame.from[0])) > samePlace)
+            move(mid, frame.from, frame.leaving);
+        frame.from = mid;
+    }
+    if (m_hold) {
+        m_ch1.wait();
+        axisMoving(false);
+        m_hold = false;
+    }
+    take(row);
+}
+
+// A long pause without beam costs no idle turns. What is left out here is what the pause of channel 3 is
+// shortened by; the machine stands meanwhile and goes on in the same frame of a later pass.
+void ContourBuilder::leaveOutPasses(const TechRow& row)
+{
+    if (!m_round || row.Ir != 0.0f || m_taken.Ir != 0.0f || row.If != m_taken.If || m_leftOut == m_techRow)
+        return;
+    const double length = double(m_contour.length);
+    const int passes = passesLeftOut(double(row.path) - m_last, length);
+    if (passes == 0)
+        return;
+    m_leftOut = m_techRow;
+    m_pass += passes;
+    m_dist += passes * length;
+    m_last += passes * length;
+}
+
+void ContourBuilder::take(const TechRow& row)
+{
+    m_taken = row;
+    m_last = double(row.path);
+}
+
+void ContourBuilder::move(const QList<float>& to, const QList<float>& from, int leaving)
+{
+    const QString feed = feedText(speed());
+    if (m_ring) {
+        const RingMove ring = ringMove(m_schema, to, from, speed(), feed);
+        if (!ring.manipulator.isEmpty())
+            m_ch1.block(ring.manipulator);
+        if (ring.follows)
+            m_repeat1 = ring.manipulator;
+        m_ch2.block(ring.turn);
+        m_repeat2 = ring.turn;
+        return;
+    }
+    const Frame& frame = m_rows[leaving].frame;
+    if (m_schema.rotate())
+        m_ch1.block("G90 " + m_schema.gCodePoint(to, m_start.increasing) + " F" + feed);
+    else if (frame.type < Frame::Arc)
+        m_ch1.block("G90 " + m_schema.gCodePoint(to, false) + " F" + feed);
+    else
+        moveArc(to, frame, feed);
+    // After a stop the machine stands in this place already: the way to it does not matter.
+    m_repeat1 = "G90 " + m_schema.gCodePoint(to, m_schema.rotate()) + " F" + feed;
+}
+
+// After a navigation backward the arcs turn the other way: the flag stays as the operator's last step left
+// it.
+void ContourBuilder::moveArc(const QList<float>& to, const Frame& frame, const QString& feed)
+{
+    const auto word = [&](const char* letter, float value) {
+        return QLatin1String(letter) + ncFixed(double(value), 2);
+    };
+    const QString radius = word(" R", frame.radius);
+    const bool counterClockwise = (frame.direction == 1) == m_contour.moveForward;
+    QString plane, words;
+    switch (frame.plane) {
+    case 0:
+        plane = "G17";
+        words = word("x=", to[0]) + word(" y=", to[1]) + radius + word(" z=", to[2]);
+        break;
+    case 2:
+        plane = "G19";
+        words = word("y=", to[1]) + word(" z=", to[2]) + radius + word(" x=", to[0]);
+        break;
+    default:
+        plane = "G18";
+        words = word("x=", to[0]) + word(" z=", to[2]) + radius + word(" y=", to[1]);
+        break;
+    }
+    m_ch1.block(plane);
+    m_ch1.block((counterClockwise ? "G90 G3 " : "G90 G2 ") + words + " F" + feed);
+}
+
+// A technological stop ends the programs here. What follows is reached only by the jump of a later stage,
+// whose event then lets channel 3 go on.
+void ContourBuilder::synchronize()
+{
+    const bool entry = ++m_stage.stopsSeen == m_stage.stage;
+    const QString first = QString::number(m_event);
+    const QString second = QString::number(m_event + 1);
+
+    m_ch1.block("REV(ALL)");
+    m_ch1.block("M30");
+    if (entry)
+        m_stage.restartBlock1 = m_block;
+    if (!m_repeat1.isEmpty()) {
+        m_ch1.block("WAIT");
+        axisMoving(true);
+        m_ch1.block(m_repeat1);
+        m_ch1.wait();
+        axisMoving(false);
+    }
+    if (m_ring) {
+        m_ch1.block("WREV(" + first + ')');
+        m_ch1.block("WAIT");
+        m_ch1.block("SEV(" + second + ')');
+    } else {
+        m_ch1.block("SEV(" + first + ')');
+    }
+    axisMoving(true);
+    m_ch1.block("WAIT");
+
+    if (!m_ring)
+        return;
+    m_ch2.lines(m_schema.gCodeUninitChan2(&m_block));
+    m_ch2.block("M30");
+    if (entry)
+        m_stage.restartBlock2 = m_block;
+    if (!m_repeat2.isEmpty())
+        m_ch2.block(m_repeat2);
+    m_ch2.block("SEV(" + first + ')');
+    m_ch2.block("WAIT");
+    m_ch2.block("WEV(" + second + ')');
+}
+
+} // namespace
+
+MotionPrograms contourPrograms(const WeldTables& tables, WeldStage& stage)
+{
+    return ContourBuilder(tables, stage).build();
+}

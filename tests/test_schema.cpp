@@ -1,0 +1,143 @@
+#include "programwriter.h"
+#include "schema.h"
+
+#include <QtTest>
+
+#include <limits>
+#include <memory>
+
+class TestSchema : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void identity()
+    {
+        const SchemaXYZ line;
+        QCOMPARE(line.id(), QString("XYZ"));
+        QCOMPARE(line.axisNames(), (QStringList{"LX", "LY", "Z"}));
+        QVERIFY(!line.round() && !line.circle() && !line.rotate());
+        QCOMPARE(line.D(), -1.0f);
+        QCOMPARE(line.P(), -1.0f);
+        QCOMPARE(line.Aux(), -1);
+        QCOMPARE(line.header(), QString("<b>Линейная интерполяция</b>"));
+
+        SchemaXYZr round(0, 0, 0);
+        QVERIFY(!round.round());
+        round.setD(123.456789f);
+        QVERIFY(round.round() && round.rotate() && !round.circle());
+        QCOMPARE(round.R(), 0.5f * 123.456789f);
+        QCOMPARE(round.header(), QString("<b>Круговая интерполяция</b><pre>D=123.457</>"));
+
+        const SchemaCircle ring(100, 8);
+        QVERIFY(ring.round() && ring.circle() && !ring.rotate());
+        QCOMPARE(ring.axisNames(), (QStringList{"V", "LX", "LY", "Z"}));
+        QCOMPARE(ring.P(), 8.0f);
+        QCOMPARE(ring.Aux(), -1);
+        QCOMPARE(ring.header(), QString("<b>Кольцевой стык</b><pre>D=100</>"));
+    }
+
+    void distances_data()
+    {
+        QTest::addColumn<int>("kind"); // -1 straight, 0..2 circle in that plane, 3 ring
+        QTest::addColumn<QList<float>>("c1");
+        QTest::addColumn<QList<float>>("c2");
+        QTest::addColumn<double>("length");
+        const double quarter = 100 * M_PI / 4;
+        using P = QList<float>;
+        QTest::newRow("straight, all axes") << -1 << P{1, 2, 3} << P{4, 6, 15} << 13.0;
+        QTest::newRow("quarter in XY, z plays no part") << 0 << P{50, 0, 7} << P{0, 50, 9} << quarter;
+        QTest::newRow("quarter in XZ") << 1 << P{50, 7, 0} << P{0, 9, 50} << quarter;
+        QTest::newRow("quarter in YZ") << 2 << P{7, 50, 0} << P{9, 0, 50} << quarter;
+        QTest::newRow("half turn") << 0 << P{50, 0, 0} << P{-50, 0, 0} << 50 * M_PI;
+        QTest::newRow("ring over 0 degrees") << 3 << P{350, 1, 2, 3} << P{10, 4, 5, 6} << 100 * M_PI / 18;
+        QTest::newRow("ring, half turn") << 3 << P{0, 0, 0, 0} << P{180, 0, 0, 0} << 50 * M_PI;
+    }
+
+    void distances()
+    {
+        QFETCH(int, kind);
+        QFETCH(QList<float>, c1);
+        QFETCH(QList<float>, c2);
+        QFETCH(double, length);
+        std::unique_ptr<Schema> schema;
+        if (kind < 0)
+            schema = std::make_unique<SchemaXYZ>();
+        else if (kind == 3)
+            schema = std::make_unique<SchemaCircle>(100.0f, 4.0f);
+        else
+            schema = std::make_unique<SchemaXYZr>(100.0f, 0.0f, kind);
+        QVERIFY(qAbs(schema->distance(c1, c2) - length) < 1e-9);
+        QVERIFY(qAbs(schema->distance(c2, c1) - length) < 1e-9);
+        QVERIFY(schema->validDistance(c1, c2));
+    }
+
+    // A chord longer than the diameter is no chord of the circle, and only the chosen plane counts.
+    void chordBeyondDiameter()
+    {
+        const QList<float> a{60, 0, 0}, b{-60, 0, 0};
+        QVERIFY(!SchemaXYZr(100, 0, 0).validDistance(a, b));
+        QVERIFY(!SchemaXYZr(100, 0, 1).validDistance(a, b));
+        QVERIFY(SchemaXYZr(100, 0, 2).validDistance(a, b));
+        QVERIFY(SchemaXYZ().validDistance(a, b));
+    }
+
+    void pointTexts()
+    {
+        const QList<float> c{1.005f, -2.5f, 33.3333f};
+        QCOMPARE(SchemaXYZ().gCodePoint(c, true), QString("G01 x=1.00 y=-2.50 z=33.33"));
+        QCOMPARE(SchemaXYZr(101, 0, 0).gCodePoint(c, true), QString("G03 x=1.00 y=-2.50 R50.50 z=33.33"));
+        QCOMPARE(SchemaXYZr(101, 0, 1).gCodePoint(c, false), QString("G02 x=1.00 z=33.33 R50.50 y=-2.50"));
+        QCOMPARE(SchemaXYZr(101, 0, 2).gCodePoint(c, true), QString("G03 y=-2.50 z=33.33 R50.50 x=1.00"));
+        QCOMPARE(SchemaXYZr(101, 0, 7).gCodePoint(c, true), QString("G03 y=-2.50 z=33.33 R50.50 x=1.00"));
+        const QList<float> v{359.994f, 1, 2, 3};
+        QCOMPARE(SchemaCircle(100, 4).gCodePoint(v, true), QString("G01 V=359.99"));
+        QCOMPARE(SchemaCircle(100, 4).gCodePoint(v, false), QString("G01 x=1.00 y=2.00 z=3.00"));
+    }
+
+    void headsAndTailsCountBlocks()
+    {
+        int block = 2;
+        const SchemaXYZ line;
+        QCOMPARE(line.gCodeInitChan1(&block), (QStringList{"N2 COORD(1)", "N3 G4 F0.2", "N4 COORD(2)"}));
+        QCOMPARE(line.gCodeInitChan2(&block), QStringList{"N5 G4 F0.2"});
+        QCOMPARE(line.gCodeUninitChan1(&block), (QStringList{"N6 G4 F0.2", "N7 COORD(0,2)"}));
+        QCOMPARE(line.gCodeUninitChan2(&block), QStringList{"N8 G4 F0.2"});
+
+        const char* planes[] = {"N2 G17", "N2 G18", "N2 G19", "N2 G17"};
+        for (int aux = 0; aux < 4; ++aux) {
+            const SchemaXYZr round(100, 0, aux);
+            block = 1;
+            QCOMPARE(round.gCodeInitChan1(&block), (QStringList{"N1 COORD(2)", planes[aux]}));
+            QCOMPARE(round.gCodeInitChan2(&block), QStringList{"N3 G4 F0.2"});
+            QCOMPARE(round.gCodeUninitChan1(&block), (QStringList{"N4 G16", "N5 COORD(0,2)"}));
+            QCOMPARE(round.gCodeUninitChan2(&block), QStringList{"N6 G4 F0.2"});
+        }
+
+        const SchemaCircle ring(100, 4);
+        block = 9;
+        QCOMPARE(ring.gCodeInitChan1(&block), (QStringList{"N9 COORD(1)", "N10 G4 F0.2", "N11 COORD(2)"}));
+        QCOMPARE(ring.gCodeInitChan2(&block), QStringList{"N12 ARF(V=0.87)"});
+        QCOMPARE(ring.gCodeUninitChan1(&block), (QStringList{"N13 G4 F0.2", "N14 COORD(0,2)"}));
+        QCOMPARE(ring.gCodeUninitChan2(&block), QStringList{"N15 ARF()"});
+    }
+
+    void numerateLists()
+    {
+        QCOMPARE(numerate({"$1", "M30"}, 5), QString("N005 $1\nN010 M30\n"));
+        QCOMPARE(numerate({"M30"}, 1000), QString("N1000 M30\n"));
+        QCOMPARE(numerate({}, 1), QString());
+    }
+
+    // A program must never carry a number that the controller could take for a place.
+    void noNumberIsWrittenAsNothing()
+    {
+        QCOMPARE(ncFixed(std::numeric_limits<double>::quiet_NaN(), 2), QString());
+        QCOMPARE(ncFixed(-std::numeric_limits<double>::infinity(), 3), QString());
+        QCOMPARE(ncFixed(0.125, 2), QString("0.13")); // ties away from zero
+        QCOMPARE(ncFixed(-0.125, 2), QString("-0.13"));
+    }
+};
+
+QTEST_GUILESS_MAIN(TestSchema)
+#include "test_schema.moc"

@@ -72,8 +72,9 @@ QLineEdit* field(QWidget* parent, const char* name)
     edit->setObjectName(QLatin1String(name));
     edit->setFont(touchFont(20));
     edit->setFixedSize(fieldWidth, touchHeight);
+    edit->setTextMargins(10, 0, 10, 0);
     // The tooltips of the validators take the look of their field.
-    edit->setStyleSheet(QStringLiteral("QToolTip { font-size: 16pt; padding: 6px; }"));
+    edit->setStyleSheet(QStringLiteral("QToolTip { font-size: 16pt; padding: 4px 8px; }"));
     return edit;
 }
 
@@ -98,9 +99,9 @@ QPushButton* button(QWidget* parent, const char* name, const QString& text, int 
 QFormLayout* form(QDialog* dialog)
 {
     auto* layout = new QFormLayout;
-    layout->setContentsMargins(28, 28, 28, 12);
+    layout->setContentsMargins(28, tipStrip, 28, 12);
     layout->setHorizontalSpacing(20);
-    layout->setVerticalSpacing(18);
+    layout->setVerticalSpacing(tipStrip);
     layout->setLabelAlignment(Qt::AlignRight | Qt::AlignVCenter);
     dialog->setFont(touchFont(18));
     return layout;
@@ -145,6 +146,9 @@ void showBox(QMessageBox::Icon icon, QWidget* parent, const QString& title, cons
 {
     QMessageBox box(icon, title, text, QMessageBox::Ok, parent);
     box.setFont(touchFont(16));
+    // Wide enough for the whole line, as a path broken in two is hard to read.
+    if (auto* label = box.findChild<QLabel*>(QStringLiteral("qt_msgbox_label")))
+        label->setMinimumWidth(qMin(label->fontMetrics().horizontalAdvance(text) + 20, 900));
     box.button(QMessageBox::Ok)->setMinimumSize(140, touchHeight);
     box.exec();
 }
@@ -216,6 +220,10 @@ RegistrationDialog::RegistrationDialog(QWidget* parent, const QString& title, co
     m_group->setObjectName(QStringLiteral("cbGroup"));
     m_group->setFont(touchFont(20));
     m_group->setFixedSize(fieldWidth, touchHeight);
+    m_group->setStyleSheet(
+        QStringLiteral("QComboBox { background: white; border: 1px solid #808080; padding-left: 12px; }"
+                       "QComboBox::drop-down { width: 64px; border: none; }"
+                       "QComboBox::down-arrow { image: url(:/images/arrows/down.png); }"));
 
     addFoot(this, m_form, {m_add});
     addRow(m_form, QStringLiteral("Отображаемое имя:"), m_name);
@@ -320,6 +328,7 @@ ControlPanel::ControlPanel(QWidget* parent, AbstractManager* manager)
     m_users->setSelectionBehavior(QAbstractItemView::SelectRows);
     m_users->setSelectionMode(QAbstractItemView::SingleSelection);
     m_users->setHorizontalScrollMode(QAbstractItemView::ScrollPerPixel);
+    m_users->setWordWrap(false);
     m_users->verticalHeader()->hide();
     m_users->verticalHeader()->setDefaultSectionSize(touchHeight);
     m_users->horizontalHeader()->setMinimumHeight(touchHeight);
@@ -327,7 +336,9 @@ ControlPanel::ControlPanel(QWidget* parent, AbstractManager* manager)
     const QSettings stored(settingsFile(), QSettings::IniFormat);
     for (int i = 0; i < int(columns.size()); ++i) {
         const Column& column = columns[size_t(i)];
-        m_users->setHorizontalHeaderItem(i, new QTableWidgetItem(QString::fromUtf8(column.title)));
+        auto* heading = new QTableWidgetItem(QString::fromUtf8(column.title));
+        heading->setFont(touchFont(12)); // whole in a column of the default width
+        m_users->setHorizontalHeaderItem(i, heading);
         const int width = stored.value(QLatin1String(column.key), columnWidth).toInt();
         m_users->setColumnWidth(i, width > 0 ? width : columnWidth); // a column of no width is gone for good
     }
@@ -364,6 +375,7 @@ void ControlPanel::updateUsersTable()
         for (int i = 0; i < int(cells.size()); ++i) {
             auto* item = new QTableWidgetItem(cells[size_t(i)]);
             item->setFlags(flags);
+            item->setForeground(flags == Qt::NoItemFlags ? QColor(90, 96, 114) : QColor(Qt::black));
             m_users->setItem(row, i, item);
         }
     }

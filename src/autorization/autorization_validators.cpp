@@ -11,6 +11,8 @@ namespace Autorization {
 
 namespace {
 
+constexpr QPoint pointerRoom(2, 16); // px
+
 bool isDigit(QChar c)
 {
     return c >= QLatin1Char('0') && c <= QLatin1Char('9');
@@ -32,7 +34,9 @@ bool all(const QString& text, Rule rule)
 
 QValidator::State TippedValidator::tell(const QString& tip, State state) const
 {
-    QToolTip::showText(m_widget->mapToGlobal(QPoint(0, 0)), tip, m_widget);
+    // Above the corner, not over what is being typed; the toolkit adds room for a pointer below the place.
+    const QPoint corner = m_widget->mapToGlobal(QPoint(0, 0));
+    QToolTip::showText(corner - QPoint(pointerRoom.x(), pointerRoom.y() + tipStrip - 2), tip, m_widget);
     return state;
 }
 

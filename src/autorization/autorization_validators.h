@@ -10,6 +10,9 @@ namespace Autorization {
 
 class AbstractManager;
 
+// Height that a field keeps free above it for the tooltip, px.
+constexpr int tipStrip = 44;
+
 // A validator whose tooltip appears at the top left corner of a widget (not owned).
 class TippedValidator : public QValidator
 {

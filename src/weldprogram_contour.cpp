@@ -55,6 +55,7 @@ private:
         int leaving; // the row that describes the frame
         QList<float> from;
         QList<float> to;
+        double speed; // of the way from `from` on
     };
 
     void head();
@@ -68,11 +69,10 @@ private:
     void leaveOutPasses(const TechRow& row);
     void take(const TechRow& row);
 
-    void move(const QList<float>& to, const QList<float>& from, int leaving);
+    void move(const Stretch& frame, const QList<float>& to);
     void moveArc(const QList<float>& to, const Frame& frame, const QString& feed);
     void synchronize();
     void axisMoving(bool moving) { m_ch1.variable(++m_variables, "AXISMOVING?", moving ? "TRUE" : "FALSE"); }
-    double speed() const { return double(m_taken.speed); }
 
     const WeldContour& m_contour;
     const QVector<ContourRow>& m_rows;
@@ -156,14 +156,14 @@ void ContourBuilder::tail()
 void ContourBuilder::runFrame(int row)
 {
     const int leaving = row == 0 ? m_rows.size() - 1 : row - 1;
-    Stretch frame{row, leaving, m_rows[leaving].coords, m_rows[row].coords};
+    Stretch frame{row, leaving, m_rows[leaving].coords, m_rows[row].coords, double(m_taken.speed)};
     advance(row);
     takeRows(frame);
     if (m_pass >= m_passes)
         return;
     if (m_ring && frame.to[0] >= 360.0f)
         frame.to[0] = std::fmod(frame.to[0], 360.0f);
-    move(frame.to, frame.from, leaving);
+    move(frame, frame.to);
 }
 
 // The closing frame of a round contour ends at whole turns, so that passes do not add up rounding.
@@ -195,7 +195,7 @@ void ContourBuilder::takeRows(Stretch& frame)
             return;
         const double p = double(row.path);
         if (std::fabs(p - m_dist) < samePlace && !(closing && m_ring)) {
-            take(row);
+            take(row); // its speed holds from the next frame
             ++m_techRow;
             return;
         }
@@ -213,7 +213,7 @@ void ContourBuilder::cut(Stretch& frame, const TechRow& row)
     const QList<float> mid = std::fabs(p) > 0 ? m_path.interCoords(frame.row, p, m_start) : frame.from;
     if (finite(mid)) {
         if (frame.row == 0 || std::fabs(double(mid[0]) - double(frame.from[0])) > samePlace)
-            move(mid, frame.from, frame.leaving);
+            move(frame, mid);
         frame.from = mid;
     }
     if (m_hold) {
@@ -222,6 +222,7 @@ void ContourBuilder::cut(Stretch& frame, const TechRow& row)
         m_hold = false;
     }
     take(row);
+    frame.speed = double(row.speed);
 }
 
 // A long pause without beam costs no idle turns. What is left out here is what the pause of channel 3 is
@@ -246,11 +247,11 @@ void ContourBuilder::take(const TechRow& row)
     m_last = double(row.path);
 }
 
-void ContourBuilder::move(const QList<float>& to, const QList<float>& from, int leaving)
+void ContourBuilder::move(const Stretch& stretch, const QList<float>& to)
 {
-    const QString feed = feedText(speed());
+    const QString feed = feedText(stretch.speed);
     if (m_ring) {
-        const RingMove ring = ringMove(m_schema, to, from, speed(), feed);
+        const RingMove ring = ringMove(m_schema, to, stretch.from, stretch.speed, feed);
         if (!ring.manipulator.isEmpty())
             m_ch1.block(ring.manipulator);
         if (ring.follows)
@@ -259,7 +260,7 @@ void ContourBuilder::move(const QList<float>& to, const QList<float>& from, int 
         m_repeat2 = ring.turn;
         return;
     }
-    const Frame& frame = m_rows[leaving].frame;
+    const Frame& frame = m_rows[stretch.leaving].frame;
     if (m_schema.rotate())
         m_ch1.block("G90 " + m_schema.gCodePoint(to, m_start.increasing) + " F" + feed);
     else if (frame.type < Frame::Arc)

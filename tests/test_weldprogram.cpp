@@ -1,0 +1,682 @@
+#include "weldfixture.h"
+#include "weldprogram.h"
+
+#include <QtTest>
+
+namespace {
+
+// Text of a program as it stands in the listing: one statement a line.
+QString listing(const QStringList& lines)
+{
+    return lines.join('\n');
+}
+
+// Compares line by line, so that a failure shows the first line that differs.
+void compare(const QString& program, const QStringList& expected)
+{
+    const QStringList lines = program.split('\n');
+    for (int i = 0; i < qMin(lines.size(), expected.size()); ++i)
+        QCOMPARE(lines[i], expected[i]);
+    QCOMPARE(program, listing(expected));
+}
+
+// The lines between the meeting at the head and the tail that every weld has.
+QStringList body(const QString& channel1, const QString& after = "SEV(1)")
+{
+    QStringList lines = channel1.split('\n');
+    while (!lines.isEmpty() && !lines.takeFirst().endsWith(after)) {
+    }
+    int end = lines.size();
+    while (end > 0 && !lines[end - 1].endsWith("REV(ALL)"))
+        --end;
+    return lines.mid(2, end - 3);
+}
+
+QStringList unnumbered(QStringList lines)
+{
+    for (QString& line : lines) {
+        if (line.startsWith('N'))
+            line = line.section(' ', 1);
+    }
+    return lines;
+}
+
+Weld lineOf100()
+{
+    Weld weld(new SchemaXYZ);
+    weld.point({0, 0, 0}).point({100, 0, 0});
+    weld.row(0, 0, 600).row(10, 20, 600).row(90, 20, 600).end();
+    return weld;
+}
+
+MotionPrograms generate(const Weld& weld)
+{
+    WeldStage stage;
+    return contourPrograms(weld.tables, stage);
+}
+
+// A ring of 100 mm in four points, the manipulator at rest.
+Weld ring(int nrings)
+{
+    Weld weld(new SchemaCircle(100, 4));
+    for (float angle : {0.0f, 90.0f, 180.0f, 270.0f})
+        weld.point({angle, 10, 20, 30});
+    weld.closed(nrings).measure();
+    return weld;
+}
+
+// A half circle of 100 mm in three points.
+Weld halfCircle(int plane = 0)
+{
+    Weld weld(new SchemaXYZr(100, 0, plane));
+    const PlaneColumns columns = planeColumns(plane);
+    for (const auto& [first, second] :
+         {std::pair(50.0f, 0.0f), std::pair(0.0f, 50.0f), std::pair(-50.0f, 0.0f)}) {
+        QList<float> c{5, 5, 5};
+        c[columns.first] = first;
+        c[columns.second] = second;
+        weld.point(c);
+    }
+    weld.measure();
+    return weld;
+}
+
+} // namespace
+
+class TestWeldProgram : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void beamAlongALine()
+    {
+        compare(technologyProgram(lineOf100().tables),
+                {"N1 $3",         "N2 GAX(IR)",
+                 "N3 GAX(IW)",    "N4 G0 IR=0.0",
+                 "N5 G0 IW=700",  "N6 REV(ALL)",
+                 "N7 WAIT",       "N8 G4 F0.5",
+                 "N9 SEV(3)",     "N10 WAIT",
+                 "N11 WEV(1)",    "N12 WAIT",
+                 "N13 G0 IR=0.0", "N14 G90 G01 IR=20.0 IW=700 F1200.000",
+                 "N15 G4 F8.000", "N16 G90 G01 IR=0.0 IW=700 F1200.000",
+                 "N17 G0 IR=0.0", "N18 G4 F1.0",
+                 "N19 RAX(IR)",   "N20 RAX(IW)",
+                 "N21 M30"});
+    }
+
+    void motionAlongALine()
+    {
+        const MotionPrograms programs = generate(lineOf100());
+        compare(programs.channel1,
+                {"N1 $1", "N2 COORD(1)", "N3 G4 F0.2", "N4 COORD(2)", "N5 GOTO N6", "N6 WREV(3)", "N7 WAIT",
+                 "N8 SEV(1)", "1 @AXISMOVING?=FALSE", "N9 WAIT", "N10 G90 G01 x=10.00 y=0.00 z=0.00 F600.000",
+                 "N11 G90 G01 x=90.00 y=0.00 z=0.00 F600.000", "N12 G90 G01 x=100.00 y=0.00 z=0.00 F600.000",
+                 "N13 REV(ALL)", "WAIT", "1 @1=1", "N14 G4 F0.2", "N15 COORD(0,2)", "N16 M30"});
+        QCOMPARE(programs.channel2, QString());
+    }
+
+    // Rows as the table is created: nothing to ramp, nothing to cut.
+    void tableAsCreated()
+    {
+        Weld weld(new SchemaXYZ);
+        weld.row(0, 0, 600).end();
+        const QStringList beam = technologyProgram(weld.tables).split('\n');
+        QCOMPARE(beam.mid(12), (QStringList{"N13 G0 IR=0.0", "N14 G0 IR=0.0", "N15 G4 F1.0", "N16 RAX(IR)",
+                                            "N17 RAX(IW)", "N18 M30"}));
+        QCOMPARE(body(generate(weld).channel1), QStringList());
+        QVERIFY(generate(weld).channel1.contains("\n1 @1=0\n"));
+    }
+
+    void rampsPausesAndSteps()
+    {
+        Weld weld(new SchemaXYZ);
+        weld.row(0, 0, 600).row(10, 3, 600, 704); // both axes: 3 and 4 mA in a second
+        weld.row(10, 9, 300, 704);                // a step is taken by no ramp
+        weld.row(15, 9, 0, 704);                  // a second at the speed of the row before; then speed 0
+        weld.row(20, 12, 600, 704);               // nothing passes a stretch at speed 0
+        weld.row(30, 10, 600, 704);               // from 12 mA, the row's own value
+        weld.tables.tech.last().on = true;
+        weld.row(35, 99, 600).row(40, 10, 600, 704).row(50, 0, 600, 704);
+        weld.tables.tech[6].on = false; // a row switched off leaves the program
+        const QStringList lines = technologyProgram(weld.tables).split('\n');
+        QCOMPARE(unnumbered(lines.mid(13, 5)), (QStringList{"G90 G01 IR=3.0 IW=704 F300.000", "G4 F1.000",
+                                                            "G90 G01 IR=10.0 IW=704 F120.000", "G4 F1.000",
+                                                            "G90 G01 IR=0.0 IW=704 F600.000"}));
+    }
+
+    void rasterBlocks()
+    {
+        Weld weld(new SchemaXYZ);
+        weld.row(0, 0, 600).row(10, 0, 600).row(20, 0, 600).row(30, 0, 600);
+        Raster on;
+        on.kind = Raster::On;
+        on.type = 17;
+        on.ampX = -33.3f;
+        on.ampY = 0.1f;
+        on.angle = 45;
+        on.freq = 1000;
+        on.shiftX = 12.345678f;
+        on.param = 1e-7f;
+        on.cw = 1;
+        weld.tables.tech[0].raster = on;
+        weld.tables.tech[1].raster.kind = Raster::Off;
+        weld.tables.tech[3].raster.kind = Raster::Off; // the last row is honoured like any other
+        const QStringList lines = technologyProgram(weld.tables).split('\n');
+        QCOMPARE(lines.mid(12, 20), (QStringList{"N13 G0 IR=0.0",      "WAIT",
+                                                 "1 @RASTERTYPE%=17",  "2 @RASTERAMPX=-33.3",
+                                                 "3 @RASTERAMPY=0.1",  "4 @RASTERANGLE=45",
+                                                 "5 @RASTERFREQ=1000", "6 @RASTERSHIFTX=12.3457",
+                                                 "7 @RASTERSHIFTY=0",  "8 @RASTERPARAM=1e-07",
+                                                 "9 @RASTERCW%=1",     "10 @RASTERON%=1",
+                                                 "N14 G4 F1.000",      "WAIT",
+                                                 "11 @RASTERON%=0",    "N15 G4 F1.000",
+                                                 "N16 G4 F1.000",      "WAIT",
+                                                 "12 @RASTERON%=0",    "N17 G0 IR=0.0"}));
+    }
+
+    // Two passes: the turn and the wait of each quarter, a cut in the second pass, whole turns kept.
+    void ringOfTwoPasses()
+    {
+        Weld weld = ring(2);
+        weld.row(0, 10, 600).row(39.27f, 10, 300).row(392.70f, 10, 1200).end(10);
+        const MotionPrograms programs = generate(weld);
+        compare(programs.channel1,
+                {"N1 $1", "N2 COORD(1)", "N3 G4 F0.2", "N4 COORD(2)", "N5 GOTO N9", "N8 G4 F0.5",
+                 "N9 WREV(3)", "N10 WAIT", "N11 WREV(2)", "N16 WAIT", "N17 SEV(1)", "1 @AXISMOVING?=FALSE",
+                 "N18 WAIT", "N19 G4 F3.927", "N21 G4 F7.854", "N23 G4 F15.708", "N25 G4 F15.708",
+                 "N27 G4 F15.708", "N29 G4 F15.708",
+                 // 392.70 is the end of the next frame: the faster feed begins after it
+                 "N31 G4 F3.927", "N33 G4 F3.927", "N35 G4 F3.927", "N37 REV(ALL)", "WAIT", "1 @1=0",
+                 "N38 G4 F0.2", "N39 COORD(0,2)", "N40 M30"});
+        compare(programs.channel2,
+                {"N1 $2", "N6 ARF(V=0.87)", "N7 GOTO N12", "N12 SEV(2)", "N13 WAIT", "N14 WEV(1)", "N15 WAIT",
+                 "N20 G90 G01 V=45.00 F600.000", "N22 G90 G01 V=90.00 F300.000",
+                 "N24 G90 G01 V=180.00 F300.000", "N26 G90 G01 V=270.00 F300.000",
+                 "N28 G90 G01 V=0.00 F300.000", "N30 G90 G01 V=90.00 F300.000",
+                 "N32 G90 G01 V=180.00 F1200.000", "N34 G90 G01 V=270.00 F1200.000",
+                 "N36 G90 G01 V=0.00 F1200.000", "N41 ARF()", "N42 M30"});
+    }
+
+    // The manipulator follows so that it arrives with the part; 360 in row 0 is written as 0.
+    void manipulatorFollowsTheRing()
+    {
+        Weld weld(new SchemaCircle(100, 2));
+        weld.point({360, 10, 20, 30})
+            .point({90, 13, 24, 30})
+            .point({180, 13, 24, 30})
+            .point({270, 10, 20, 30});
+        weld.closed().measure().row(0, 5, 600).end(5);
+        const MotionPrograms programs = generate(weld);
+        QCOMPARE(unnumbered(body(programs.channel1)),
+                 (QStringList{"G90 G01 x=13.00 y=24.00 z=30.00 F38.197", "G4 F7.854",
+                              "G90 G01 x=10.00 y=20.00 z=30.00 F38.197", "G4 F7.854"}));
+        QVERIFY(programs.channel2.contains("G90 G01 V=0.00 F600.000"));
+        QVERIFY(!programs.channel2.contains("V=360"));
+    }
+
+    void zeroSpeedWritesNoInfinity()
+    {
+        Weld weld(new SchemaCircle(100, 2));
+        weld.point({0, 10, 20, 30}).point({90, 13, 24, 30}).point({180, 13, 24, 30}).point({180, 13, 24, 31});
+        weld.closed().measure().row(0, 5, 0).row(100, 5, 600).end(5, 0);
+        const MotionPrograms programs = generate(weld);
+        QCOMPARE(unnumbered(body(programs.channel1)),
+                 (QStringList{"G90 G01 x=13.00 y=24.00 z=30.00 F0.000", // nobody knows how long
+                              "G4 F5.708", // no wait before the row, then its speed
+                              "G90 G01 x=13.00 y=24.00 z=31.00 F600.000", // the part stands still meanwhile
+                              "G90 G01 x=10.00 y=20.00 z=30.00 F19.477"}));
+        Weld circle = halfCircle();
+        circle.row(0, 0, 0).row(50, 10, 0).end(0, 0);
+        Weld line = lineOf100();
+        line.tables.contour.rows[0].frame = arc(20, 1, 0); // cannot reach: no length
+        line.measure();
+        line.tables.tech.last().path = std::numeric_limits<float>::quiet_NaN();
+        Weld straight = halfCircle(); // three points on a line have no circle
+        straight.tables.contour.rows[1].coords = {0, 0, 5};
+        straight.schema->setD(std::numeric_limits<float>::infinity());
+        straight.tables.contour.centerX = std::numeric_limits<float>::quiet_NaN();
+        straight.measure().row(0, 0, 600).row(50, 10, 600).end();
+        Weld still(new SchemaCircle(100, 1));
+        still.point({0, 1, 2, 3}).closed().row(0, 0, 600).row(0, 0, 600).end();
+
+        const Weld* welds[] = {&weld, &circle, &line, &straight, &still};
+        for (const Weld* w : welds) {
+            WeldStage stage;
+            const MotionPrograms weldRun = contourPrograms(w->tables, stage);
+            const MotionPrograms test = testMovePrograms(w->tables.contour, 0);
+            const MotionPrograms walk =
+                navigationPrograms(w->tables.contour, 0, 1, w->tables.contour.rows[0].coords, "0.0");
+            for (const QString& text : {weldRun.channel1, weldRun.channel2, test.channel1, test.channel2,
+                                        walk.channel1, walk.channel2, technologyProgram(w->tables)}) {
+                const QString lower = text.toLower();
+                QVERIFY2(!lower.contains("inf") && !lower.contains("nan"), qPrintable(text));
+            }
+        }
+    }
+
+    // A row at a frame's end cuts nothing: its speed holds from the next frame.
+    void rowAtTheEndOfAFrame()
+    {
+        Weld weld(new SchemaXYZ);
+        weld.point({0, 0, 0}).point({50, 0, 0}).point({50, 0, 10}).point({50, 50, 10});
+        weld.row(0, 5, 600).row(50, 5, 300).row(80, 5, 1200).end(5);
+        QCOMPARE(
+            unnumbered(body(generate(weld).channel1)),
+            (QStringList{"G90 G01 x=50.00 y=0.00 z=0.00 F600.000", "G90 G01 x=50.00 y=0.00 z=10.00 F300.000",
+                         // the cut at 80 does not change x and is dropped
+                         "G90 G01 x=50.00 y=50.00 z=10.00 F1200.000"}));
+    }
+
+    void arcFrames_data()
+    {
+        QTest::addColumn<int>("plane");
+        QTest::addColumn<int>("direction");
+        QTest::addColumn<bool>("moveForward");
+        QTest::addColumn<QStringList>("lines");
+        using L = QStringList;
+        QTest::newRow("XY ccw") << 0 << 1 << true
+                                << L{"G17", "G90 G3 x=43.30 y=25.00 R50.00 z=7.00 F600.000", "G17",
+                                     "G90 G3 x=0.00 y=50.00 R50.00 z=7.00 F300.000"};
+        QTest::newRow("XY cw") << 0 << 0 << true
+                               << L{"G17", "G90 G2 x=25.00 y=6.70 R50.00 z=7.00 F600.000", "G17",
+                                    "G90 G2 x=0.00 y=50.00 R50.00 z=7.00 F300.000"};
+        QTest::newRow("XZ ccw") << 1 << 1 << true
+                                << L{"G18", "G90 G3 x=43.30 z=25.00 R50.00 y=7.00 F600.000", "G18",
+                                     "G90 G3 x=0.00 z=50.00 R50.00 y=7.00 F300.000"};
+        QTest::newRow("XZ cw") << 1 << 0 << true
+                               << L{"G18", "G90 G2 x=25.00 z=6.70 R50.00 y=7.00 F600.000", "G18",
+                                    "G90 G2 x=0.00 z=50.00 R50.00 y=7.00 F300.000"};
+        // The cut does not change x here and is dropped.
+        QTest::newRow("YZ ccw") << 2 << 1 << true << L{"G19", "G90 G3 y=0.00 z=50.00 R50.00 x=7.00 F300.000"};
+        QTest::newRow("YZ cw") << 2 << 0 << true << L{"G19", "G90 G2 y=0.00 z=50.00 R50.00 x=7.00 F300.000"};
+        QTest::newRow("after a step backward") << 0 << 1 << false
+                                               << L{"G17", "G90 G2 x=43.30 y=25.00 R50.00 z=7.00 F600.000",
+                                                    "G17", "G90 G2 x=0.00 y=50.00 R50.00 z=7.00 F300.000"};
+    }
+
+    void arcFrames()
+    {
+        QFETCH(int, plane);
+        QFETCH(int, direction);
+        QFETCH(bool, moveForward);
+        QFETCH(QStringList, lines);
+        const PlaneColumns columns = planeColumns(plane);
+        QList<float> a{7, 7, 7}, b{7, 7, 7};
+        a[columns.first] = 50;
+        a[columns.second] = 0;
+        b[columns.first] = 0;
+        b[columns.second] = 50;
+        Weld weld(new SchemaXYZ);
+        weld.point(a, arc(50, direction, plane)).point(b);
+        weld.tables.contour.moveForward = moveForward;
+        weld.row(0, 5, 600).row(float(50 * M_PI / 6), 5, 300).end(5);
+        QCOMPARE(unnumbered(body(generate(weld).channel1)), lines);
+    }
+
+    void circleOfThreePoints()
+    {
+        Weld weld = halfCircle();
+        weld.row(0, 0, 600).row(26.18f, 20, 600).row(130.90f, 20, 300).end();
+        const MotionPrograms programs = generate(weld);
+        compare(programs.channel1,
+                {"N1 $1", "N2 COORD(2)", "N3 G17", "N4 GOTO N5", "N5 WREV(3)", "N6 WAIT", "N7 SEV(1)",
+                 "1 @AXISMOVING?=FALSE", "N8 WAIT", "N9 G90 G03 x=43.30 y=25.00 R50.00 z=5.00 F600.000",
+                 "N10 G90 G03 x=0.00 y=50.00 R50.00 z=5.00 F600.000",
+                 "N11 G90 G03 x=-43.30 y=25.00 R50.00 z=5.00 F600.000",
+                 "N12 G90 G03 x=-50.00 y=0.00 R50.00 z=5.00 F300.000", "N13 REV(ALL)", "WAIT", "1 @1=2",
+                 "N14 G16", "N15 COORD(0,2)", "N16 M30"});
+        QCOMPARE(programs.channel2, QString());
+
+        std::swap(weld.tables.contour.rows[0], weld.tables.contour.rows[2]);
+        QVERIFY(generate(weld).channel1.contains("G90 G02 x=-43.30 y=25.00 R50.00 z=5.00 F600.000"));
+        QVERIFY(!generate(weld).channel1.contains("G03"));
+    }
+
+    // Closed forward: the closing frame is cut whatever its first coordinate does, and ends the pass.
+    void closedForward()
+    {
+        Weld weld(new SchemaXYZ);
+        weld.point({0, 0, 0}).point({30, 40, 0}).point({0, 40, 0}).closed(2).measure();
+        weld.row(0, 5, 600).row(100, 5, 300).row(220, 5, 1200).end(5);
+        const QString text = generate(weld).channel1;
+        QCOMPARE(unnumbered(body(text)),
+                 (QStringList{
+                     "G90 G01 x=30.00 y=40.00 z=0.00 F600.000", "G90 G01 x=0.00 y=40.00 z=0.00 F600.000",
+                     "G90 G01 x=0.00 y=20.00 z=0.00 F600.000", "G90 G01 x=0.00 y=0.00 z=0.00 F300.000",
+                     "G90 G01 x=30.00 y=40.00 z=0.00 F300.000", "G90 G01 x=0.00 y=40.00 z=0.00 F300.000",
+                     "G90 G01 x=0.00 y=20.00 z=0.00 F300.000", "G90 G01 x=0.00 y=0.00 z=0.00 F1200.000"}));
+        QVERIFY(text.contains("\n1 @1=0\n"));
+    }
+
+    void closedBackward()
+    {
+        Weld weld(new SchemaXYZ);
+        weld.point({0, 0, 0}).point({60, 0, 0}).point({100, 0, 0}).closed(2, false).measure();
+        weld.row(0, 5, 600).row(130, 5, 300).end(5);
+        QCOMPARE(
+            unnumbered(body(generate(weld).channel1)),
+            (QStringList{"G90 G01 x=60.00 y=0.00 z=0.00 F600.000", "G90 G01 x=100.00 y=0.00 z=0.00 F600.000",
+                         "G90 G01 x=30.00 y=0.00 z=0.00 F600.000", "G90 G01 x=60.00 y=0.00 z=0.00 F300.000",
+                         "G90 G01 x=100.00 y=0.00 z=0.00 F300.000"}));
+    }
+
+    // A closing frame that is an arc: the passes after it are cut where they were.
+    void closedByAnArc()
+    {
+        Weld weld(new SchemaXYZ);
+        weld.point({-50, 0, 0}).point({50, 0, 0}, arc(50, 1, 0)).closed(2).measure();
+        const float pass = weld.tables.contour.length;
+        weld.row(0, 5, 600)
+            .row(25, 5, 300)
+            .row(100 + 50 * float(M_PI) / 3, 5, 900)
+            .row(pass + 25, 5, 1200)
+            .end(5);
+        const QStringList lines = unnumbered(body(generate(weld).channel1));
+        QVERIFY(lines.contains("G90 G3 x=25.00 y=43.30 R50.00 z=0.00 F300.000"));
+        QCOMPARE(lines.count("G90 G01 x=-25.00 y=0.00 z=0.00 F600.000"), 1);
+        QCOMPARE(lines.count("G90 G01 x=-25.00 y=0.00 z=0.00 F900.000"), 1);
+        QCOMPARE(lines.last(), QString("G90 G3 x=-50.00 y=0.00 R50.00 z=0.00 F1200.000"));
+    }
+
+    // The beam waits without current over two turns and more; the part turns only what is left of it.
+    void passesLeftOut_data()
+    {
+        QTest::addColumn<float>("begin");       // of the pause, mm
+        QTest::addColumn<float>("resume");      // of the current, mm
+        QTest::addColumn<QStringList>("turns"); // until the current rises
+        QTest::addColumn<QString>("pause");
+        using L = QStringList;
+        QTest::newRow("within a frame")
+            << 39.27f << 39.27f + 2 * 314.1593f + 20 << L{"45.00", "67.92"} << "2.000";
+        QTest::newRow("over frames") << 39.27f << 39.27f + 314.1593f + 100 << L{"45.00", "90.00", "159.59"}
+                                     << "10.000";
+        QTest::newRow("from a frame's end")
+            << 78.54f << 78.54f + 3 * 314.1593f + 20 << L{"90.00", "112.92"} << "2.000";
+        QTest::newRow("in the closing frame")
+            << 274.89f << 274.89f + 314.1593f + 20 << L{"90.00", "180.00", "270.00", "315.00", "337.92"}
+            << "2.000";
+        QTest::newRow("over the closing frame")
+            << 274.89f << 274.89f + 2 * 314.1593f + 60
+            << L{"90.00", "180.00", "270.00", "315.00", "0.00", "23.76"} << "6.000";
+        QTest::newRow("not quite a turn")
+            << 39.27f << 39.27f + 314.0f << L{"45.00", "90.00", "180.00", "270.00", "0.00", "44.82"}
+            << "31.400";
+    }
+
+    void passesLeftOut()
+    {
+        QFETCH(float, begin);
+        QFETCH(float, resume);
+        QFETCH(QStringList, turns);
+        QFETCH(QString, pause);
+        Weld weld = ring(6);
+        weld.row(0, 10, 600).row(begin - 5, 10, 600).row(begin, 0, 600).row(resume, 0, 600);
+        weld.row(resume + 10, 10, 600).end(10);
+        const MotionPrograms programs = generate(weld);
+        QStringList angles;
+        for (const QString& line : programs.channel2.split('\n')) {
+            if (line.contains("V=") && !line.contains("ARF"))
+                angles.append(line.section("V=", 1).section(' ', 0, 0));
+        }
+        const double before = double(begin) - 5;
+        angles.removeOne(QString::number(std::fmod(before * 360 / (100 * M_PI), 360.0), 'f', 2));
+        QCOMPARE(angles.mid(0, turns.size()).join(" "), turns.join(" "));
+        QVERIFY2(technologyProgram(weld.tables).contains("G4 F" + pause),
+                 qPrintable(technologyProgram(weld.tables)));
+
+        // With beam, or in a ramp down, every turn is run.
+        weld.tables.tech[2].Ir = 10;
+        weld.tables.tech[3].Ir = 0;
+        int frames = 0;
+        for (const QString& line : generate(weld).channel2.split('\n'))
+            frames += line.contains("G01 V=0.00") ? 1 : 0;
+        QCOMPARE(frames, 6);
+    }
+
+    // Three stages of a line with two stops: the same text, entered further on each time.
+    void stopsOfALine()
+    {
+        Weld weld(new SchemaXYZ);
+        weld.point({0, 0, 0}).point({50, 0, 0}).point({100, 0, 0});
+        weld.row(0, 5, 600).row(20, 5, 600).stop().row(70, 5, 300).stop().end(5);
+        WeldStage stage;
+        const QString first = contourPrograms(weld.tables, stage).channel1;
+        compare(first, {"N1 $1",
+                        "N2 COORD(1)",
+                        "N3 G4 F0.2",
+                        "N4 COORD(2)",
+                        "N5 GOTO N6",
+                        "N6 WREV(3)",
+                        "N7 WAIT",
+                        "N8 SEV(1)",
+                        "1 @AXISMOVING?=FALSE",
+                        "N9 WAIT",
+                        "N10 G90 G01 x=20.00 y=0.00 z=0.00 F600.000",
+                        "N11 REV(ALL)",
+                        "N12 M30",
+                        "N13 WAIT",
+                        "2 @AXISMOVING?=TRUE",
+                        "N14 G90 G01 x=20.00 y=0.00 z=0.00 F600.000",
+                        "WAIT",
+                        "3 @AXISMOVING?=FALSE",
+                        "N15 SEV(4)",
+                        "4 @AXISMOVING?=TRUE",
+                        "N16 WAIT",
+                        "N17 G90 G01 x=50.00 y=0.00 z=0.00 F600.000",
+                        "N18 G90 G01 x=70.00 y=0.00 z=0.00 F600.000",
+                        "WAIT",
+                        "5 @AXISMOVING?=FALSE",
+                        "N19 REV(ALL)",
+                        "N20 M30",
+                        "N21 WAIT",
+                        "6 @AXISMOVING?=TRUE",
+                        "N22 G90 G01 x=70.00 y=0.00 z=0.00 F600.000",
+                        "WAIT",
+                        "7 @AXISMOVING?=FALSE",
+                        "N23 SEV(6)",
+                        "8 @AXISMOVING?=TRUE",
+                        "N24 WAIT",
+                        "N25 G90 G01 x=100.00 y=0.00 z=0.00 F300.000",
+                        "N26 REV(ALL)",
+                        "WAIT",
+                        "1 @1=2",
+                        "N27 G4 F0.2",
+                        "N28 COORD(0,2)",
+                        "N29 M30"});
+        QCOMPARE(stage.stopsSeen, 2);
+        QCOMPARE(stage.restartBlock1, 13);
+
+        for (int entry : {13, 21}) {
+            stage.stopsSeen = 0;
+            ++stage.stage;
+            QString text = contourPrograms(weld.tables, stage).channel1;
+            QCOMPARE(text, QString(first).replace("GOTO N6", QString("GOTO N%1").arg(entry)));
+            QCOMPARE(stage.stopsSeen, 2);
+        }
+        QCOMPARE(stage.stage, 3);
+        QCOMPARE(stage.restartBlock1, 21); // no third stop: the entry stays
+
+        const QStringList beam = unnumbered(technologyProgram(weld.tables).split('\n'));
+        QCOMPARE(beam.mid(13, 7),
+                 (QStringList{"G4 F2.000", "WREV(4)", "WAIT", "G4 F5.000", "WREV(6)", "WAIT", "G4 F6.000"}));
+    }
+
+    void stopsOfARing()
+    {
+        Weld weld = ring(2);
+        weld.stop(); // comes to stand behind row 0
+        weld.tables.tech.clear();
+        weld.row(0, 5, 600).stop().row(39.27f, 5, 300).stop().end(5);
+        WeldStage stage;
+        const MotionPrograms first = contourPrograms(weld.tables, stage);
+        QCOMPARE(first.channel1.split('\n').mid(13, 30),
+                 (QStringList{"N19 REV(ALL)",
+                              "N20 M30",
+                              "N21 WREV(4)", // nothing was run: nothing to repeat
+                              "N22 WAIT",
+                              "N23 SEV(5)",
+                              "2 @AXISMOVING?=TRUE",
+                              "N24 WAIT",
+                              "N30 G4 F3.927",
+                              "WAIT",
+                              "3 @AXISMOVING?=FALSE",
+                              "N32 REV(ALL)",
+                              "N33 M30",
+                              "N34 WREV(6)",
+                              "N35 WAIT",
+                              "N36 SEV(7)",
+                              "4 @AXISMOVING?=TRUE",
+                              "N37 WAIT",
+                              "N44 G4 F7.854",
+                              "N46 G4 F15.708",
+                              "N48 G4 F15.708",
+                              "N50 G4 F15.708",
+                              "N52 G4 F15.708",
+                              "N54 G4 F15.708",
+                              "N56 G4 F15.708",
+                              "N58 G4 F15.708",
+                              "N60 REV(ALL)",
+                              "WAIT",
+                              "1 @1=0",
+                              "N61 G4 F0.2",
+                              "N62 COORD(0,2)"}));
+        QCOMPARE(first.channel2.split('\n').mid(7, 16),
+                 (QStringList{"N25 ARF()", "N26 M30", "N27 SEV(4)", "N28 WAIT", "N29 WEV(5)",
+                              "N31 G90 G01 V=45.00 F600.000", "N38 ARF()", "N39 M30",
+                              "N40 G90 G01 V=45.00 F600.000", "N41 SEV(6)", "N42 WAIT", "N43 WEV(7)",
+                              "N45 G90 G01 V=90.00 F300.000", "N47 G90 G01 V=180.00 F300.000",
+                              "N49 G90 G01 V=270.00 F300.000", "N51 G90 G01 V=0.00 F300.000"}));
+        QCOMPARE(stage.restartBlock1, 21);
+        QCOMPARE(stage.restartBlock2, 27);
+        stage.stopsSeen = 0;
+        ++stage.stage;
+        const MotionPrograms second = contourPrograms(weld.tables, stage);
+        QCOMPARE(second.channel1, QString(first.channel1).replace("GOTO N9", "GOTO N21"));
+        QCOMPARE(second.channel2, QString(first.channel2).replace("GOTO N12", "GOTO N27"));
+        QCOMPARE(stage.restartBlock1, 34);
+        QCOMPARE(stage.restartBlock2, 40);
+
+        const QString beam = technologyProgram(weld.tables);
+        QVERIFY(beam.contains("N14 WEV(5)\nN15 WAIT\n"));
+        QVERIFY(beam.contains("WEV(7)\n"));
+    }
+
+    // The moving flag falls at the first row after the stop, also when its cut is dropped.
+    void stopBeforeADroppedCut()
+    {
+        Weld weld(new SchemaXYZ);
+        weld.point({0, 0, 0}).point({0, 100, 0});
+        weld.row(0, 5, 600).row(20, 5, 600).stop().row(50, 5, 300).end(5);
+        const QStringList lines = unnumbered(body(generate(weld).channel1));
+        QCOMPARE(lines.mid(lines.size() - 5),
+                 (QStringList{"2 @AXISMOVING?=TRUE", "WAIT", "WAIT", "3 @AXISMOVING?=FALSE",
+                              "G90 G01 x=0.00 y=100.00 z=0.00 F300.000"}));
+    }
+
+    // A stop in the closing frame takes one event, so the next one is 5 here.
+    void stopInTheClosingFrame()
+    {
+        Weld weld(new SchemaXYZ);
+        weld.point({0, 0, 0}).point({30, 40, 0}).point({0, 40, 0}).closed(2).measure();
+        weld.row(0, 5, 600).row(100, 5, 600).stop().row(130, 5, 600).stop().end(5);
+        const QString text = generate(weld).channel1;
+        QVERIFY(text.contains("SEV(4)"));
+        QVERIFY(text.contains("SEV(5)"));
+        QVERIFY(!text.contains("SEV(6)"));
+    }
+
+    void testMoveOfALineAndACircle()
+    {
+        Weld weld(new SchemaXYZ);
+        weld.point({0, 0, 0}, arc(50, 1, 0)).point({50, 50, 0}).point({0, 50, 0}).closed();
+        compare(testMovePrograms(weld.tables.contour, 600).channel1,
+                {"N1 $1", "N2 COORD(1)", "N3 G4 F0.2", "N4 COORD(2)",
+                 "N5 G90 G01 x=50.00 y=50.00 z=0.00 F600.000", "N6 G90 G01 x=0.00 y=50.00 z=0.00 F600.000",
+                 "N7 G90 G01 x=0.00 y=0.00 z=0.00 F600.000", "N8 REV(ALL)", "WAIT", "N9 G4 F0.2",
+                 "N10 COORD(0,2)", "N11 M30"});
+        weld.closed(2, false);
+        QCOMPARE(testMovePrograms(weld.tables.contour, 600).channel1.count("G01"), 4);
+
+        Weld circle = halfCircle(2);
+        QVERIFY(testMovePrograms(circle.tables.contour, 600)
+                    .channel1.startsWith(
+                        "N1 $1\nN2 COORD(2)\nN3 G19\nN4 G90 G03 y=0.00 z=50.00 R50.00 x=5.00 F600.000"));
+    }
+
+    void testMoveOfARing()
+    {
+        Weld weld(new SchemaCircle(100, 2));
+        weld.point({0, 10, 20, 30}).point({90, 13, 24, 30}).point({180, 13, 24, 30});
+        const MotionPrograms programs = testMovePrograms(weld.tables.contour, 600);
+        compare(programs.channel1,
+                {"N1 $1", "N2 COORD(1)", "N3 G4 F0.2", "N4 COORD(2)", "N9 WREV(2)", "N10 WAIT", "N11 SEV(1)",
+                 "N12 WAIT", "N18 G90 G01 x=13.00 y=24.00 z=30.00 F38.197", "N20 G4 F7.854", "N21 REV(ALL)",
+                 "WAIT", "N22 G4 F0.2", "N23 COORD(0,2)", "N24 M30"});
+        compare(programs.channel2,
+                {"N1 $2", "N5 ARF(V=0.87)", "N6 REV(ALL)", "N7 WAIT", "N8 G4 F0.5 ", "N13 SEV(2)", "N14 WAIT",
+                 "N15 WEV(1)", "N16 WAIT", "N17 G90 G01 V=90.00 F600.000", "N19 G90 G01 V=180.00 F600.000",
+                 "N25 ARF()", "N26 M30"});
+    }
+
+    void navigationByRows()
+    {
+        Weld weld(new SchemaXYZ);
+        weld.point({0, 0, 0}).point({10, 0, 0}).point({20, 0, 0}).closed();
+        WeldContour& contour = weld.tables.contour;
+        const QList<float> live{1, 1, 1};
+        compare(navigationPrograms(contour, 0, 2, live, "600.0").channel1,
+                {"N1 $1", "N2 COORD(1)", "N3 G4 F0.2", "N4 COORD(2)",
+                 "N5 G90 G01 x=0.00 y=0.00 z=0.00 F600.0", "WAIT", "1 @1=0",
+                 "N6 G90 G01 x=10.00 y=0.00 z=0.00 F600.0", "WAIT", "2 @1=1",
+                 "N7 G90 G01 x=20.00 y=0.00 z=0.00 F600.0", "WAIT", "3 @1=2", "N8 G4 F0.2", "N9 COORD(0,2)",
+                 "N10 M30"});
+        // The current point once more: one frame, the return to it.
+        QCOMPARE(navigationPrograms(contour, 1, 1, live, "600.0").channel1.count("G90"), 1);
+
+        contour.moveForward = false;
+        const QStringList back = navigationPrograms(contour, 2, 1, live, "600.0").channel1.split('\n');
+        QCOMPARE(back.mid(4, 6), (QStringList{"N5 G90 G01 x=20.00 y=0.00 z=0.00 F600.0", "WAIT", "1 @1=2",
+                                              "N6 G90 G01 x=10.00 y=0.00 z=0.00 F600.0", "WAIT", "2 @1=1"}));
+        // From the last point of a closed contour to the first: the closing frame alone.
+        const QStringList closing = navigationPrograms(contour, 2, 0, live, "600.0").channel1.split('\n');
+        QCOMPARE(closing.mid(4, 4),
+                 (QStringList{"N5 G90 G01 x=0.00 y=0.00 z=0.00 F600.0", "WAIT", "1 @1=0", "N6 G4 F0.2"}));
+        contour.closed = false;
+        QCOMPARE(navigationPrograms(contour, 2, 0, live, "600.0").channel1.count("G90"), 3);
+    }
+
+    void navigationTurnsArcsRound()
+    {
+        Weld weld = halfCircle();
+        const QList<float> live{50, 0, 5};
+        QVERIFY(navigationPrograms(weld.tables.contour, 0, 1, live, "600")
+                    .channel1.contains("N5 G90 G02 x=0.00 y=50.00 R50.00 z=5.00 F600\n"));
+        weld.tables.contour.moveForward = false;
+        QVERIFY(navigationPrograms(weld.tables.contour, 1, 0, live, "600")
+                    .channel1.contains("N5 G90 G03 x=50.00 y=0.00 R50.00 z=5.00 F600\n"));
+    }
+
+    void navigationOfARing()
+    {
+        Weld weld = ring(1);
+        weld.tables.contour.rows[1].coords = {90, 13, 24, 30};
+        // From a live position 18 degrees short of row 0, over 0.
+        const MotionPrograms programs =
+            navigationPrograms(weld.tables.contour, 0, 1, {342, 10, 20, 30}, "600.0");
+        compare(programs.channel1, {"N1 $1", "N2 COORD(1)", "N3 G4 F0.2", "N4 COORD(2)", "N8 G4 F1.571",
+                                    "WAIT", "1 @1=0", "N10 G90 G01 x=13.00 y=24.00 z=30.00 F38.197", "WAIT",
+                                    "2 @1=1", "N13 G4 F0.2", "N14 COORD(0,2)", "N15 M30"});
+        compare(programs.channel2, {"N1 $2", "N5 ARF(V=0.87)", "N6 G4 F0.5 ", "N7 G90 G01 V=0.00 F600.0",
+                                    "N9 G90 G01 V=90.00 F600.0", "N11 ARF()", "N12 M30"});
+
+        // The closing step is timed from the last row, wherever the axes stand.
+        weld.tables.contour.moveForward = false;
+        const MotionPrograms closing =
+            navigationPrograms(weld.tables.contour, 3, 0, {123, 10, 20, 30}, "600.0");
+        QVERIFY(closing.channel1.contains("G4 F7.854\nWAIT\n1 @1=0\n"));
+        QVERIFY(closing.channel2.contains("V=0.00 F600.0\nN9 ARF()"));
+    }
+};
+
+QTEST_GUILESS_MAIN(TestWeldProgram)
+#include "test_weldprogram.moc"

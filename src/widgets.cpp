@@ -144,6 +144,7 @@ MyFrame::MyFrame(QString title, int x, int y, int margin, QDialog* dialog, QWidg
 
     dialog->installEventFilter(this);
     connect(dialog, &QObject::destroyed, this, [this] {
+        m_dialog = nullptr;
         hide();
         deleteLater();
     });
@@ -154,6 +155,15 @@ MyFrame::MyFrame(QString title, int x, int y, int margin, QDialog* dialog, QWidg
         activateWindow();
     }
     dialog->setFocus();
+}
+
+MyFrame::~MyFrame()
+{
+    if (!m_dialog)
+        return;
+    // A frame that goes first takes the dialog along, and must not hear of it any more.
+    m_dialog->removeEventFilter(this);
+    disconnect(m_dialog, nullptr, this, nullptr);
 }
 
 void MyFrame::buildTitle(const QString& title)

@@ -8,7 +8,6 @@
 #include <QListView>
 #include <QMap>
 #include <QPixmap>
-#include <QPointer>
 
 class QDialog;
 class QPushButton;
@@ -127,6 +126,7 @@ public:
     // the frame's line and the dialog. `modal`: the window of `parent` waits. `show`: visible at once;
     // otherwise it comes with the first show of either.
     MyFrame(QString title, int x, int y, int margin, QDialog* dialog, QWidget* parent, bool modal, bool show);
+    ~MyFrame() override;
 
     static int title_height() { return 56; } // px
 
@@ -144,7 +144,7 @@ private:
     void placeOnPanel(int x, int y);
     void endDrag();
 
-    QPointer<QDialog> m_dialog;
+    QDialog* m_dialog; // null once it is destroyed
     QFrame* m_titleBar = nullptr;
     QLabel* m_title = nullptr;
     QPushButton* m_closeButton = nullptr;

@@ -317,6 +317,14 @@ void TestWidgets::frameGoesWithTheDialog()
     }
     QVERIFY(!frame || !frame->isVisible());
     QTRY_VERIFY(!frame);
+
+    QPointer<QDialog> dialog; // the other way round: a window that goes takes all with it
+    {
+        QWidget window;
+        dialog = new QDialog(&window);
+        frame = new MyFrame(QString(), 0, 0, 0, dialog, &window, true, true);
+    }
+    QVERIFY(!frame && !dialog);
 }
 
 void TestWidgets::frameIsDraggedByItsTitle()

@@ -1,0 +1,256 @@
+#pragma once
+
+#include "weldprogram.h"
+#include "weldtables.h"
+
+#include <QTabWidget>
+
+#include <memory>
+
+class ConsoleHost;
+class PoLabel;
+class SaveFile;
+class QLabel;
+class QPlainTextEdit;
+class QTableWidget;
+class Schema;
+namespace Ui {
+class CONTOUR;
+}
+
+// What the cells of the two tables carry beside their text.
+enum WeldRole {
+    OnRole = 256,           // bool, column 0 of the technology table
+    RasterTypeRole = 257,   // int; the raster roles stand in column 6
+    RasterAmpXRole = 258,   // float, %
+    RasterAmpYRole = 259,   // float, %
+    RasterAngleRole = 260,  // int, deg
+    RasterFreqRole = 261,   // int, Hz
+    RasterShiftXRole = 262, // float, %
+    RasterShiftYRole = 263, // float, %
+    RasterParamRole = 264,  // float
+    RasterCwRole = 265,     // int, 1 for reverse rotation
+    RowTypeRole = 266,      // int, Frame::Type; the frame roles stand in the column "Параметры"
+    RowRadiusRole = 267,    // float, mm
+    RowDirRole = 268,       // int, 1 counter-clockwise
+    RowPlaneRole = 269      // int, 0 XY, 1 XZ, 2 YZ
+};
+
+// The weld: contour table, technology table and the programs of the three channels, one tab each.
+// The tables are the data: every operation reads its numbers back from the cells. All in the window's
+// thread; starting a weld blocks it for the pauses of `Site`.
+class CONTOUR : public QTabWidget
+{
+    Q_OBJECT
+public:
+    explicit CONTOUR(QWidget* parent = nullptr);
+    ~CONTOUR() override; // keeps widths, speeds and the contour for the next start
+
+    // The scheme. `init` takes ownership, empties both tables and is the only way to change the scheme.
+    void init(Schema* schema);
+    const Schema* schema() const { return m_schema.get(); }
+
+    // The contour table.
+    QList<float> coords() const;        // the live position; asserts without a scheme
+    QList<float> coords(int row) const; // as the cells say
+    void addPoint(const QList<float>& point);
+    void movePoint(int row, const QList<float>& delta);
+    void addParameters(int row, int type, int dir, int plane, float radius, bool update);
+    double calcDistance(int row, const QList<float>& from, const QList<float>& to) const; // mm
+    double calcLength(int count) const;            // mm along the first `count` points
+    double calcDiameter(int row, int plane) const; // mm, of the circle through row, row-1, row-2
+    void recalcPointsForNewDiameter(float oldD, float newD);
+
+    // The technology table. Currents in mA, speeds in mm/min, paths in mm.
+    void addTechPoint(float interval, float IrVal, float speed);       // from the last path on
+    void addLinearTackPoint(float interval, float IrVal, float speed); // interval: from the start
+    void addPointToTech(float path);
+    void addComment(const QString& text);
+    void addContourPoint(bool all, bool everyPass, int point, int pass); // point and pass from 1
+    void setParamValueInTable(int column, float value, int decimals);
+    void setTechSettings(bool test, bool focus, bool yokeX, bool yokeY, float If, float Ix, float Iy, float D,
+                         int plane);
+    bool tableValid() const { return m_tableValid; }
+
+    // Files, each `path` without its extension and without the site's root. One that cannot be opened
+    // changes nothing.
+    void save(const QString& name, const QString& path, bool updateName);
+    void load(const QString& name, const QString& path);
+
+    // Writes the program and starts it on the channel; nothing is sent when the file cannot be written.
+    void run(int channel, const QString& text);
+
+public slots:
+    void onDriveState(bool on);
+    void onVirtualMode(bool on);
+    void onChannel1State(unsigned int state);
+    void onChannel2State(unsigned int state);
+    void onChannel3State(unsigned int state);
+    void onAxisMoving(bool moving);
+    void onChangedPointNo(unsigned int n);
+    void onCoordsChanged();
+    void onUserChanged(int group);
+    void onContourCellClicked(int row, int column);
+    void onTechTabCellClicked(int row, int column);
+
+signals:
+    void message(const QString& text, bool show); // a journal line
+
+private slots:
+    void on_pbNew_clicked();
+    void on_pbIns_clicked();
+    void on_pbCorr_clicked();
+    void on_pbCorrNgo_clicked();
+    void on_pbDel_clicked();
+    void on_pbRing_clicked();
+    void on_pbInverse_clicked();
+    void on_nrings_clicked();
+    void on_contourSpeed_clicked();
+    void on_pbSave_clicked();
+    void on_pbSave_2_clicked();
+    void on_pbLoad_clicked();
+    void on_pbLoad_2_clicked();
+
+    void on_pbInsTechPoint_clicked();
+    void on_pbDelTechPoint_clicked();
+    void on_pbTemplate_clicked();
+    void on_pbSettings_clicked();
+    void on_weldSpeed_clicked();
+    void on_pbGcode_clicked();
+
+    void on_pbRun_clicked();
+    void on_pbRun_2_clicked();
+    void on_pbRun_3_clicked();
+    void on_pbPrgOpen_1_clicked();
+    void on_pbPrgOpen_2_clicked();
+    void on_pbPrgOpen_3_clicked();
+    void on_pbPrgSave_1_clicked();
+    void on_pbPrgSave_2_clicked();
+    void on_pbPrgSave_3_clicked();
+
+private:
+    // Life.
+    void dress(); // the look that the form cannot say
+    void fitRasterColumn();
+    void loadSettings();
+    void saveSettings() const;
+    QString widthKey(const QString& axis) const;
+    void saveColumnWidths() const;
+    ConsoleHost* host() const;
+    void setProgramName(const QString& name);
+
+    // Cells and values.
+    bool isXYZ() const;
+    int frameColumn() const; // of "Параметры", -1 without one
+    Frame frame(int row) const;
+    WeldContour contourValues() const;
+    QVector<TechRow> techRows() const;
+    WeldTables tables() const;
+    void writeCoords(int row, const QList<float>& coords);
+    void writeFrame(int row, const Frame& frame);
+    void writeContour(const WeldContour& contour);
+    void insertContourRow(int row, const QList<float>& coords);
+    void setCurrentPoint(int row);
+    void setColor(int row, bool valid);
+
+    // Enable rules and what follows from the tables.
+    void updateEnables();
+    bool channel1Runs() const;
+    void updateNew();
+    void updateIns();
+    void updateCorr();
+    void updateCorrNgo();
+    void updateDel();
+    void updateRing();
+    void updateGcode();
+    void updateLength();
+    void updateD();
+    void showCircle(float centerX, float centerY); // of an XYZr contour, with the scheme's diameter
+    void updateHeader();
+    void updatePlane(int plane);
+    void updateTechTab();
+    void updateValidDistance();
+    void updateAfterEdit(); // everything that depends on the rows of the contour
+
+    // Contour actions.
+    bool askNumber(const QString& title, PoLabel* label, int decimals, float minimum);
+    bool newRound();
+    bool newRing();
+
+    // Technology rows.
+    bool isComment(int row) const;
+    bool isOn(int row) const;
+    bool isStop(int row) const;
+    QString techText(int row, int column) const; // empty for a missing cell
+    float prevDistance(int row) const;           // path of the nearest row above that is no comment
+    float nextDistance(int row) const;
+    TechRow techRow(int row) const;
+    Raster raster(int row) const;
+    TechRow restRow() const; // no beam, everything else at its default
+    void writeTechRow(int row, const TechRow& values);
+    void insertTechRow(int row, const TechRow& values);
+    void markFixedRow(int row);
+    void resetTechTable();
+    void toggleBlock(int comment);
+    void askTechValue(int row, int column);
+    void askRaster(int row);
+    void writeRaster(int row, const Raster& values);
+    void showParam(int column, bool on, float value);
+
+    // Running.
+    void genTechnology();
+    void genContour();
+    void genTestMove();
+    void startMotion(const MotionPrograms& programs, bool show, std::chrono::microseconds pause);
+    void execute(int channel, const QString& path);
+    void runEdited(int channel, const QString& file);
+
+    // Files.
+    void chooseSave();
+    void chooseLoad();
+    QString contourRowText(int row) const;
+    QString techRowText(int row) const;
+    void loadHead(SaveFile& file);
+    void loadContourRows(SaveFile& file);
+    void loadTechRows(SaveFile& file);
+    void openProgram(int channel);
+    void saveProgram(int channel);
+    void loadFile(const QString& name, const QString& path, QLabel* label, QPlainTextEdit* edit);
+    void saveFile(const QString& name, const QString& path, QLabel* label, QPlainTextEdit* edit);
+    QPlainTextEdit* programEdit(int channel) const;
+    QLabel* programLabel(int channel) const;
+
+    std::unique_ptr<Ui::CONTOUR> ui;
+    std::unique_ptr<Schema> m_schema; // null until the first init
+    QString m_contourDir;             // both without the site's root
+    QString m_prgDir;
+    QString m_programName;
+
+    bool m_closed = false;
+    bool m_closedForward = true;
+    bool m_inverted = false;
+    bool m_moveForward = true;
+    int m_currentPoint = -1;
+    float m_centerX = 0;
+    float m_centerY = 0;
+
+    bool m_focusOn = false;
+    bool m_yokeXOn = false;
+    bool m_yokeYOn = false;
+    float m_defaultIf = 700;
+    float m_defaultIx = 0;
+    float m_defaultIy = 0;
+    bool m_tableValid = true;
+    int m_rasterWidth = 0;  // px, the least for the raster column
+    bool m_fitting = false; // the column is being sized by the console itself
+
+    unsigned int m_ch1State = 0;
+    unsigned int m_ch2State = 0;
+    unsigned int m_ch3State = 0;
+    bool m_driveOn = false;
+    bool m_virtualMode = false;
+    bool m_axisMoving = false;
+    WeldStage m_weld;
+    bool m_techRun = false;
+    bool m_testMode = false; // the beam current is in the operator's hand
+};

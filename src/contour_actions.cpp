@@ -1,0 +1,224 @@
+#include "confirm.h"
+#include "contour.h"
+#include "contouredit.h"
+#include "numpad.h"
+#include "schema.h"
+#include "touchmenu.h"
+#include "ui_contour.h"
+
+namespace {
+
+constexpr float samePlace = 0.01f; // mm
+constexpr int confirmTimeout = 10; // s
+
+// A slip on the keypad may not fill the memory with points.
+constexpr float maxRingPoints = 10'000;
+
+const QString newProgramName = QStringLiteral("Программа сварки");
+
+QList<float> difference(const QList<float>& to, const QList<float>& from)
+{
+    QList<float> delta;
+    for (int i = 0; i < to.size() && i < from.size(); ++i)
+        delta << to[i] - from[i];
+    return delta;
+}
+
+} // namespace
+
+// --- a new contour ---
+
+void CONTOUR::on_pbNew_clicked()
+{
+    bool made = false;
+    switch (
+        touchMenu(ui->pbNew, QStringLiteral("Схема сварки"),
+                  {QStringLiteral("Смешаная интерполяция     "), QStringLiteral("Круговая интерполяция     "),
+                   QStringLiteral("Кольцевой стык     ")})) {
+    case 0:
+        init(new SchemaXYZ);
+        emit message(QStringLiteral("[I]Новый контур 'Смешаная интерполяция XYZ' создан"), false);
+        made = true;
+        break;
+    case 1:
+        made = newRound();
+        break;
+    case 2:
+        made = newRing();
+        break;
+    default:
+        break;
+    }
+    if (made)
+        setProgramName(newProgramName);
+}
+
+bool CONTOUR::newRound()
+{
+    Numpad diameter(QStringLiteral("Диаметр, мм"), this, 0, false, true, false);
+    if (diameter.exec() != QDialog::Accepted)
+        return false;
+    init(new SchemaXYZr(static_cast<float>(diameter.value()), 0, 0));
+    updatePlane(0);
+    emit message(QStringLiteral("[I]Новый контур 'Круговая интерполяция' создан"), false);
+    return true;
+}
+
+bool CONTOUR::newRing()
+{
+    Numpad diameter(QStringLiteral("Диаметр, мм"), this, 0, false, true, false);
+    if (diameter.exec() != QDialog::Accepted)
+        return false;
+    Numpad points(QStringLiteral("Кол-во точек"), this, 1, true, true, false);
+    if (points.exec() != QDialog::Accepted)
+        return false;
+    const int n = static_cast<int>(qBound(1.0f, static_cast<float>(points.value()), maxRingPoints));
+    emit message(QStringLiteral("[I]Новый контур 'Кольцевой стык' создан"), false);
+    init(new SchemaCircle(static_cast<float>(diameter.value()), static_cast<float>(n)));
+    QList<float> point = coords();
+    for (int i = 0; i < n; ++i) {
+        point[0] = static_cast<float>(double(i) / n * 360);
+        addPoint(point);
+    }
+    setCurrentPoint(0);
+    updateAfterEdit();
+    return true;
+}
+
+// --- points ---
+
+void CONTOUR::on_pbIns_clicked()
+{
+    emit message(QStringLiteral("[I]Нажата кнопка 'Вставить точку' панели Контур"), false);
+    const int row = m_moveForward + m_currentPoint;
+    Q_ASSERT(row >= 0);
+    const QList<float> live = coords();
+    if (m_currentPoint >= 0 && m_schema->distance(live, coords(m_currentPoint)) < samePlace)
+        return;
+    insertContourRow(row, live);
+    if (isXYZ()) {
+        const int last = ui->twContour->rowCount() - 1;
+        if (row > 0)
+            addParameters(row - 1, Frame::Line, 0, 0, 0, false);
+        // Only the last point of an open contour has no frame of its own: a point taught in between is
+        // travelled through, and its way on must count in the length that the beam is laid along.
+        const bool end = row > 0 && row == last && !m_closed;
+        addParameters(row, end ? Frame::End : Frame::Line, 0, 0, 0, false);
+    }
+    setCurrentPoint(row);
+    updateAfterEdit();
+}
+
+void CONTOUR::on_pbCorr_clicked()
+{
+    const int choice =
+        touchMenu(ui->pbCorr, QStringLiteral("Сдвиг"),
+                  {QStringLiteral("... текущей точки     "), QStringLiteral("... всего контура     ")});
+    if (choice < 0 || m_currentPoint < 0)
+        return;
+    if (choice == 0) {
+        movePoint(m_currentPoint, difference(coords(), coords(m_currentPoint)));
+        emit message(QStringLiteral("[I]Нажата кнопка 'Сдвиг точки' панели Контур"), false);
+    } else {
+        Confirm confirm(QStringLiteral("Подтверждение"), QStringLiteral("Выполнить сдвиг всего контура?"),
+                        ui->pbCorr, confirmTimeout);
+        if (confirm.exec() != QDialog::Accepted || m_currentPoint < 0)
+            return;
+        const QList<float> delta = difference(coords(), coords(m_currentPoint));
+        for (int row = 0; row < ui->twContour->rowCount(); ++row)
+            movePoint(row, delta);
+        emit message(QStringLiteral("[I]Нажата кнопка 'Сдвиг всего контура' панели Контур"), false);
+    }
+    updateAfterEdit();
+}
+
+void CONTOUR::on_pbCorrNgo_clicked()
+{
+    emit message(QStringLiteral("[I]Нажата кнопка 'Сдвинуть и перейти' панели Контур"), false);
+    if (m_currentPoint < 0)
+        return;
+    movePoint(m_currentPoint, difference(coords(), coords(m_currentPoint)));
+    updateAfterEdit();
+    int next = m_currentPoint + 1;
+    if (next >= ui->twContour->rowCount())
+        next = m_closed ? 0 : ui->twContour->rowCount() - 1;
+    onContourCellClicked(next, 0);
+}
+
+void CONTOUR::on_pbDel_clicked()
+{
+    Confirm confirm(QStringLiteral("Подтверждение"), QStringLiteral("Удалить текущую точку из контура?"),
+                    ui->pbDel, confirmTimeout);
+    if (confirm.exec() != QDialog::Accepted || m_currentPoint < 0)
+        return;
+    emit message(QStringLiteral("[I]Нажата кнопка 'Удалить точку' панели Контур"), false);
+    ui->twContour->removeRow(m_currentPoint);
+    const int last = ui->twContour->rowCount() - 1;
+    if (isXYZ() && last >= 0 && !m_closed)
+        addParameters(last, last > 0 ? Frame::End : Frame::Line, 0, 0, 0, false);
+    if (last < 0)
+        m_moveForward = true;
+    const int before = m_moveForward ? qMax(0, m_currentPoint - 1) : 0;
+    setCurrentPoint(qMin(before, last));
+    updateAfterEdit();
+}
+
+void CONTOUR::on_pbRing_clicked()
+{
+    emit message(QStringLiteral("[I]Нажата кнопка 'Замкнуть контур' панели Контур"), false);
+    bool forward = true;
+    if (!m_closed && isXYZ()) {
+        const int choice =
+            touchMenu(ui->pbRing, QStringLiteral("Замыкание контура"),
+                      {QStringLiteral("Прямым ходом     "), QStringLiteral("Обратным ходом     ")});
+        if (choice < 0)
+            return;
+        forward = choice == 0;
+    }
+    m_closed = !m_closed;
+    m_closedForward = forward;
+    if (isXYZ() && ui->twContour->rowCount() > 0)
+        addParameters(ui->twContour->rowCount() - 1, m_closed ? Frame::Line : Frame::End, 0, 0, 0, false);
+    updateAfterEdit();
+}
+
+void CONTOUR::on_pbInverse_clicked()
+{
+    emit message(QStringLiteral("[I]Нажата кнопка 'Инверсия' панели Контур"), false);
+    WeldContour contour = contourValues();
+    invertContour(contour);
+    m_inverted = !m_inverted;
+    writeContour(contour);
+    updateAfterEdit();
+}
+
+// --- numbers ---
+
+bool CONTOUR::askNumber(const QString& title, PoLabel* label, int decimals, float minimum)
+{
+    Numpad numpad(title, this, label->value(), decimals == 0, true, false);
+    if (numpad.exec() != QDialog::Accepted)
+        return false;
+    label->setValue(qMax(minimum, static_cast<float>(numpad.value())), decimals);
+    return true;
+}
+
+void CONTOUR::on_nrings_clicked()
+{
+    if (!askNumber(QStringLiteral("Число проходов"), ui->nrings, 0, 1))
+        return;
+    emit message(
+        QStringLiteral("[I]Задано новое число проходов по контуру - %1").arg(double(ui->nrings->value())),
+        false);
+    updateLength();
+    updateValidDistance();
+}
+
+void CONTOUR::on_contourSpeed_clicked()
+{
+    if (!askNumber(QStringLiteral("Скорость, мм/мин"), ui->contourSpeed, 1, 0))
+        return;
+    emit message(QStringLiteral("[I]Задана новая скорость перехода по контуру - %1 мм/мин")
+                     .arg(double(ui->contourSpeed->value())),
+                 false);
+}

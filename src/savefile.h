@@ -1,0 +1,40 @@
+#pragma once
+
+#include "weldtables.h"
+
+#include <QString>
+#include <QVector>
+
+// The text of a contour file: a name line, then tokens separated by blanks and line ends.
+//
+// Reading is as forgiving as the files have always been read: a token that is no number counts as 0, and so
+// does everything after the end. It always comes to an end: each token is consumed, `atEnd` tells when none
+// is left, and neither the text taken in nor the rows taken from it can grow without bound.
+class SaveFile
+{
+public:
+    static constexpr qint64 maxBytes = 16 * 1024 * 1024; // what lies beyond is not read
+    static constexpr int maxRows = 100'000;              // of one table
+
+    // The whole text of a file, read once.
+    explicit SaveFile(const QString& text);
+
+    QString programName() const { return m_programName; }
+
+    bool atEnd(); // also when nothing but blanks is left
+    QString word();
+    float number(); // 0 for a token that is no finite number
+    int integer();  // 0 for a token that is no whole number
+    int rowCount(); // an integer, within 0 to maxRows
+
+private:
+    void skipBlanks();
+
+    QString m_text;
+    QString m_programName;
+    int m_at = 0;
+};
+
+// One line of the file without its line feed.
+QString contourLine(const QStringList& coords, bool withFrame, const Frame& frame);
+QString techLine(const QStringList& numbers, const Raster& raster);

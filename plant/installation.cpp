@@ -5,13 +5,23 @@
 #include "plant/instructor.h"
 
 #include <QElapsedTimer>
+#include <QEventLoop>
 #include <QFile>
+#include <QSocketNotifier>
 #include <QThread>
 #include <QTimer>
 
 #include <algorithm>
 #include <chrono>
 #include <cmath>
+#include <condition_variable>
+#include <deque>
+#include <future>
+#include <mutex>
+#include <thread>
+
+#include <sys/eventfd.h>
+#include <unistd.h>
 
 namespace plant {
 
@@ -102,11 +112,81 @@ private:
     QTimer m_scriptWait;
 };
 
+// What waits to be done in the installation's thread. Outlives the thread, so that a caller may still be
+// letting go of it while the thread ends.
+struct Installation::Jobs
+{
+    struct Job
+    {
+        const std::function<void()>* action;
+        bool done = false;
+    };
+
+    std::mutex mutex;
+    std::condition_variable done;
+    std::deque<Job*> waiting; // live on the stacks of those who wait
+};
+
+// The door to the installation's thread, in which it lives. A file descriptor wakes the thread.
+class Installation::Gate : public QObject
+{
+public:
+    QEventLoop loop; // runs only in a thread of the installation's own
+
+    explicit Gate(Jobs& jobs)
+        : m_jobs(jobs)
+        , m_bell(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK))
+        , m_notifier(m_bell, QSocketNotifier::Read)
+    {
+        connect(&m_notifier, &QSocketNotifier::activated, this, &Gate::work);
+    }
+    ~Gate() override
+    {
+        m_notifier.setEnabled(false);
+        close(m_bell);
+    }
+
+    void pass(const std::function<void()>& action)
+    {
+        if (QThread::currentThread() == thread())
+            return action();
+        Jobs& jobs = m_jobs;
+        Jobs::Job job{&action};
+        std::unique_lock lock(jobs.mutex);
+        jobs.waiting.push_back(&job);
+        eventfd_write(m_bell, 1);
+        jobs.done.wait(lock, [&] { return job.done; });
+    }
+
+private:
+    void work()
+    {
+        eventfd_t rings = 0;
+        eventfd_read(m_bell, &rings);
+        std::unique_lock lock(m_jobs.mutex);
+        while (!m_jobs.waiting.empty()) {
+            Jobs::Job* job = m_jobs.waiting.front();
+            m_jobs.waiting.pop_front();
+            lock.unlock();
+            (*job->action)();
+            lock.lock();
+            job->done = true;
+            m_jobs.done.notify_all();
+        }
+    }
+
+    Jobs& m_jobs;
+    int m_bell;
+    QSocketNotifier m_notifier;
+};
+
 struct Installation::Private
 {
     InstallationOptions options;
-    QThread thread;
-    std::unique_ptr<QObject> gate; // lives in the installation's thread: calls pass through it
+    Jobs jobs;
+    std::thread thread; // runs an event loop of its own when the options ask for it
+    std::unique_ptr<Gate> ownGate;
+    Gate* gate = nullptr; // null while stopped
     std::unique_ptr<Core> core;
     std::uint16_t tcpPort = 0;
     std::uint16_t udpPort = 0;
@@ -127,12 +207,10 @@ Installation::~Installation()
 bool Installation::start(QString* error)
 {
     stop();
-    d->gate = std::make_unique<QObject>();
-    if (d->options.ownThread) {
-        d->thread.setObjectName(QStringLiteral("plant"));
-        d->gate->moveToThread(&d->thread);
-        d->thread.start();
-    }
+    if (d->options.ownThread)
+        startThread();
+    else
+        d->gate = (d->ownGate = std::make_unique<Gate>(d->jobs)).get();
     bool listening = false;
     call([&] {
         d->core = std::make_unique<Core>(*this, d->options);
@@ -146,14 +224,30 @@ bool Installation::start(QString* error)
     return listening;
 }
 
+void Installation::startThread()
+{
+    std::promise<Gate*> ready;
+    std::future<Gate*> gate = ready.get_future();
+    d->thread = std::thread([this, ready = std::move(ready)]() mutable {
+        Gate own(d->jobs);
+        ready.set_value(&own);
+        own.loop.exec();
+    });
+    d->gate = gate.get();
+}
+
 void Installation::stop()
 {
     if (!d->gate)
         return;
-    call([this] { d->core.reset(); });
-    d->thread.quit();
-    d->thread.wait();
-    d->gate.reset();
+    call([this] {
+        d->core.reset();
+        d->gate->loop.exit();
+    });
+    if (d->thread.joinable())
+        d->thread.join();
+    d->gate = nullptr;
+    d->ownGate.reset();
     d->tcpPort = 0;
     d->udpPort = 0;
 }
@@ -203,10 +297,7 @@ void Installation::inside(const std::function<void(MotionController&)>& action)
 void Installation::call(const std::function<void()>& action)
 {
     Q_ASSERT(d->gate);
-    if (QThread::currentThread() == d->gate->thread())
-        action();
-    else
-        QMetaObject::invokeMethod(d->gate.get(), action, Qt::BlockingQueuedConnection);
+    d->gate->pass(action);
 }
 
 } // namespace plant

@@ -26,8 +26,8 @@ struct InstallationOptions
 
 // The whole simulated installation: the controllers, their links on loopback, the instructor and the
 // clock that drives them in steps of 10 ms. It answers from its own thread, or from the thread that made
-// it, which then must run an event loop. All public calls may come from any thread; with `ownThread`
-// they block until the installation's thread has done them.
+// it, which then must run an event loop. Once started, every call but `start` and `stop` may come from
+// any thread; it blocks until the installation's thread has done it.
 class Installation : public QObject
 {
     Q_OBJECT
@@ -63,6 +63,9 @@ signals:
 
 private:
     class Core;
+    class Gate;
+    struct Jobs;
+    void startThread();
     void call(const std::function<void()>& action);
 
     struct Private;

@@ -1,7 +1,23 @@
+#include "gui.h"
+#include "singleinstance.h"
+#include "widgets.h"
+
 #include <QApplication>
+
+#include <cstdio>
 
 int main(int argc, char* argv[])
 {
     QApplication app(argc, argv);
-    return 0;
+    if (!checkSingleInstance()) {
+        std::fputs("poMIRTA already running\n", stderr);
+        return -1;
+    }
+    Gui gui;
+    QApplication::setStyle(new MyWinStyle);
+    gui.setWindowTitle(QStringLiteral("Программа управления МИРТА"));
+    if (!gui.autorizationAccepted())
+        return 0;
+    gui.show();
+    return QApplication::exec();
 }

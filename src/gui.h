@@ -1,0 +1,234 @@
+#pragma once
+
+#include "consolehost.h"
+#include "drivecomm.h"
+
+#include <QFile>
+#include <QIcon>
+#include <QList>
+#include <QMap>
+#include <QTimer>
+#include <QWidget>
+
+#include <array>
+#include <memory>
+
+class JogHold;
+class PoLabel;
+class PoSprite;
+class QLabel;
+class QPushButton;
+
+namespace Autorization {
+class Manager;
+}
+namespace Ui {
+class Gui;
+}
+
+// The operator's window, 1920 by 1200, and the one place where the console is wired together: it owns the
+// link to the motion controller, the axes, the console's interlocks and the users manager, and it holds the
+// contour tab and the vacuum panel. Everything here runs on the window's thread.
+//
+// Construction brings the whole console up, with the first attempts to reach the controllers; nothing of
+// the window shows before the login. The destructor saves the settings and the users.
+class Gui : public QWidget, public ConsoleHost
+{
+    Q_OBJECT
+
+public:
+    Gui();
+    ~Gui() override;
+
+    // Runs the login dialog. False when it was cancelled. The rights and the name that the screen shows
+    // afterwards are what getUserName() tells for the rest of the run.
+    bool autorizationAccepted();
+
+    Axis* axis(const QString& name) const override;
+    float coord(const QString& name) const override;
+    DriveTCPthread* drives() override { return &m_drives; }
+    Lock* lock(const QString& key) const override;
+    QString getUserName() const override;
+    float pressure() const override;
+    QString programName() const override { return m_programName; }
+    void setProgramName(const QString& path, bool withoutCurrent) override;
+
+signals:
+    void signalUserChange(int rights); // group id; -1 after a cancelled login
+    void signalSecondXPanelShow(bool show);
+    void signalSecondUPanelShow(bool show);
+    void signalSystemStarted();
+
+public slots:
+    // Journal (gui_journal.cpp). A line begins with its class, "[I]", "[W]", "[A]", "[C]" or "[M]", which
+    // the list shows as an icon. `isShow` false: the file only.
+    void prgMessage(const QString& str, bool isShow);
+    void messageToLog(const QString& time, const QString& str);
+
+    // Link to the motion controller (gui.cpp).
+    void connectDrives();
+    void disconnectedDrives();
+    void onTimeChanged();
+    void onUserChanged(int state);
+
+    // Connection labels (gui_status.cpp).
+    void onChangedCNCConnected(bool connected);
+    void onChangedKVSConnected(bool connected);
+    void onChangedKVKConnected(bool connected);
+    void onChangedELAConnected(bool connected);
+
+    // What the motion controller tells (gui_status.cpp).
+    void onChangedChannelState1(uint state);
+    void onChangedChannelState2(uint state);
+    void onChangedChannelState3(uint state);
+    void onChangedChannelMode1(uint mode);
+    void onChangedChannelMode2(uint mode);
+    void onChangedChannelMode3(uint mode);
+    void onLightStateChanged(uint state);
+    void onChangedPultState(bool state);
+    void onChangedPultRegime(uint regime);
+    void onChangedStateVirtual(uint value);
+    void VirtualAxisStateChanged(uint state); // above 4: lamps stay as they are
+
+    // Virtual axes: coordinates and soft limits in mm or deg, end switches.
+    void onChangedX(float value) { showVirtualCoord(X, value); }
+    void onChangedZ(float value) { showVirtualCoord(Z, value); }
+    void onChangedPHI(float value) { showVirtualCoord(Phi, value); }
+    void onChangedMaxLimitX(float value) { m_virtual[X].maxLimit = value; }
+    void onChangedMinLimitX(float value) { m_virtual[X].minLimit = value; }
+    void onChangedMaxLimitZ(float value) { m_virtual[Z].maxLimit = value; }
+    void onChangedMinLimitZ(float value) { m_virtual[Z].minLimit = value; }
+    void onChangedMaxLimitPHI(float value) { m_virtual[Phi].maxLimit = value; }
+    void onChangedMinLimitPHI(float value) { m_virtual[Phi].minLimit = value; }
+    void onChangedEpX(bool state) { setVirtualEnd(X, true, state); }
+    void onChangedEpZ(bool state) { setVirtualEnd(Z, true, state); }
+    void onChangedEpPHI(bool state) { setVirtualEnd(Phi, true, state); }
+    void onChangedNpX(bool state) { setVirtualEnd(X, false, state); }
+    void onChangedNpZ(bool state) { setVirtualEnd(Z, false, state); }
+    void onChangedNpPHI(bool state) { setVirtualEnd(Phi, false, state); }
+
+    // What the vacuum panel tells (gui_status.cpp).
+    void changedMode(uint value);     // regime number; 0xFFFFFFFF is the abnormal end
+    void changedModeTime(uint value); // s
+    void changedModeState(uint state);
+    void onChangedChamberPressure(double value); // Pa
+    void onChangedGunPressure(float value);      // Pa
+    void onChangedChamberValid(bool valid);
+    void onChangedGunValid(int valid);
+    void onChangedPressUnit(bool unit); // true: millimetres of mercury
+    void onTurnSystemOff(bool value);
+
+    // Interlocks and modes of the console (gui_interlocks.cpp).
+    void changedDrivesLock(bool on);
+    void onChangedSpiralLock(bool on);
+    void onChangedShutdownLock(bool on);
+    void onChangedDrivesState(bool state);
+    void onChangedTransOn(bool value); // virtual axes instead of A, B, C
+    void showSecondLXAxis(bool state);
+    void showSecondUAxis(bool state);
+    void onAccessChanged(bool value); // false: the key switch blocks the console
+    void onSu(bool su);
+    void onSystemShutdown();
+
+private slots:
+    // Buttons of the form, bound by name (gui_commands.cpp).
+    void on_sbDrives_clicked();
+    void on_sbTrans_clicked();
+    void on_pbStop_clicked();
+    void on_sbDistPult_clicked();
+    void on_sbLightSpiral_clicked();
+    void on_pbEndlessV_clicked();
+    void on_speedX_clicked() { speedSelector(X); }
+    void on_speedZ_clicked() { speedSelector(Z); }
+    void on_speedPHI_clicked() { speedSelector(Phi); }
+    void on_coordX_clicked() { fixedMove(X); }
+    void on_coordZ_clicked() { fixedMove(Z); }
+    void on_coordPHI_clicked() { fixedMove(Phi); }
+    void on_pbPoint_clicked();
+    void on_pbConstants_clicked();
+    void on_pbCalc_clicked();
+    void on_pbInformation_clicked();
+    void on_pbChangeUser_clicked();
+    void on_pbCloseProgram_clicked();
+    void on_sbShutdown_clicked();
+    void on_actExit_triggered();
+
+protected:
+    void showEvent(QShowEvent* event) override;
+
+private:
+    enum VirtualIndex { X, Z, Phi };
+
+    // A virtual axis: the controller computes it from several drives, so it is no Axis.
+    struct VirtualAxis
+    {
+        QString name; // as in commands
+        QString unit;
+        PoLabel* coordLabel;
+        PoLabel* speedLabel;
+        PoSprite* lamp;
+        QPushButton* plus;  // jogs in the negative direction
+        QPushButton* minus; // jogs in the positive direction
+        float value = 0;    // mm or deg
+        float maxLimit = 0; // soft limits as last told
+        float minLimit = 0;
+    };
+
+    // Construction, in the order of the calls.
+    void initManager();
+    void initSprites();
+    void initLocks();
+    void initStateButtons();
+    void initDrives();
+    void loadIni();
+    void connectPanels();
+    void initGeometry();
+    void initPresets();
+    void startClock();
+    void openJournal();
+
+    void connectMachine();
+    void connectAxes();
+    void connectVirtualAxes();
+    void connectVirtualJog(VirtualIndex index);
+
+    void saveIni();
+    void addLock(const QString& key, bool perm, const QString& textLocked, const QString& textFree);
+    void drawChannelState(int channel, PoLabel* label, uint state);
+    void drawChannelMode(PoLabel* label, uint mode);
+    void updateTrans();
+    void showVirtualCoord(VirtualIndex index, float value);
+    void setVirtualEnd(VirtualIndex index, bool maximum, bool on);
+    void speedSelector(VirtualIndex index);
+    void fixedMove(VirtualIndex index);
+    void closeWithLine(const QString& line);
+
+    std::unique_ptr<Ui::Gui> ui;
+    Autorization::Manager* m_manager = nullptr;
+    QString m_programName;
+    int m_userGroup = -1;
+    QFile m_logFile;
+    DriveTCPthread m_drives;
+    QList<QString> m_lirAxes; // axes that a handwheel can take
+    QMap<QString, Axis*> m_axis;
+    QMap<QString, int> m_maxSpeed;   // mm/min or deg/min by axis name
+    QMap<QString, PoLabel*> m_coord; // coordinate labels by axis name
+    QMap<QString, Lock*> m_locks;
+    QString m_userRights, m_userName; // as they stood after the first login
+    QTimer m_timer;
+    QMap<QString, int> m_lirMult;             // handwheel multiplier index by axis, 0 to 3
+    QMap<QString, QList<float>> m_presets;    // handwheel steps of beam parameters
+    QString m_lirLeft, m_lirRight, m_lirDist; // what each handwheel drives, empty for nothing
+    QLabel* m_blockLabel = nullptr;           // the overlay of the key switch, null when there is none
+    int m_modeMinutes = 0, m_modeSeconds = 0; // time of the vacuum algorithm
+    QIcon m_iconError, m_iconInfo, m_iconRun, m_iconWarning, m_iconBasic;
+    bool m_secondLX = false, m_secondU = false; // the second axis of the pair is shown
+    bool m_drivesConnected = false;
+    uint m_lightState = 0;
+    uint m_channel1State = 0;
+    uint m_virtualState = 0;
+    bool m_drivesOn = false;
+    bool m_pultOn = false;
+    uint m_pultRegime = 0;
+    std::array<VirtualAxis, 3> m_virtual; // in the order of VirtualIndex
+};

@@ -1,0 +1,233 @@
+#include "gui.h"
+
+#include "autorization_manager.h"
+#include "axis.h"
+#include "fixedmove.h"
+#include "joghold.h"
+#include "selector.h"
+#include "site.h"
+#include "statebutton.h"
+#include "ui_gui.h"
+#include "widgets.h"
+
+#include <QCoreApplication>
+#include <QProcess>
+
+#include <cstdlib>
+
+namespace {
+
+constexpr int kConfirmTime = 5;                          // s; no answer counts as no
+constexpr uint kRunning = 3;                             // state of a channel that executes a program
+const float kSpeedShares[] = {2.5F, 5, 10, 25, 50, 100}; // % of the maximum
+
+} // namespace
+
+void Gui::on_sbDrives_clicked()
+{
+    if (ui->sbDrives->state() == StateButton::On) {
+        m_drives.command(QStringLiteral("DRIVE OFF"));
+        prgMessage(QStringLiteral("[I]Нажата кнопка 'Выключить питание приводов'"), false);
+    } else {
+        m_drives.command(QStringLiteral("DRIVE ON"));
+        prgMessage(QStringLiteral("[I]Нажата кнопка 'Включить питание приводов'"), false);
+    }
+}
+
+// The screen follows the press at once; telemetry corrects it if the controller thinks otherwise.
+void Gui::on_sbTrans_clicked()
+{
+    const bool on = ui->sbTrans->state() != StateButton::On;
+    onChangedTransOn(on);
+    ui->sbTrans->setState(on);
+    m_drives.command(on ? QStringLiteral("TRANS ON") : QStringLiteral("TRANS OFF"));
+    prgMessage(on ? QStringLiteral("[I]Нажата кнопка 'Включить трансформацию приводов'")
+                  : QStringLiteral("[I]Нажата кнопка 'Выключить трансформацию приводов'"),
+               false);
+}
+
+void Gui::on_pbStop_clicked()
+{
+    prgMessage(QStringLiteral("[I]Нажата кнопка 'СТОП' на панели приводов"), false);
+    m_drives.command(QStringLiteral("STOP_PRG"));
+    if (ui->pbEndlessV->isChecked()) {
+        ui->pbEndlessV->setChecked(false);
+        axis(QStringLiteral("V"))->onEndlessClicked(false);
+    }
+}
+
+void Gui::on_sbDistPult_clicked()
+{
+    const bool on = ui->sbDistPult->state() != StateButton::On;
+    prgMessage(on ? QStringLiteral("[I]Нажата кнопка 'Включить дистанционный пульт'")
+                  : QStringLiteral("[I]Нажата кнопка 'Выключить дистанционный пульт'"),
+               false);
+    m_drives.command(on ? QStringLiteral("PULT ON") : QStringLiteral("PULT OFF"));
+    m_pultOn = on;
+}
+
+void Gui::on_sbLightSpiral_clicked()
+{
+    // The line names the press that the other state would have taken: readers of old journals count on it.
+    if (ui->sbLightSpiral->state() == StateButton::On) {
+        prgMessage(QStringLiteral("[I]Нажата кнопка 'Включить освещение зоны сварки'"), false);
+        m_drives.command(QStringLiteral("SPIRAL OFF"));
+    } else {
+        prgMessage(QStringLiteral("[I]Нажата кнопка 'Выключить освещение зоны сварки'"), false);
+        m_drives.command(QStringLiteral("SPIRAL ON"));
+    }
+}
+
+void Gui::on_pbEndlessV_clicked()
+{
+    Axis* v = axis(QStringLiteral("V"));
+    if (ui->pbEndlessV->isChecked()) {
+        prgMessage(QStringLiteral("[I]Нажата кнопка 'Бесконечное вращение' на панели координаты V"), false);
+        v->onEndlessClicked(true);
+    } else {
+        prgMessage(QStringLiteral("[I]Отжата кнопка 'Бесконечное вращение' на панели координаты V"), false);
+        m_drives.command(QStringLiteral("MOVE(V,0)"));
+        v->onEndlessClicked(false);
+    }
+}
+
+// The buttons' names and the directions of their commands cross: the controller counts the virtual axes
+// against the arrows on the machine. The pictures on the buttons tell the direction of the command.
+void Gui::connectVirtualJog(VirtualIndex index)
+{
+    struct Jog
+    {
+        QPushButton* button;
+        const char* sign;
+        char format;
+        int precision;
+        QString direction;
+    };
+    const VirtualAxis& virtualAxis = m_virtual[index];
+    const QString name = virtualAxis.name;
+    const PoLabel* speed = virtualAxis.speedLabel;
+    // PHI is slow enough in the negative direction for one decimal; the controller is used to it.
+    const bool oneDecimal = index == Phi;
+    const Jog jogs[] = {
+        {virtualAxis.minus, "", 'g', 6, QStringLiteral("положительном")},
+        {virtualAxis.plus, "-", oneDecimal ? 'f' : 'g', oneDecimal ? 1 : 6, QStringLiteral("отрицательном")},
+    };
+    for (const Jog& jog : jogs) {
+        auto* hold = new JogHold(jog.button, this);
+        connect(hold, &JogHold::pressed, this, [this, name, speed, jog] {
+            const QString number = QString::number(double(speed->value()), jog.format, jog.precision);
+            m_drives.command(QStringLiteral("MOVE(%1,%2%3)").arg(name, QLatin1String(jog.sign), number));
+            prgMessage(
+                QStringLiteral("[C]Выполнение ручного перемещение по виртуальной оси %1 в %2 направлении...")
+                    .arg(name, jog.direction),
+                true);
+        });
+        connect(hold, &JogHold::released, this, [this, name] {
+            m_drives.command(QStringLiteral("MOVE(%1,0)").arg(name));
+            prgMessage(QStringLiteral("[I]Завершено ручное перемещение по виртуальной оси %1").arg(name),
+                       true);
+        });
+    }
+}
+
+void Gui::speedSelector(VirtualIndex index)
+{
+    const VirtualAxis& virtualAxis = m_virtual[index];
+    QList<float> values;
+    for (float share : kSpeedShares)
+        values << share / 100 * float(m_maxSpeed.value(virtualAxis.name));
+    Selector selector(virtualAxis.name, virtualAxis.unit, values, QStringLiteral("Произвольная скорость"), 0,
+                      virtualAxis.speedLabel);
+    if (selector.exec() == QDialog::Accepted)
+        virtualAxis.speedLabel->setValue(selector.value(), 0);
+}
+
+void Gui::fixedMove(VirtualIndex index)
+{
+    const VirtualAxis& virtualAxis = m_virtual[index];
+    prgMessage(QStringLiteral("[I]Открыто окно фиксированного перемещения по оси %1").arg(virtualAxis.name),
+               false);
+    FixedMove dialog(virtualAxis.name, virtualAxis.unit, &m_drives, int(virtualAxis.speedLabel->value()), 1,
+                     virtualAxis.coordLabel);
+    connect(&m_drives, &DriveTCPthread::changedDrivesOn, &dialog, &FixedMove::onDriveState);
+    connect(&m_drives, &DriveTCPthread::changedChannelState1, &dialog, &FixedMove::onChannelState);
+    dialog.onDriveState(m_drivesOn && m_channel1State != kRunning);
+    dialog.exec();
+}
+
+void Gui::on_pbPoint_clicked()
+{
+    prgMessage(QStringLiteral("[I]Нажата кнопка 'Координаты точек'"), false);
+}
+
+void Gui::on_pbConstants_clicked()
+{
+    prgMessage(QStringLiteral("[I]Нажата кнопка 'Параметры системы'"), false);
+}
+
+void Gui::on_pbCalc_clicked()
+{
+    prgMessage(QStringLiteral("[I]Нажата кнопка 'Калькулятор скоростей'"), false);
+    QProcess::startDetached(QStringLiteral("kcalc"), {});
+}
+
+void Gui::on_pbInformation_clicked()
+{
+    prgMessage(QStringLiteral("[I]Нажата кнопка 'Информация о программе'"), false);
+}
+
+// getUserName() keeps telling who logged in at start: weld records belong to him.
+void Gui::on_pbChangeUser_clicked()
+{
+    prgMessage(QStringLiteral("[I]Нажата кнопка 'Смена пользователя'"), false);
+    m_userGroup = m_manager->showAutorization();
+    if (m_userGroup == 1 || m_userGroup == 2) {
+        prgMessage(QStringLiteral("[I]Регистрация пользователя - %1 %2")
+                       .arg(ui->lblUserRight->text(), ui->lblUserName->text()),
+                   true);
+    } else {
+        // Also for the administrator, who gets his rights all the same: his visits leave no name.
+        prgMessage(QStringLiteral("[I]Смена пользователя не выполнена"), true);
+    }
+    emit signalUserChange(m_userGroup);
+}
+
+void Gui::on_pbCloseProgram_clicked()
+{
+    Confirm question(QStringLiteral("Подтверждение"),
+                     QStringLiteral("Вы хотите выйти из программы оператора?"), ui->pbCloseProgram,
+                     kConfirmTime);
+    if (question.exec() == QDialog::Accepted)
+        closeWithLine(QStringLiteral("[I]Выполнен выход из программы автоматической сварки по кнопке"));
+}
+
+void Gui::on_actExit_triggered()
+{
+    closeWithLine(
+        QStringLiteral("[I]Выполнен выход из программы автоматической сварки по комбинации клавиш"));
+}
+
+void Gui::on_sbShutdown_clicked()
+{
+    Confirm question(QStringLiteral("Подтверждение"), QStringLiteral("Выключить установку?"), ui->sbShutdown,
+                     kConfirmTime);
+    if (question.exec() != QDialog::Accepted)
+        return;
+    prgMessage(QStringLiteral("[I]Завершение работы установки выполнено"), false);
+    onSystemShutdown();
+}
+
+// The console ends whatever the system answers. Only the machine's own computer is switched off: with a
+// root before its paths the console runs on somebody's desk.
+void Gui::onSystemShutdown()
+{
+    if (site().root.isEmpty() && std::system("sudo /sbin/shutdown -h now") != 0)
+        qWarning("the power-off was refused");
+    QCoreApplication::exit(0);
+}
+
+void Gui::closeWithLine(const QString& line)
+{
+    prgMessage(line, false);
+    QCoreApplication::exit(0);
+}

@@ -1,0 +1,166 @@
+#include "gui.h"
+
+#include "axis.h"
+#include "contour.h"
+#include "joghold.h"
+#include "kvs.h"
+#include "statebutton.h"
+#include "ui_gui.h"
+#include "widgets.h"
+
+namespace {
+
+// A drive of the machine: its names and the fields of telemetry that are its own. The second axis of a
+// pair shares limits and switches with the first.
+struct DriveRow
+{
+    const char* name;   // as in commands
+    const char* widget; // tail of its row's object names
+    const char* unit;
+    int channel; // NC channel whose programs move it
+    const char* speedKey;
+    void (DriveStatus::*position)(float);
+    void (DriveStatus::*state)(int);
+    void (DriveStatus::*minSwitch)(bool);
+    void (DriveStatus::*maxSwitch)(bool);
+    void (DriveStatus::*minLimit)(float);
+    void (DriveStatus::*maxLimit)(float);
+};
+
+using S = DriveStatus;
+
+const DriveRow kDrives[] = {
+    {"LX", "LX", "мм", 1, "LX", &S::changedLX1, &S::changedStateLX1, &S::changedLXmin, &S::changedLXmax,
+     &S::changedMinLimLX, &S::changedMaxLimLX},
+    {"LX2", "LX2", "мм", 1, "LX", &S::changedLX2, &S::changedStateLX2, &S::changedLXmin, &S::changedLXmax,
+     &S::changedMinLimLX, &S::changedMaxLimLX},
+    {"LY", "LY", "мм", 1, "LY", &S::changedLY, &S::changedStateLY, &S::changedLYmin, &S::changedLYmax,
+     &S::changedMinLimLY, &S::changedMaxLimLY},
+    {"A", "A", "град", 1, "A", &S::changedA, &S::changedStateA, &S::changedAmin, &S::changedAmax,
+     &S::changedMinLimA, &S::changedMaxLimA},
+    {"B", "B", "град", 1, "B", &S::changedB, &S::changedStateB, &S::changedBmin, &S::changedBmax,
+     &S::changedMinLimB, &S::changedMaxLimB},
+    {"C", "C", "град", 1, "C", &S::changedC, &S::changedStateC, &S::changedCmin, &S::changedCmax,
+     &S::changedMinLimC, &S::changedMaxLimC},
+    {"D", "D", "град", 1, "D", &S::changedD, &S::changedStateD, &S::changedDmin, &S::changedDmax,
+     &S::changedMinLimD, &S::changedMaxLimD},
+    {"U1", "U", "град", 2, "U1", &S::changedU1, &S::changedStateU1, &S::changedUmin, &S::changedUmax,
+     &S::changedMinLimU, &S::changedMaxLimU},
+    {"U2", "U2", "град", 2, "U1", &S::changedU2, &S::changedStateU2, &S::changedUmin, &S::changedUmax,
+     &S::changedMinLimU, &S::changedMaxLimU},
+    {"V", "V", "град", 2, "V", &S::changedV, &S::changedStateV, &S::changedVmin, &S::changedVmax,
+     &S::changedMinLimV, &S::changedMaxLimV},
+};
+
+const QMap<QString, int> kMaxSpeed = {
+    {QStringLiteral("LX"), 3000}, {QStringLiteral("LY"), 3000}, {QStringLiteral("A"), 360},
+    {QStringLiteral("B"), 720},   {QStringLiteral("C"), 900},   {QStringLiteral("D"), 900},
+    {QStringLiteral("U1"), 120},  {QStringLiteral("V"), 2160},  {QStringLiteral("X"), 3000},
+    {QStringLiteral("Z"), 3000},  {QStringLiteral("PHI"), 900},
+};
+
+} // namespace
+
+void Gui::initDrives()
+{
+    m_maxSpeed = kMaxSpeed;
+    connectAxes();
+    connectVirtualAxes();
+    connectMachine();
+    onChangedTransOn(false);
+}
+
+void Gui::connectAxes()
+{
+    int number = 0;
+    for (const DriveRow& row : kDrives) {
+        const QString name = QLatin1String(row.name);
+        const QString tail = QLatin1String(row.widget);
+        auto* coordLabel = findChild<PoLabel*>(QStringLiteral("coord") + tail);
+        const bool leadsPair = name == QLatin1String("LX") || name == QLatin1String("U1");
+        const bool secondShown = leadsPair && (name == QLatin1String("LX") ? m_secondLX : m_secondU);
+
+        auto* axis = new Axis(name, QString::fromUtf8(row.unit), number++, row.channel,
+                              m_maxSpeed.value(QLatin1String(row.speedKey)), &m_drives,
+                              findChild<PoSprite*>(QStringLiteral("ind") + tail), coordLabel,
+                              findChild<PoLabel*>(QStringLiteral("speed") + tail),
+                              findChild<QPushButton*>(QStringLiteral("pbPlus") + tail),
+                              findChild<QPushButton*>(QStringLiteral("pbMinus") + tail),
+                              findChild<QPushButton*>(QStringLiteral("pbInfo") + tail),
+                              name == QLatin1String("V") && ui->pbEndlessV->isChecked(), secondShown);
+        m_axis.insert(name, axis);
+        // The second axis of a pair has no coordinate of its own in programs and points.
+        if (!name.endsWith(QLatin1Char('2')))
+            m_coord.insert(name, coordLabel);
+
+        connect(&m_drives, row.position, axis, &Axis::onCoordChanged);
+        connect(&m_drives, row.state, axis, &Axis::onStateChanged);
+        connect(&m_drives, row.minSwitch, axis, &Axis::onEpMinusChanged);
+        connect(&m_drives, row.maxSwitch, axis, &Axis::onEpPlusChanged);
+        connect(&m_drives, row.minLimit, axis, &Axis::onEpMinusValueChanged);
+        connect(&m_drives, row.maxLimit, axis, &Axis::onEpPlusValueChanged);
+        connect(&m_drives, &DriveTCPthread::changedDrivesOn, axis, &Axis::onDrivesPowerChanged);
+        connect(axis, &Axis::parked, findChild<QFrame*>(QStringLiteral("frm") + tail), &QFrame::setDisabled);
+        connect(axis, &Axis::axisMessage, this, &Gui::prgMessage);
+        connect(axis, &Axis::coordChanged, ui->contour, &CONTOUR::onCoordsChanged);
+    }
+
+    Axis* lx = axis(QStringLiteral("LX"));
+    connect(lx, &Axis::secondAxis, this, &Gui::showSecondLXAxis);
+    connect(this, &Gui::signalSecondXPanelShow, lx, &Axis::onSecondAxisShow);
+    Axis* u = axis(QStringLiteral("U1"));
+    connect(u, &Axis::secondAxis, this, &Gui::showSecondUAxis);
+    connect(this, &Gui::signalSecondUPanelShow, u, &Axis::onSecondAxisShow);
+}
+
+void Gui::connectVirtualAxes()
+{
+    for (const VirtualAxis& virtualAxis : m_virtual)
+        m_coord.insert(virtualAxis.name, virtualAxis.coordLabel);
+    connect(&m_drives, &DriveTCPthread::changedX, this, &Gui::onChangedX);
+    connect(&m_drives, &DriveTCPthread::changedZ, this, &Gui::onChangedZ);
+    connect(&m_drives, &DriveTCPthread::changedPHI, this, &Gui::onChangedPHI);
+    connect(&m_drives, &DriveTCPthread::changedMaxLimX, this, &Gui::onChangedMaxLimitX);
+    connect(&m_drives, &DriveTCPthread::changedMaxLimZ, this, &Gui::onChangedMaxLimitZ);
+    connect(&m_drives, &DriveTCPthread::changedMaxLimPHI, this, &Gui::onChangedMaxLimitPHI);
+    connect(&m_drives, &DriveTCPthread::changedMinLimX, this, &Gui::onChangedMinLimitX);
+    connect(&m_drives, &DriveTCPthread::changedMinLimZ, this, &Gui::onChangedMinLimitZ);
+    connect(&m_drives, &DriveTCPthread::changedMinLimPHI, this, &Gui::onChangedMinLimitPHI);
+    connect(&m_drives, &DriveTCPthread::changedXmax, this, &Gui::onChangedEpX);
+    connect(&m_drives, &DriveTCPthread::changedZmax, this, &Gui::onChangedEpZ);
+    connect(&m_drives, &DriveTCPthread::changedPHImax, this, &Gui::onChangedEpPHI);
+    connect(&m_drives, &DriveTCPthread::changedXmin, this, &Gui::onChangedNpX);
+    connect(&m_drives, &DriveTCPthread::changedZmin, this, &Gui::onChangedNpZ);
+    connect(&m_drives, &DriveTCPthread::changedPHImin, this, &Gui::onChangedNpPHI);
+    connect(&m_drives, &DriveTCPthread::changedVirtualState, this, &Gui::onChangedStateVirtual);
+    for (VirtualIndex index : {X, Z, Phi})
+        connectVirtualJog(index);
+}
+
+void Gui::connectMachine()
+{
+    connect(&m_drives, &DriveTCPthread::changedDrivesOn, ui->sbDrives,
+            qOverload<bool>(&StateButton::setState));
+    connect(&m_drives, &DriveTCPthread::changedDrivesOn, this, &Gui::onChangedDrivesState);
+    connect(&m_drives, &DriveTCPthread::changedDrivesOn, ui->contour, &CONTOUR::onDriveState);
+    connect(&m_drives, &DriveTCPthread::changedTransOn, this, &Gui::onChangedTransOn);
+    connect(&m_drives, &DriveTCPthread::changedTransOn, ui->contour, &CONTOUR::onVirtualMode);
+    connect(&m_drives, &DriveTCPthread::changedPultOn, this, &Gui::onChangedPultState);
+    connect(&m_drives, &DriveTCPthread::changedChannelState1, this, &Gui::onChangedChannelState1);
+    connect(&m_drives, &DriveTCPthread::changedChannelState2, this, &Gui::onChangedChannelState2);
+    connect(&m_drives, &DriveTCPthread::changedChannelState3, this, &Gui::onChangedChannelState3);
+    connect(&m_drives, &DriveTCPthread::changedChannelState1, ui->contour, &CONTOUR::onChannel1State);
+    connect(&m_drives, &DriveTCPthread::changedChannelState2, ui->contour, &CONTOUR::onChannel2State);
+    connect(&m_drives, &DriveTCPthread::changedChannelState3, ui->contour, &CONTOUR::onChannel3State);
+    connect(&m_drives, &DriveTCPthread::changedChannelMode1, this, &Gui::onChangedChannelMode1);
+    connect(&m_drives, &DriveTCPthread::changedChannelMode2, this, &Gui::onChangedChannelMode2);
+    connect(&m_drives, &DriveTCPthread::changedChannelMode3, this, &Gui::onChangedChannelMode3);
+    connect(&m_drives, &DriveTCPthread::changedAxisMoving, ui->contour, &CONTOUR::onAxisMoving);
+    connect(&m_drives, &DriveTCPthread::changedPortPultRegime, this, &Gui::onChangedPultRegime);
+    connect(&m_drives, &DriveTCPthread::changedDoorState, ui->kvs, &KVS::onDoorStateChanged);
+    connect(&m_drives, &DriveTCPthread::changedLightState, this, &Gui::onLightStateChanged);
+    connect(&m_drives, &DriveTCPthread::changedKeyAccess, this, &Gui::onAccessChanged);
+    connect(&m_drives, &DriveTCPthread::changedDrivesLock, this, &Gui::changedDrivesLock);
+    connect(&m_drives, &DriveTCPthread::changedPointNo, ui->contour, &CONTOUR::onChangedPointNo);
+    // The numbered events, errors, breakers, alarms and the transport module are decoded here as well.
+}

@@ -1,0 +1,81 @@
+#include "gui.h"
+
+#include "site.h"
+#include "ui_gui.h"
+
+#include <QDateTime>
+#include <QDir>
+#include <QStyle>
+#include <QTextStream>
+
+namespace {
+
+// Height of a row of the list, which wraps long lines. Told to every item once: a list that asks the text
+// again at each new line would stall the window after some thousand of them.
+QSize rowSize(const QListWidget* list, const QString& text)
+{
+    constexpr int iconAndMargins = 36;
+    const int scrollBar = list->style()->pixelMetric(QStyle::PM_ScrollBarExtent);
+    const QRect room(0, 0, list->width() - scrollBar - iconAndMargins, 1000);
+    const int height = list->fontMetrics().boundingRect(room, Qt::TextWordWrap, text).height();
+    return {room.width(), qMax(height, list->iconSize().height()) + 3};
+}
+
+} // namespace
+
+// One file for each run. Nobody checks whether it opened: without a file the list still works.
+void Gui::openJournal()
+{
+    const QDateTime now = QDateTime::currentDateTime();
+    const QString date = now.toString(QStringLiteral("yyyy_MM_dd"));
+    const QString log = site().path(QStringLiteral("/log"));
+    QDir folder(log);
+    if (!folder.cd(date)) {
+        folder.mkdir(date);
+        folder.cd(date);
+    }
+    const QString time = now.toString(QStringLiteral("hh_mm_ss"));
+    m_logFile.setFileName(QStringLiteral("%1/%2/polog_%3.log").arg(log, date, time));
+    m_logFile.open(QIODevice::WriteOnly);
+}
+
+void Gui::prgMessage(const QString& str, bool isShow)
+{
+    const QString stamp = QTime::currentTime().toString(QStringLiteral("[hh:mm:ss] "));
+    if (isShow)
+        messageToLog(stamp, str);
+    if (!m_logFile.isOpen())
+        return;
+    QTextStream stream(&m_logFile);
+    stream << stamp << str << '\n';
+    stream.flush();
+    m_logFile.flush(); // a crash must not lose what was already told
+}
+
+void Gui::messageToLog(const QString& time, const QString& str)
+{
+    const struct
+    {
+        QLatin1String prefix;
+        const QIcon& icon;
+        Qt::GlobalColor colour;
+    } classes[] = {
+        {QLatin1String("[I]"), m_iconInfo, Qt::black},    {QLatin1String("[A]"), m_iconError, Qt::red},
+        {QLatin1String("[W]"), m_iconWarning, Qt::black}, {QLatin1String("[C]"), m_iconRun, Qt::black},
+        {QLatin1String("[M]"), m_iconBasic, Qt::blue},
+    };
+
+    const QString prefix = str.left(3);
+    auto* item = new QListWidgetItem(time + str);
+    for (const auto& known : classes) {
+        if (prefix != known.prefix)
+            continue;
+        item->setText(time + str.mid(3));
+        item->setIcon(known.icon);
+        item->setForeground(QColor(known.colour));
+        break;
+    }
+    item->setSizeHint(rowSize(ui->lwLog, item->text()));
+    ui->lwLog->addItem(item);
+    ui->lwLog->setCurrentItem(item);
+}

@@ -1,0 +1,343 @@
+#include "gui.h"
+
+#include "contour.h"
+#include "statebutton.h"
+#include "ui_gui.h"
+#include "widgets.h"
+
+namespace {
+
+const QColor kRest(189, 255, 180);    // valid and at rest
+const QColor kActive(0, 255, 128);    // running
+const QColor kInvalid(255, 192, 192); // a sensor that does not answer
+const float kPascalToTorr = 0.0075006373F;
+
+void setColours(QLabel* label, const QColor& window, const QColor& text)
+{
+    QPalette colours = label->palette();
+    colours.setColor(QPalette::Window, window);
+    colours.setColor(QPalette::WindowText, text);
+    label->setPalette(colours);
+    label->setAutoFillBackground(true);
+}
+
+void setWindowColour(QLabel* label, const QColor& window)
+{
+    setColours(label, window, label->palette().color(QPalette::WindowText));
+}
+
+void showConnection(QLabel* label, bool connected)
+{
+    if (connected)
+        setColours(label, QColor(Qt::green), Qt::black);
+    else
+        setColours(label, QColor(Qt::red), Qt::white);
+}
+
+struct ChannelState
+{
+    const char* text;
+    const char* line; // journal, %1 is the channel; null for none
+};
+
+// By the state word; 0 stands for everything unknown.
+const ChannelState kChannelStates[] = {
+    {"неопределено\n(%1)", "[A]Канал %1: состояние неопределено - ошибка связи"},
+    {"бездействие", "[I]Канал %1: бездействие"},
+    {"готов", "[I]Канал %1: готовность"},
+    {"выполнение", "[C]Канал %1: выполнение автоматической программы"},
+    {"резервное", nullptr},
+    {"резервное", nullptr},
+    {"ошибка", "[A]Канал %1: ошибка в канале"},
+    {"резервное", nullptr},
+    {"сброс", "[I]Канал %1: сброс состояния канала"},
+    {"загрузка\nпрограммы", "[I]Канал %1: загрузка программы"},
+    {"cancel distance to go\nPreparation", nullptr},
+    {"cancel distance to go\nRunning", nullptr},
+    {"готовность", "[I]Канал %1: готовность к старту программы"},
+    {"ожидание\nпродолжения", "[I]Канал %1: готовность к продолжению программы"},
+};
+constexpr uint kRunning = 3;
+
+// Vacuum regimes by number.
+const ChannelState kRegimes[] = {
+    {"Режим наладки", "[I]Выполнено переключение в Наладочный режим работы вакуумной системы"},
+    {"Ручной режим", "[I]Выполнено переключение в Ручной режим работы вакуумной системы"},
+    {"Подготовка", "[I]Запущен алгоритм 'Подготовка' вакуумной системы"},
+    {"Форвакуумная откачка", "[I]Запущен алгоритм 'Форвакуумная откачка' вакуумной системы"},
+    {"Откачка камеры", "[I]Запущен алгоритм 'Откачка камеры' вакуумной системы"},
+    {"Напуск в камеру", "[I]Запущен алгоритм 'Напуск в камеру' вакуумной системы"},
+    {"Завершение работы", "[I]Запущен алгоритм 'Завершение работы' вакуумной системы"},
+};
+
+struct LightLines
+{
+    const char* on;
+    const char* off;
+};
+
+// By the bit of the light word.
+const LightLines kLights[] = {
+    {"[I]Освещение камеры светодиодными лентами включено",
+     "[I]Освещение камеры светодиодными лентами выключено"},
+    {"[I]Освещение камеры светодиодными прожекторами включено",
+     "[I]Освещение камеры светодиодными прожекторами выключено"},
+    {"[I]Освещение зоны сварки спиралями включено", "[I]Освещение зоны сварки спиралями выключено"},
+};
+constexpr uint kSpiralBit = 1U << 2;
+
+template <typename T, std::size_t N>
+constexpr uint count(const T (&)[N])
+{
+    return uint(N);
+}
+
+} // namespace
+
+void Gui::onChangedCNCConnected(bool connected)
+{
+    showConnection(ui->lblCNC, connected);
+}
+
+void Gui::onChangedKVSConnected(bool connected)
+{
+    showConnection(ui->lblKVS, connected);
+}
+
+void Gui::onChangedKVKConnected(bool connected)
+{
+    showConnection(ui->lblKVK, connected);
+}
+
+void Gui::onChangedELAConnected(bool connected)
+{
+    showConnection(ui->lblELA, connected);
+}
+
+void Gui::drawChannelState(int channel, PoLabel* label, uint state)
+{
+    const bool known = state > 0 && state < count(kChannelStates);
+    const ChannelState& shown = kChannelStates[known ? state : 0];
+    const QString text = QString::fromUtf8(shown.text);
+    label->setText(known ? text : text.arg(state));
+    setWindowColour(label, state == kRunning ? kActive : kRest);
+    if (shown.line)
+        prgMessage(QString::fromUtf8(shown.line).arg(channel), true);
+}
+
+void Gui::onChangedChannelState1(uint state)
+{
+    drawChannelState(1, ui->channel1State, state);
+    m_channel1State = state;
+    updateTrans();
+}
+
+void Gui::onChangedChannelState2(uint state)
+{
+    drawChannelState(2, ui->channel2State, state);
+}
+
+void Gui::onChangedChannelState3(uint state)
+{
+    drawChannelState(3, ui->channel3State, state);
+}
+
+void Gui::drawChannelMode(PoLabel* label, uint mode)
+{
+    switch (mode) {
+    case 1:
+        label->setText(QStringLiteral("ручной"));
+        break;
+    case 4:
+        label->setText(QStringLiteral("MDI"));
+        break;
+    case 5:
+        label->setText(QStringLiteral("автомат"));
+        break;
+    case 14:
+        label->setText(QStringLiteral("WCS"));
+        break;
+    default:
+        label->setText(QString::number(mode));
+    }
+}
+
+void Gui::onChangedChannelMode1(uint mode)
+{
+    drawChannelMode(ui->channel1Mode, mode);
+}
+
+void Gui::onChangedChannelMode2(uint mode)
+{
+    drawChannelMode(ui->channel2Mode, mode);
+}
+
+void Gui::onChangedChannelMode3(uint mode)
+{
+    drawChannelMode(ui->channel3Mode, mode);
+}
+
+void Gui::onLightStateChanged(uint state)
+{
+    const uint changed = state ^ m_lightState;
+    for (uint bit = 0; bit < count(kLights); ++bit) {
+        if (!(changed >> bit & 1U))
+            continue;
+        prgMessage(QString::fromUtf8(state >> bit & 1U ? kLights[bit].on : kLights[bit].off), true);
+    }
+    m_lightState = state;
+    ui->sbLightSpiral->setState(bool(state & kSpiralBit));
+}
+
+void Gui::onChangedPultState(bool state)
+{
+    m_pultOn = state;
+    ui->sbDistPult->setState(state);
+    ui->pultRegime->setVisible(state);
+    switch (m_pultRegime) {
+    case 2:
+        ui->pultRegime->setText(QStringLiteral("Режим пульта F2:\n\n"
+                                               "Положение X - ось LX    Положение 4 - ось PHI\n"
+                                               "Положение Y - ось LY    Положение 5 - ось D\n"
+                                               "Положение Z - ось Z"));
+        break;
+    case 3:
+        ui->pultRegime->setText(QStringLiteral("Режим пульта F3:\n\n"
+                                               "Положение X - ось LX    Положение 4 - ось U\n"
+                                               "Положение Y - ось LY    Положение 5 - ось V\n"
+                                               "Положение Z - резерв"));
+        break;
+    default:
+        ui->pultRegime->setText(QStringLiteral("Режим пульта F1:\n\n"
+                                               "Положение X - ось LX    Положение 4 - ось B\n"
+                                               "Положение Y - ось LY    Положение 5 - ось C\n"
+                                               "Положение Z - ось A"));
+    }
+}
+
+void Gui::onChangedPultRegime(uint regime)
+{
+    m_pultRegime = regime;
+    onChangedPultState(m_pultOn);
+}
+
+void Gui::onChangedStateVirtual(uint value)
+{
+    m_virtualState = value;
+    VirtualAxisStateChanged(value);
+}
+
+void Gui::VirtualAxisStateChanged(uint state)
+{
+    static constexpr int kLamps[] = {0, 2, 1, 4, 2}; // gray, yellow, green, red, yellow
+    if (state >= count(kLamps))
+        return;
+    for (const VirtualAxis& axis : m_virtual)
+        axis.lamp->setSprite(kLamps[state]);
+}
+
+void Gui::showVirtualCoord(VirtualIndex index, float value)
+{
+    VirtualAxis& axis = m_virtual[index];
+    axis.value = value;
+    axis.coordLabel->setValue(value, 2);
+    ui->contour->onCoordsChanged();
+}
+
+// The controller reports the ends of the virtual axes by the buttons that drive towards them: the maximum
+// takes away plus, whose command is the negative one.
+void Gui::setVirtualEnd(VirtualIndex index, bool maximum, bool on)
+{
+    (maximum ? m_virtual[index].plus : m_virtual[index].minus)->setDisabled(on);
+}
+
+void Gui::changedMode(uint value)
+{
+    if (value < count(kRegimes))
+        ui->lblVacuumState->setText(QString::fromUtf8(kRegimes[value].text));
+    else
+        ui->lblVacuumState->setText(value == uint(-1) ? QStringLiteral("Аварийное завершение")
+                                                      : QStringLiteral("Wrong mode"));
+    if (value == 0)
+        setColours(ui->lblVacuumState, QColor(255, 128, 128), Qt::white);
+    else
+        setColours(ui->lblVacuumState, kRest, Qt::black);
+    if (value < count(kRegimes))
+        prgMessage(QString::fromUtf8(kRegimes[value].line), true);
+}
+
+void Gui::changedModeTime(uint value)
+{
+    m_modeMinutes = int(value / 60);
+    m_modeSeconds = int(value % 60);
+    const auto two = [](uint number) { return QStringLiteral("%1").arg(number, 2, 10, QLatin1Char('0')); };
+    ui->lblVacuumTime->setText(
+        QStringLiteral("%1:%2:%3").arg(two(value / 3600), two(value / 60 % 60), two(value % 60)));
+    setWindowColour(ui->lblVacuumTime, value ? kActive : kRest);
+}
+
+void Gui::changedModeState(uint state)
+{
+    switch (state) {
+    case 1:
+        ui->lblVacuumActive->setText(QStringLiteral("Выполняется"));
+        setWindowColour(ui->lblVacuumActive, kActive);
+        break;
+    case 2:
+        ui->lblVacuumActive->setText(QStringLiteral("Выполнен"));
+        setWindowColour(ui->lblVacuumActive, kActive);
+        prgMessage(
+            QStringLiteral("[I]Автоматический алгоритм выполнен, время выполнения - %1 минут %2 секунд")
+                .arg(m_modeMinutes)
+                .arg(m_modeSeconds),
+            true);
+        break;
+    default:
+        ui->lblVacuumActive->setText(QStringLiteral("Не запущен"));
+        setWindowColour(ui->lblVacuumActive, kRest);
+    }
+}
+
+void Gui::onChangedChamberPressure(double value)
+{
+    ui->VacuumChamber->setValue(float(value), 5);
+}
+
+void Gui::onChangedGunPressure(float value)
+{
+    ui->VacuumGun->setValue(value, 5);
+}
+
+void Gui::onChangedChamberValid(bool valid)
+{
+    setWindowColour(ui->VacuumChamber, valid ? kRest : kInvalid);
+}
+
+void Gui::onChangedGunValid(int valid)
+{
+    setWindowColour(ui->VacuumGun, valid ? kRest : kInvalid);
+}
+
+void Gui::onChangedPressUnit(bool unit)
+{
+    const float chamber = ui->VacuumChamber->value();
+    const float gun = ui->VacuumGun->value();
+    for (PoLabel* label : {ui->VacuumChamber, ui->VacuumGun})
+        label->setCoeff(unit ? kPascalToTorr : 1.0F);
+    ui->lblVacuumChamber->setText(unit ? QStringLiteral("Камера, мм.рт.ст.") : QStringLiteral("Камера, Па"));
+    ui->lblVacuumGun->setText(unit ? QStringLiteral("Пушка, мм.рт.ст.") : QStringLiteral("Пушка, Па"));
+    onChangedChamberPressure(double(chamber));
+    onChangedGunPressure(gun);
+}
+
+// The vacuum panel may ask for it; the console leaves the decision to the operator.
+void Gui::onTurnSystemOff(bool) {}
+
+void Gui::setProgramName(const QString& path, bool withoutCurrent)
+{
+    const QStringList parts = path.split(QLatin1Char('/'), Qt::SkipEmptyParts);
+    m_programName = parts.isEmpty() ? QString() : parts.last();
+    ui->lblContour->setText(withoutCurrent ? m_programName + QStringLiteral(" (без управления током)")
+                                           : m_programName);
+    setWindowColour(ui->lblContour, QColor(withoutCurrent ? Qt::red : Qt::blue));
+}

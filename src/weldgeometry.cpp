@@ -260,26 +260,26 @@ double WeldPath::frame(int row) const
     return frameLength(m_contour, row == 0 ? m_contour.rows.size() - 1 : row - 1, from(row), to(row));
 }
 
-// A backward closure is shown with its way back, but a pass runs, and counts, only the way out.
-double WeldPath::folded(double path) const
+// Taken back by whole passes to the frame that ends at `end`. The table's two decimals may put the end of a
+// frame behind it: that is still this frame and not the next pass. A backward closure is shown with its way
+// back, but a pass runs, and counts, only the way out.
+double WeldPath::folded(double path, double end) const
 {
     double pass = double(m_contour.length);
     if (hasFrames(m_contour) && m_contour.closed && !m_contour.closedForward)
         pass /= 2;
-    if (!(pass > 0) || !(path > pass))
-        return path;
-    const double rest = path - (std::ceil(path / pass) - 1) * pass;
-    return rest > pass ? rest - pass : rest;
+    const double behind = path - end - 0.01;
+    return pass > 0 && behind > 0 ? path - std::ceil(behind / pass) * pass : path;
 }
 
 QList<float> WeldPath::interCoords(int row, double path, const CircleStart& start) const
 {
-    path = folded(path);
-    if (m_contour.schema->rotate())
-        return onCircle(path, start);
-
     const double s0 = row == 0 ? m_sums.last() : m_sums[row - 1];
     const double s1 = row == 0 ? double(m_contour.length) : m_sums[row];
+    if (m_contour.schema->rotate())
+        return onCircle(folded(path, double(m_contour.length)), start);
+
+    path = std::max(std::min(s0, s1), std::min(s1, folded(path, s1)));
     const double part = s1 != s0 ? (path - s0) / (s1 - s0) : 1.0;
     if (m_contour.schema->circle())
         return onRing(row, part);
@@ -365,7 +365,9 @@ QList<float> WeldPath::onCircle(double path, const CircleStart& start) const
 
 int passesLeftOut(double stretch, double length)
 {
-    if (!(length > 0) || !(stretch > length))
+    // The table's two decimals may put the end of a pass behind the pass: that is no pass to leave out.
+    const double sure = stretch - 0.01;
+    if (!(length > 0) || !(sure > length))
         return 0;
-    return int(std::min(std::ceil(stretch / length) - 1, 1e9));
+    return int(std::min(std::ceil(sure / length) - 1, 1e9));
 }

@@ -91,7 +91,7 @@ private:
     QList<float> onCircle(double path, const CircleStart& start) const;
     const QList<float>& from(int row) const;
     const QList<float>& to(int row) const;
-    double folded(double path) const;
+    double folded(double path, double end) const;
 
     const WeldContour& m_contour;
     QVector<double> m_sums; // of the frames before each row

@@ -39,7 +39,12 @@ public:
         return mayMove ? mayMove(word.toUpper(), target) : QString();
     }
 
-    void setPosition(int, const QString& word, double value) override { m_position[word.toUpper()] = value; }
+    void setPosition(int channel, const QString& word, double value) override
+    {
+        m_position[word.toUpper()] = value;
+        if (onPosition)
+            onPosition(channel);
+    }
 
     void setVariable(int channel, const QString& name, const QString& value) override
     {
@@ -73,6 +78,7 @@ public:
     QHash<int, QStringList> systems;
     std::function<QString(const QString&, double)> mayMove;
     std::function<void(const QString&)> onReport;
+    std::function<void(int)> onPosition; // after each axis that was set, with the channel
 
 private:
     QHash<QString, double> m_position;

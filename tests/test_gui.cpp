@@ -1,19 +1,11 @@
 #include "confirm.h"
-#include "drivecontroller.h"
-#include "gui.h"
-#include "lockview.h"
+#include "guifixture.h"
 #include "singleinstance.h"
-#include "sitefixture.h"
-#include "statebutton.h"
-#include "widgets.h"
 
 #include <QAction>
 #include <QLineEdit>
-#include <QListWidget>
-#include <QLocale>
 #include <QSettings>
 #include <QSignalSpy>
-#include <QtTest>
 
 #include <csignal>
 
@@ -84,44 +76,20 @@ void cancelLogin()
 
 } // namespace
 
-// What the controller has been told since the last time, and no more.
-#define SENT(...)                                                                                            \
-    do {                                                                                                     \
-        const QStringList expected{__VA_ARGS__};                                                             \
-        QTRY_VERIFY(commands().size() >= expected.size());                                                   \
-        QCOMPARE(takeCommands(), expected);                                                                  \
-    } while (false)
-
-// The window in front of a motion controller that only writes down what it is told.
-class TestGui : public QObject
+// The life of the window, what it writes down and what it shows.
+class TestGui : public GuiFixture
 {
     Q_OBJECT
 
 private slots:
-    void init();
-    void cleanup();
-
+    void init() { begin(); }
+    void cleanup() { end(); }
     void journalLine_data();
     void journalLine();
     void journalFile();
     void journalWithoutFolder();
     void firstStartShowsZeros();
     void speedsSurviveARestart();
-
-    void buttons_data();
-    void buttons();
-    void lockedButtonSendsNothing();
-    void transformedModeNeedsDrivesAndIdleChannel();
-    void stopEndsEndlessRotation();
-    void transformedModeSwitchesTheScreen();
-    void secondAxes();
-
-    void virtualJog_data();
-    void virtualJog();
-    void jogUnderTrouble_data();
-    void jogUnderTrouble();
-
-    void keySwitch();
     void linkLostAndBack();
     void channelStates_data();
     void channelStates();
@@ -129,8 +97,6 @@ private slots:
     void programName();
     void pressures();
     void regimes();
-    void lights();
-
     void login();
     void administratorComesUnnamed();
     void exitByButton();
@@ -138,130 +104,7 @@ private slots:
     void unknownNames();
     void onlyOneInstance();
     void textsFit();
-
-private:
-    template <class Widget = QWidget>
-    Widget* w(const QString& name) const
-    {
-        auto* found = m_gui->findChild<Widget*>(name);
-        Q_ASSERT_X(found, "widget", qPrintable(name));
-        return found;
-    }
-    void start(); // builds the window anew, joined to the controller
-    void tell(std::initializer_list<std::pair<const char*, double>> fields);
-    const QStringList& commands(); // all since the last takeCommands()
-    QStringList takeCommands();
-    void touch(const QString& name) { QTest::mouseClick(w(name), Qt::LeftButton); }
-    QColor colour(const QString& name) const { return w(name)->palette().color(QPalette::Window); }
-    QStringList list() const; // lines of lwLog without their stamps
-    QString journal() const;  // the file of this run, without stamps
-    void setVirtualMode();
-
-    std::unique_ptr<SiteFixture> m_site;
-    std::unique_ptr<DriveController> m_controller;
-    std::unique_ptr<Gui> m_gui;
-    QByteArray m_datagram;
-    QByteArray m_received;
-    QStringList m_commands;
 };
-
-void TestGui::init()
-{
-    m_site = std::make_unique<SiteFixture>();
-    QFile users(site().path(QStringLiteral("/home/oper/bin/users.bin")));
-    QVERIFY(users.open(QIODevice::WriteOnly));
-    users.write(QByteArray("\xA0\xF4\0\0", 4));
-    users.close();
-    m_controller = std::make_unique<DriveController>();
-    start();
-}
-
-void TestGui::cleanup()
-{
-    m_gui.reset();
-    m_controller.reset();
-    m_site.reset();
-}
-
-void TestGui::start()
-{
-    m_gui.reset();
-    m_datagram = drivewire::emptyDatagram();
-    m_received.clear();
-    m_commands.clear();
-    m_gui = std::make_unique<Gui>();
-    m_gui->setWindowState(Qt::WindowNoState); // the test's screen is smaller than the machine's
-    m_gui->resize(panelWidth, panelHeight);
-    m_gui->show();
-    QVERIFY(m_controller->accept());
-    drivewire::put(m_datagram, drivewire::fieldNamed("KeyAccess"), 1);
-    drivewire::put(m_datagram, drivewire::fieldNamed("DrivesPower"), 1);
-    tell({});
-}
-
-void TestGui::tell(std::initializer_list<std::pair<const char*, double>> fields)
-{
-    // The point number is free here and tells when the datagram has gone through the window's queue.
-    static quint32 mark = 100'000;
-    QEventLoop loop;
-    const auto connection = connect(m_gui->drives(), &DriveStatus::changedCNCError, &loop, &QEventLoop::quit);
-    for (const auto& field : fields)
-        drivewire::put(m_datagram, drivewire::fieldNamed(field.first), field.second);
-    drivewire::put(m_datagram, drivewire::fieldNamed("CNCError"), ++mark);
-    QTimer again; // the telemetry thread may not have bound its port yet
-    connect(&again, &QTimer::timeout, this, [this] { m_controller->datagram(m_datagram); });
-    again.start(20);
-    m_controller->datagram(m_datagram);
-    QTimer::singleShot(10'000, &loop, [&loop] { loop.exit(1); });
-    const int lost = loop.exec();
-    disconnect(connection);
-    QVERIFY2(!lost, "the console does not take the datagram");
-}
-
-const QStringList& TestGui::commands()
-{
-    m_received += m_controller->peer->readAll();
-    while (m_received.size() >= 4) {
-        const int length = qFromLittleEndian<quint16>(m_received.constData() + 2);
-        m_commands << QString::fromUtf8(m_received.mid(4, length));
-        m_received.remove(0, 4 + length);
-    }
-    return m_commands;
-}
-
-QStringList TestGui::takeCommands()
-{
-    m_controller->peer->waitForReadyRead(50); // what the console has sent is on its way over loopback
-    commands();
-    return std::exchange(m_commands, {});
-}
-
-QStringList TestGui::list() const
-{
-    QStringList lines;
-    const auto* log = w<QListWidget>(QStringLiteral("lwLog"));
-    for (int row = 0; row < log->count(); ++row)
-        lines << log->item(row)->text().mid(11);
-    return lines;
-}
-
-QString TestGui::journal() const
-{
-    QString text;
-    QDir log(site().path(QStringLiteral("/log")));
-    for (const QString& day : log.entryList(QDir::Dirs | QDir::NoDotAndDotDot)) {
-        for (const QString& file : QDir(log.filePath(day)).entryList(QDir::Files)) {
-            for (const QByteArray& line : m_site->read("/log/" + day + "/" + file).split('\n'))
-                text += QString::fromUtf8(line).mid(11) + '\n';
-        }
-    }
-    return text;
-}
-
-void TestGui::setVirtualMode()
-{
-    tell({{"DrivesOn", 1}, {"TransOn", 1}, {"ChannelState1", 1}});
-}
 
 void TestGui::journalLine_data()
 {
@@ -365,246 +208,6 @@ void TestGui::speedsSurviveARestart()
     QCOMPARE(w<PoLabel>("speedZ")->value(), 12.0F);
     m_gui.reset();
     QCOMPARE(QSettings(site().path(settingsFile), QSettings::IniFormat).value("LIR/LY").toInt(), 3);
-}
-
-void TestGui::buttons_data()
-{
-    QTest::addColumn<QString>("button");
-    QTest::addColumn<QString>("field");
-    QTest::addColumn<double>("value");
-    QTest::addColumn<QString>("command");
-    QTest::addColumn<QString>("line");
-    const auto row = [](const char* button, const char* field, double value, const char* command,
-                        const char* line) {
-        QTest::newRow(command) << button << field << value << command << QString::fromUtf8(line);
-    };
-    row("sbDrives", "DrivesOn", 1, "DRIVE OFF", "[I]Нажата кнопка 'Выключить питание приводов'");
-    row("sbDrives", "DrivesOn", 0, "DRIVE ON", "[I]Нажата кнопка 'Включить питание приводов'");
-    row("sbTrans", "TransOn", 1, "TRANS OFF", "[I]Нажата кнопка 'Выключить трансформацию приводов'");
-    row("sbTrans", "TransOn", 0, "TRANS ON", "[I]Нажата кнопка 'Включить трансформацию приводов'");
-    row("pbStop", "TransOn", 0, "STOP_PRG", "[I]Нажата кнопка 'СТОП' на панели приводов");
-    row("sbDistPult", "PultOn", 1, "PULT OFF", "[I]Нажата кнопка 'Выключить дистанционный пульт'");
-    row("sbDistPult", "PultOn", 0, "PULT ON", "[I]Нажата кнопка 'Включить дистанционный пульт'");
-    row("sbLightSpiral", "LightState", 4, "SPIRAL OFF", "[I]Нажата кнопка 'Включить освещение зоны сварки'");
-    row("sbLightSpiral", "LightState", 3, "SPIRAL ON", "[I]Нажата кнопка 'Выключить освещение зоны сварки'");
-}
-
-void TestGui::buttons()
-{
-    QFETCH(QString, button);
-    QFETCH(QString, field);
-    QFETCH(double, value);
-    QFETCH(QString, command);
-    QFETCH(QString, line);
-    tell({{"DrivesOn", 1}, {"ChannelState1", 1}});
-    tell({{qPrintable(field), value}});
-    touch(button);
-    SENT(command);
-    QVERIFY(journal().contains(line + '\n'));
-    QVERIFY2(!list().contains(line.mid(3)), "what the operator pressed goes to the file only");
-}
-
-void TestGui::lockedButtonSendsNothing()
-{
-    tell({{"DrivesLock", 1}});
-    QVERIFY(m_gui->lock(QStringLiteral("LOCK:LockDrives"))->state());
-    touch(QStringLiteral("sbDrives"));
-    touch(QStringLiteral("sbDistPult")); // drives are off
-    m_gui->onChangedSpiralLock(true);
-    touch(QStringLiteral("sbLightSpiral"));
-    QCOMPARE(takeCommands(), QStringList());
-    tell({{"DrivesLock", 0}});
-    touch(QStringLiteral("sbDrives"));
-    SENT("DRIVE ON");
-    QCOMPARE(w<StateButton>("sbDrives")->state(), StateButton::Off);
-}
-
-void TestGui::transformedModeNeedsDrivesAndIdleChannel()
-{
-    const auto* button = w<StateButton>("sbTrans");
-    QVERIFY(!button->isEnabled());
-    QVERIFY(w<StateButton>("sbDistPult")->locked());
-    tell({{"DrivesOn", 1}});
-    QVERIFY(!button->isEnabled());
-    QVERIFY(!w<StateButton>("sbDistPult")->locked());
-    tell({{"ChannelState1", 1}});
-    QVERIFY(button->isEnabled());
-    tell({{"ChannelState1", 3}});
-    QVERIFY(!button->isEnabled());
-    tell({{"ChannelState1", 1}, {"DrivesOn", 0}});
-    QVERIFY(!button->isEnabled());
-}
-
-void TestGui::stopEndsEndlessRotation()
-{
-    auto* endless = w<QPushButton>("pbEndlessV");
-    w<PoLabel>("speedV")->setValue(100, 0);
-    touch("pbEndlessV");
-    QVERIFY(endless->isChecked());
-    QCOMPARE(takeCommands(), QStringList());
-    touch("pbPlusV");
-    SENT("MOVE(V,100)");
-    touch("pbStop");
-    SENT("STOP_PRG");
-    QVERIFY(!endless->isChecked());
-    touch("pbPlusV");
-    SENT("MOVE(V,100)", "MOVE(V,0)");
-
-    touch("pbEndlessV");
-    touch("pbEndlessV");
-    SENT("MOVE(V,0)");
-    QVERIFY(journal().contains(
-        QStringLiteral("[I]Отжата кнопка 'Бесконечное вращение' на панели координаты V\n")));
-}
-
-void TestGui::transformedModeSwitchesTheScreen()
-{
-    QVERIFY(w("frmA")->isVisible());
-    QVERIFY(!w("frmVirtual")->isVisible());
-    QCOMPARE(w("frmD")->geometry(), QRect(0, 425, 450, 75));
-    tell({{"X", -12.345}, {"TransOn", 1}});
-    for (const char* name : {"frmA", "frmB", "frmC", "pbInfoA", "pbInfoB", "pbInfoC"})
-        QVERIFY2(!w(name)->isVisible(), name);
-    QVERIFY(w("frmVirtual")->isVisible());
-    QCOMPARE(w("frmVirtual")->geometry(), QRect(10, 345, 450, 260));
-    QCOMPARE(w("frmD")->geometry(), QRect(0, 185, 450, 75));
-    QCOMPARE(w("pbInfoD")->geometry(), QRect(385, 195, 55, 55));
-    QCOMPARE(w("frameManip")->geometry(), QRect(10, 80, 450, 525));
-    QCOMPARE(w<PoLabel>("coordX")->text(), QLocale::c().toString(-12.345F, 'f', 2));
-    QCOMPARE(m_gui->coord(QStringLiteral("X")), -12.345F);
-    tell({{"TransOn", 0}});
-    QVERIFY(w("frmA")->isVisible());
-    QCOMPARE(w("frmD")->geometry(), QRect(0, 425, 450, 75));
-}
-
-void TestGui::secondAxes()
-{
-    QSignalSpy shown(m_gui.get(), &Gui::signalSecondXPanelShow);
-    QVERIFY(!w("frmLX2")->isVisible());
-    m_gui->showSecondLXAxis(true);
-    m_gui->showSecondUAxis(true);
-    QCOMPARE(shown, (QList<QVariantList>{{true}}));
-    QCOMPARE(w("frmLX2")->geometry(), QRect(0, 105, 450, 75));
-    QVERIFY(w("frmLX2")->isVisible() && w("pbInfoLX2")->isVisible());
-    QVERIFY(w("frmU2")->isVisible() && w("pbInfoU2")->isVisible());
-    m_gui->showSecondLXAxis(false);
-    QVERIFY(!w("frmLX2")->isVisible() && !w("pbInfoLX2")->isVisible());
-    QVERIFY2(w("pbInfoLX")->visibleRegion() == QRegion(w("pbInfoLX")->rect()), "the way back must stay free");
-}
-
-void TestGui::virtualJog_data()
-{
-    QTest::addColumn<QString>("axis");
-    QTest::addColumn<QString>("button");
-    QTest::addColumn<QString>("move");
-    QTest::addColumn<QString>("direction");
-    QTest::newRow("X+") << "X"
-                        << "pbMinusX"
-                        << "MOVE(X,12.34)"
-                        << "положительном";
-    QTest::newRow("X-") << "X"
-                        << "pbPlusX"
-                        << "MOVE(X,-12.34)"
-                        << "отрицательном";
-    QTest::newRow("Z+") << "Z"
-                        << "pbMinusZ"
-                        << "MOVE(Z,12.34)"
-                        << "положительном";
-    QTest::newRow("Z-") << "Z"
-                        << "pbPlusZ"
-                        << "MOVE(Z,-12.34)"
-                        << "отрицательном";
-    QTest::newRow("PHI+") << "PHI"
-                          << "pbMinusPHI"
-                          << "MOVE(PHI,12.34)"
-                          << "положительном";
-    QTest::newRow("PHI-") << "PHI"
-                          << "pbPlusPHI"
-                          << "MOVE(PHI,-12.3)"
-                          << "отрицательном";
-}
-
-void TestGui::virtualJog()
-{
-    QFETCH(QString, axis);
-    QFETCH(QString, button);
-    QFETCH(QString, move);
-    QFETCH(QString, direction);
-    setVirtualMode();
-    w<PoLabel>("speed" + axis)->setValue(12.34F, 0);
-    QTest::mousePress(w(button), Qt::LeftButton);
-    SENT(move);
-    QCOMPARE(list().last(),
-             QStringLiteral("Выполнение ручного перемещение по виртуальной оси %1 в %2 направлении...")
-                 .arg(axis, direction));
-    QTest::mouseRelease(w(button), Qt::LeftButton);
-    SENT(QStringLiteral("MOVE(%1,0)").arg(axis));
-    QCOMPARE(list().last(), "Завершено ручное перемещение по виртуальной оси " + axis);
-}
-
-void TestGui::jogUnderTrouble_data()
-{
-    QTest::addColumn<QString>("button");
-    QTest::addColumn<QString>("field");
-    QTest::addColumn<double>("value");
-    QTest::addColumn<bool>("goesOn"); // until the finger lifts
-    QTest::newRow("virtual axis at its end") << "pbPlusX"
-                                             << "Xmax" << 1.0 << true;
-    QTest::newRow("virtual axis at its other end") << "pbMinusX"
-                                                   << "Xmin" << 1.0 << true;
-    QTest::newRow("virtual rows go away") << "pbMinusX"
-                                          << "TransOn" << 0.0 << false;
-    QTest::newRow("key switch, virtual axis") << "pbMinusX"
-                                              << "KeyAccess" << 0.0 << false;
-    QTest::newRow("drive at its limit switch") << "pbPlusD"
-                                               << "Dmax" << 1.0 << true;
-    QTest::newRow("key switch, drive") << "pbPlusD"
-                                       << "KeyAccess" << 0.0 << false;
-    QTest::newRow("drive parked") << "pbPlusD"
-                                  << "StateD" << double(0xC1600) << false;
-    QTest::newRow("drives off") << "pbPlusD"
-                                << "DrivesOn" << 0.0 << true;
-}
-
-void TestGui::jogUnderTrouble()
-{
-    QFETCH(QString, button);
-    QFETCH(QString, field);
-    QFETCH(double, value);
-    QFETCH(bool, goesOn);
-    setVirtualMode();
-    QTest::mousePress(w(button), Qt::LeftButton);
-    QTRY_COMPARE(commands().size(), 1);
-    takeCommands();
-    tell({{qPrintable(field), value}});
-    const QStringList atOnce = takeCommands();
-    QCOMPARE(atOnce.size(), goesOn ? 0 : 1);
-    QTest::mouseRelease(w(button), Qt::LeftButton);
-    const QStringList stops = atOnce + takeCommands();
-    QCOMPARE(stops.size(), 1);
-    QVERIFY(stops.first().endsWith(QStringLiteral(",0)")));
-}
-
-void TestGui::keySwitch()
-{
-    const auto overlays = [this] {
-        int count = 0;
-        for (QLabel* label : m_gui->findChildren<QLabel*>())
-            count += label->text() == QStringLiteral("Панель управления заблокирована");
-        return count;
-    };
-    tell({{"KeyAccess", 0}});
-    m_gui->onAccessChanged(false);
-    QCOMPARE(overlays(), 1);
-    QVERIFY(!m_gui->isEnabled());
-    touch("pbStop");
-    QCOMPARE(takeCommands(), QStringList());
-    tell({{"KeyAccess", 1}});
-    QCOMPARE(overlays(), 0);
-    QVERIFY(m_gui->isEnabled());
-    QVERIFY(!QWidget::keyboardGrabber());
-    touch("pbStop");
-    SENT("STOP_PRG");
 }
 
 void TestGui::linkLostAndBack()
@@ -724,21 +327,6 @@ void TestGui::regimes()
     QCOMPARE(colour("lblVacuumState"), QColor(255, 128, 128));
     QCOMPARE(list().last(),
              QStringLiteral("Выполнено переключение в Наладочный режим работы вакуумной системы"));
-}
-
-void TestGui::lights()
-{
-    const int before = list().size();
-    m_gui->onLightStateChanged(0);
-    QCOMPARE(list().size(), before);
-    m_gui->onLightStateChanged(5);
-    m_gui->onLightStateChanged(6);
-    QCOMPARE(list().mid(before),
-             (QStringList{QStringLiteral("Освещение камеры светодиодными лентами включено"),
-                          QStringLiteral("Освещение зоны сварки спиралями включено"),
-                          QStringLiteral("Освещение камеры светодиодными лентами выключено"),
-                          QStringLiteral("Освещение камеры светодиодными прожекторами включено")}));
-    QCOMPARE(w<StateButton>("sbLightSpiral")->state(), StateButton::On);
 }
 
 void TestGui::login()

@@ -1,0 +1,286 @@
+#include "guifixture.h"
+#include "lockview.h"
+
+#include <QLocale>
+#include <QSignalSpy>
+
+// What the buttons of the window send to the machine, and what holds them back.
+class TestGuiCommands : public GuiFixture
+{
+    Q_OBJECT
+
+private slots:
+    void init() { begin(); }
+    void cleanup() { end(); }
+    void buttons_data();
+    void buttons();
+    void lockedButtonSendsNothing();
+    void transformedModeNeedsDrivesAndIdleChannel();
+    void stopEndsEndlessRotation();
+    void transformedModeSwitchesTheScreen();
+    void secondAxes();
+    void virtualJog_data();
+    void virtualJog();
+    void jogUnderTrouble_data();
+    void jogUnderTrouble();
+    void keySwitch();
+    void lights();
+};
+
+void TestGuiCommands::buttons_data()
+{
+    QTest::addColumn<QString>("button");
+    QTest::addColumn<QString>("field");
+    QTest::addColumn<double>("value");
+    QTest::addColumn<QString>("command");
+    QTest::addColumn<QString>("line");
+    const auto row = [](const char* button, const char* field, double value, const char* command,
+                        const char* line) {
+        QTest::newRow(command) << button << field << value << command << QString::fromUtf8(line);
+    };
+    row("sbDrives", "DrivesOn", 1, "DRIVE OFF", "[I]Нажата кнопка 'Выключить питание приводов'");
+    row("sbDrives", "DrivesOn", 0, "DRIVE ON", "[I]Нажата кнопка 'Включить питание приводов'");
+    row("sbTrans", "TransOn", 1, "TRANS OFF", "[I]Нажата кнопка 'Выключить трансформацию приводов'");
+    row("sbTrans", "TransOn", 0, "TRANS ON", "[I]Нажата кнопка 'Включить трансформацию приводов'");
+    row("pbStop", "TransOn", 0, "STOP_PRG", "[I]Нажата кнопка 'СТОП' на панели приводов");
+    row("sbDistPult", "PultOn", 1, "PULT OFF", "[I]Нажата кнопка 'Выключить дистанционный пульт'");
+    row("sbDistPult", "PultOn", 0, "PULT ON", "[I]Нажата кнопка 'Включить дистанционный пульт'");
+    row("sbLightSpiral", "LightState", 4, "SPIRAL OFF", "[I]Нажата кнопка 'Включить освещение зоны сварки'");
+    row("sbLightSpiral", "LightState", 3, "SPIRAL ON", "[I]Нажата кнопка 'Выключить освещение зоны сварки'");
+}
+
+void TestGuiCommands::buttons()
+{
+    QFETCH(QString, button);
+    QFETCH(QString, field);
+    QFETCH(double, value);
+    QFETCH(QString, command);
+    QFETCH(QString, line);
+    tell({{"DrivesOn", 1}, {"ChannelState1", 1}});
+    tell({{qPrintable(field), value}});
+    touch(button);
+    SENT(command);
+    QVERIFY(journal().contains(line + '\n'));
+    QVERIFY2(!list().contains(line.mid(3)), "what the operator pressed goes to the file only");
+}
+
+void TestGuiCommands::lockedButtonSendsNothing()
+{
+    tell({{"DrivesLock", 1}});
+    QVERIFY(m_gui->lock(QStringLiteral("LOCK:LockDrives"))->state());
+    touch(QStringLiteral("sbDrives"));
+    touch(QStringLiteral("sbDistPult")); // drives are off
+    m_gui->onChangedSpiralLock(true);
+    touch(QStringLiteral("sbLightSpiral"));
+    QCOMPARE(takeCommands(), QStringList());
+    tell({{"DrivesLock", 0}});
+    touch(QStringLiteral("sbDrives"));
+    SENT("DRIVE ON");
+    QCOMPARE(w<StateButton>("sbDrives")->state(), StateButton::Off);
+}
+
+void TestGuiCommands::transformedModeNeedsDrivesAndIdleChannel()
+{
+    const auto* button = w<StateButton>("sbTrans");
+    QVERIFY(!button->isEnabled());
+    QVERIFY(w<StateButton>("sbDistPult")->locked());
+    tell({{"DrivesOn", 1}});
+    QVERIFY(!button->isEnabled());
+    QVERIFY(!w<StateButton>("sbDistPult")->locked());
+    tell({{"ChannelState1", 1}});
+    QVERIFY(button->isEnabled());
+    tell({{"ChannelState1", 3}});
+    QVERIFY(!button->isEnabled());
+    tell({{"ChannelState1", 1}, {"DrivesOn", 0}});
+    QVERIFY(!button->isEnabled());
+}
+
+void TestGuiCommands::stopEndsEndlessRotation()
+{
+    auto* endless = w<QPushButton>("pbEndlessV");
+    w<PoLabel>("speedV")->setValue(100, 0);
+    touch("pbEndlessV");
+    QVERIFY(endless->isChecked());
+    QCOMPARE(takeCommands(), QStringList());
+    touch("pbPlusV");
+    SENT("MOVE(V,100)");
+    touch("pbStop");
+    SENT("STOP_PRG");
+    QVERIFY(!endless->isChecked());
+    touch("pbPlusV");
+    SENT("MOVE(V,100)", "MOVE(V,0)");
+
+    touch("pbEndlessV");
+    touch("pbEndlessV");
+    SENT("MOVE(V,0)");
+    QVERIFY(journal().contains(
+        QStringLiteral("[I]Отжата кнопка 'Бесконечное вращение' на панели координаты V\n")));
+}
+
+void TestGuiCommands::transformedModeSwitchesTheScreen()
+{
+    QVERIFY(w("frmA")->isVisible());
+    QVERIFY(!w("frmVirtual")->isVisible());
+    QCOMPARE(w("frmD")->geometry(), QRect(0, 425, 450, 75));
+    tell({{"X", -12.345}, {"TransOn", 1}});
+    for (const char* name : {"frmA", "frmB", "frmC", "pbInfoA", "pbInfoB", "pbInfoC"})
+        QVERIFY2(!w(name)->isVisible(), name);
+    QVERIFY(w("frmVirtual")->isVisible());
+    QCOMPARE(w("frmVirtual")->geometry(), QRect(10, 345, 450, 260));
+    QCOMPARE(w("frmD")->geometry(), QRect(0, 185, 450, 75));
+    QCOMPARE(w("pbInfoD")->geometry(), QRect(385, 195, 55, 55));
+    QCOMPARE(w("frameManip")->geometry(), QRect(10, 80, 450, 525));
+    QCOMPARE(w<PoLabel>("coordX")->text(), QLocale::c().toString(-12.345F, 'f', 2));
+    QCOMPARE(m_gui->coord(QStringLiteral("X")), -12.345F);
+    tell({{"TransOn", 0}});
+    QVERIFY(w("frmA")->isVisible());
+    QCOMPARE(w("frmD")->geometry(), QRect(0, 425, 450, 75));
+}
+
+void TestGuiCommands::secondAxes()
+{
+    QSignalSpy shown(m_gui.get(), &Gui::signalSecondXPanelShow);
+    QVERIFY(!w("frmLX2")->isVisible());
+    m_gui->showSecondLXAxis(true);
+    m_gui->showSecondUAxis(true);
+    QCOMPARE(shown, (QList<QVariantList>{{true}}));
+    QCOMPARE(w("frmLX2")->geometry(), QRect(0, 105, 450, 75));
+    QVERIFY(w("frmLX2")->isVisible() && w("pbInfoLX2")->isVisible());
+    QVERIFY(w("frmU2")->isVisible() && w("pbInfoU2")->isVisible());
+    m_gui->showSecondLXAxis(false);
+    QVERIFY(!w("frmLX2")->isVisible() && !w("pbInfoLX2")->isVisible());
+    QVERIFY2(w("pbInfoLX")->visibleRegion() == QRegion(w("pbInfoLX")->rect()), "the way back must stay free");
+}
+
+void TestGuiCommands::virtualJog_data()
+{
+    QTest::addColumn<QString>("axis");
+    QTest::addColumn<QString>("button");
+    QTest::addColumn<QString>("move");
+    QTest::addColumn<QString>("direction");
+    QTest::newRow("X+") << "X"
+                        << "pbMinusX"
+                        << "MOVE(X,12.34)"
+                        << "положительном";
+    QTest::newRow("X-") << "X"
+                        << "pbPlusX"
+                        << "MOVE(X,-12.34)"
+                        << "отрицательном";
+    QTest::newRow("Z+") << "Z"
+                        << "pbMinusZ"
+                        << "MOVE(Z,12.34)"
+                        << "положительном";
+    QTest::newRow("Z-") << "Z"
+                        << "pbPlusZ"
+                        << "MOVE(Z,-12.34)"
+                        << "отрицательном";
+    QTest::newRow("PHI+") << "PHI"
+                          << "pbMinusPHI"
+                          << "MOVE(PHI,12.34)"
+                          << "положительном";
+    QTest::newRow("PHI-") << "PHI"
+                          << "pbPlusPHI"
+                          << "MOVE(PHI,-12.3)"
+                          << "отрицательном";
+}
+
+void TestGuiCommands::virtualJog()
+{
+    QFETCH(QString, axis);
+    QFETCH(QString, button);
+    QFETCH(QString, move);
+    QFETCH(QString, direction);
+    setVirtualMode();
+    w<PoLabel>("speed" + axis)->setValue(12.34F, 0);
+    QTest::mousePress(w(button), Qt::LeftButton);
+    SENT(move);
+    QCOMPARE(list().last(),
+             QStringLiteral("Выполнение ручного перемещение по виртуальной оси %1 в %2 направлении...")
+                 .arg(axis, direction));
+    QTest::mouseRelease(w(button), Qt::LeftButton);
+    SENT(QStringLiteral("MOVE(%1,0)").arg(axis));
+    QCOMPARE(list().last(), "Завершено ручное перемещение по виртуальной оси " + axis);
+}
+
+void TestGuiCommands::jogUnderTrouble_data()
+{
+    QTest::addColumn<QString>("button");
+    QTest::addColumn<QString>("field");
+    QTest::addColumn<double>("value");
+    QTest::addColumn<bool>("goesOn"); // until the finger lifts
+    QTest::newRow("virtual axis at its end") << "pbPlusX"
+                                             << "Xmax" << 1.0 << true;
+    QTest::newRow("virtual axis at its other end") << "pbMinusX"
+                                                   << "Xmin" << 1.0 << true;
+    QTest::newRow("virtual rows go away") << "pbMinusX"
+                                          << "TransOn" << 0.0 << false;
+    QTest::newRow("key switch, virtual axis") << "pbMinusX"
+                                              << "KeyAccess" << 0.0 << false;
+    QTest::newRow("drive at its limit switch") << "pbPlusD"
+                                               << "Dmax" << 1.0 << true;
+    QTest::newRow("key switch, drive") << "pbPlusD"
+                                       << "KeyAccess" << 0.0 << false;
+    QTest::newRow("drive parked") << "pbPlusD"
+                                  << "StateD" << double(0xC1600) << false;
+    QTest::newRow("drives off") << "pbPlusD"
+                                << "DrivesOn" << 0.0 << true;
+}
+
+void TestGuiCommands::jogUnderTrouble()
+{
+    QFETCH(QString, button);
+    QFETCH(QString, field);
+    QFETCH(double, value);
+    QFETCH(bool, goesOn);
+    setVirtualMode();
+    QTest::mousePress(w(button), Qt::LeftButton);
+    QTRY_COMPARE(commands().size(), 1);
+    takeCommands();
+    tell({{qPrintable(field), value}});
+    const QStringList atOnce = takeCommands();
+    QCOMPARE(atOnce.size(), goesOn ? 0 : 1);
+    QTest::mouseRelease(w(button), Qt::LeftButton);
+    const QStringList stops = atOnce + takeCommands();
+    QCOMPARE(stops.size(), 1);
+    QVERIFY(stops.first().endsWith(QStringLiteral(",0)")));
+}
+
+void TestGuiCommands::keySwitch()
+{
+    const auto overlays = [this] {
+        int count = 0;
+        for (QLabel* label : m_gui->findChildren<QLabel*>())
+            count += label->text() == QStringLiteral("Панель управления заблокирована");
+        return count;
+    };
+    tell({{"KeyAccess", 0}});
+    m_gui->onAccessChanged(false);
+    QCOMPARE(overlays(), 1);
+    QVERIFY(!m_gui->isEnabled());
+    touch("pbStop");
+    QCOMPARE(takeCommands(), QStringList());
+    tell({{"KeyAccess", 1}});
+    QCOMPARE(overlays(), 0);
+    QVERIFY(m_gui->isEnabled());
+    QVERIFY(!QWidget::keyboardGrabber());
+    touch("pbStop");
+    SENT("STOP_PRG");
+}
+
+void TestGuiCommands::lights()
+{
+    const int before = list().size();
+    m_gui->onLightStateChanged(0);
+    QCOMPARE(list().size(), before);
+    m_gui->onLightStateChanged(5);
+    m_gui->onLightStateChanged(6);
+    QCOMPARE(list().mid(before),
+             (QStringList{QStringLiteral("Освещение камеры светодиодными лентами включено"),
+                          QStringLiteral("Освещение зоны сварки спиралями включено"),
+                          QStringLiteral("Освещение камеры светодиодными лентами выключено"),
+                          QStringLiteral("Освещение камеры светодиодными прожекторами включено")}));
+    QCOMPARE(w<StateButton>("sbLightSpiral")->state(), StateButton::On);
+}
+
+QTEST_MAIN(TestGuiCommands)
+#include "test_guicommands.moc"

@@ -1,0 +1,328 @@
+#include "plant/controller.h"
+#include "plant/installation.h"
+
+#include <QProcess>
+#include <QRandomGenerator>
+#include <QRegularExpression>
+#include <QTcpSocket>
+#include <QTemporaryDir>
+#include <QUdpSocket>
+#include <QtTest>
+
+#include <algorithm>
+#include <cstring>
+
+using namespace plant;
+
+namespace {
+
+QByteArray frame(const QByteArray& text)
+{
+    QByteArray bytes("\x50\x56", 2);
+    bytes += static_cast<char>(text.size() & 0xFF);
+    bytes += static_cast<char>(text.size() >> 8);
+    return bytes + text;
+}
+
+// What a console does on the network, with its own sockets.
+struct Console
+{
+    QTcpSocket tcp;
+    QUdpSocket udp;
+    QByteArray last; // datagram
+    int datagrams = 0;
+    int strange = 0; // with a signature that is not the controller's
+
+    bool open(const Installation& plant)
+    {
+        if (udp.state() != QUdpSocket::BoundState &&
+            !udp.bind(QHostAddress::LocalHost, plant.udpPort(), QUdpSocket::ShareAddress))
+            return false;
+        tcp.abort();
+        tcp.connectToHost(QHostAddress::LocalHost, plant.tcpPort());
+        return tcp.waitForConnected(2000);
+    }
+    bool up() const { return tcp.state() == QTcpSocket::ConnectedState; }
+    void receive()
+    {
+        while (udp.hasPendingDatagrams()) {
+            last.resize(static_cast<int>(udp.pendingDatagramSize()));
+            udp.readDatagram(last.data(), last.size());
+            ++datagrams;
+            strange += last.left(2) != QByteArray("\x50\x56", 2);
+        }
+    }
+    StatusPack pack()
+    {
+        receive();
+        StatusPack value{};
+        std::memcpy(&value, last.constData(), std::min<std::size_t>(sizeof value, last.size()));
+        return value;
+    }
+};
+
+} // namespace
+
+class TestPlantLink : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void everyInstructorLineIsAnswered_data();
+    void everyInstructorLineIsAnswered();
+    void aConsoleIsServed();
+    void garbageOnTheWireEndsOnlyTheConnection_data();
+    void garbageOnTheWireEndsOnlyTheConnection();
+    void aLostConsoleStopsItsJogs();
+    void theLinkFailsOnRequest();
+    void theProgramRunsAScriptAndAnswersOnItsInput();
+};
+
+void TestPlantLink::everyInstructorLineIsAnswered_data()
+{
+    QTest::addColumn<QString>("line");
+    QTest::addColumn<QString>("answer"); // how it begins
+    const char* const lines[][2] = {
+        {"", ""},
+        {"# a remark", ""},
+        {"help", "help [WORD]; status; door open|close; "},
+        {"help axis", "axis NAME VALUE: places an axis"},
+        {"help me", "error:"},
+        {"status", "door open, vacuum off, key on, drives off"},
+        {"STATUS", "door open"},
+        {"door close", "ok"},
+        {"door ajar", "error: door open|close"},
+        {"vacuum on", "error: the door is not closed"},
+        {"key off", "ok"},
+        {"key", "error: key on|off"},
+        {"breaker qf28 off", "ok"},
+        {"breaker qf40 off", "ok"},
+        {"breaker qf18 on", "ok"},
+        {"breaker qf23 off", "ok"},
+        {"breaker qf41 off", "error:"},
+        {"phase off", "ok"},
+        {"emergency pendant on", "ok"},
+        {"rope left on", "ok"},
+        {"rope middle on", "error:"},
+        {"trip LX2", "ok"},
+        {"trip lx F2026", "ok"},
+        {"trip LX A0013", "error:"},
+        {"trip LX zero", "error:"},
+        {"trip PHI", "error: PHI has no drive"},
+        {"clear V", "ok"},
+        {"clear W", "error:"},
+        {"axis LX 12.5", "ok"},
+        {"axis Z -20", "ok"},
+        {"axis LX 1e9", "error: beyond its hard switch"},
+        {"axis LX nan", "error:"},
+        {"pult f3 5", "ok"},
+        {"pult f4 x", "error:"},
+        {"pult f1 xy", "error:"},
+        {"module 2", "ok"},
+        {"module 4", "error:"},
+        {"light led on", "ok"},
+        {"message 131", "ok"},
+        {"message 0", "error:"},
+        {"cncerror 5", "ok"},
+        {"program 2 state", "channel 2 idle"},
+        {"program 4 state", "error:"},
+        {"variable @RASTERON%", "error: never written"},
+        {"link drop 0.1", "ok"},
+        {"link silence 0.1", "ok"},
+        {"link drop -1", "error:"},
+        {"frame bad", "error: no console is connected"},
+        {"frame badtcp", "error: no console is connected"},
+        {"frame good", "error:"},
+        {"speed 10", "ok"},
+        {"speed 0", "error:"},
+        {"quit", "ok"},
+        {"quit now", "error:"},
+        {"dance", "error: unknown word \"dance\""},
+    };
+    for (const auto& [line, answer] : lines)
+        QTest::newRow(line) << QString::fromLatin1(line) << QString::fromLatin1(answer);
+}
+
+void TestPlantLink::everyInstructorLineIsAnswered()
+{
+    QFETCH(QString, line);
+    QFETCH(QString, answer);
+    Installation plant;
+    QVERIFY(plant.start());
+    const QString got = plant.instruct(line);
+    QVERIFY2(answer.isEmpty() ? got.isEmpty() : got.startsWith(answer), qPrintable(got));
+    QVERIFY(!got.contains(QLatin1Char('\n')));
+}
+
+void TestPlantLink::aConsoleIsServed()
+{
+    InstallationOptions options;
+    options.speed = 50;
+    Installation plant(options);
+    QVERIFY(plant.start());
+    Console console;
+    QVERIFY(console.open(plant));
+    QTRY_VERIFY((console.receive(), console.datagrams >= 3));
+    QCOMPARE(console.last.size(), 296);
+    QCOMPARE(console.last.left(2), QByteArray("\x50\x56", 2));
+
+    // A command in pieces, then two in one segment.
+    const QByteArray drive = frame("DRIVE ON");
+    console.tcp.write(drive.left(3));
+    console.tcp.flush();
+    QTest::qWait(20);
+    console.tcp.write(drive.mid(3));
+    QTRY_VERIFY(console.pack().drivesOn);
+    console.tcp.write(frame("MOVE(LX,600)") + frame("MOVE(LY,-600)"));
+    QTRY_VERIFY(console.pack().position[0] > 1 && console.pack().position[2] < -1);
+    console.tcp.write(frame("") + frame("MOVE(QQ,1)"));
+    QByteArray answers;
+    QTRY_VERIFY((answers += console.tcp.readAll()).contains("REFUSED MOVE(QQ,1): no axis"));
+    QVERIFY(answers.startsWith(frame("OK DRIVE ON")));
+    QVERIFY(console.up());
+
+    // A newer console takes over.
+    Console second;
+    QVERIFY(second.open(plant));
+    QTRY_VERIFY(!console.up());
+    QTRY_VERIFY((second.receive(), second.datagrams >= 2));
+}
+
+void TestPlantLink::garbageOnTheWireEndsOnlyTheConnection_data()
+{
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::addColumn<bool>("ends");
+    QTest::newRow("text without a frame") << QByteArray("DRIVE ON") << true;
+    QTest::newRow("wrong signature") << QByteArray("\x50\x57\x01\x00x", 5) << true;
+    QTest::newRow("sound, then garbage") << frame("DRIVE ON") + "\xff\xff\xff\xff" << true;
+    QTest::newRow("half a head") << QByteArray("\x50\x56\x05", 3) << false;
+    QTest::newRow("a body that never comes") << QByteArray("\x50\x56\xff\xff", 4) << false;
+    QTest::newRow("no UTF-8") << frame("\xff\xfe\x80\x00\x01") << false;
+    QTest::newRow("longest") << frame(QByteArray(0xFFFF, '(')) << false;
+    QByteArray noise;
+    QRandomGenerator random(5);
+    for (int i = 0; i < 200000; ++i)
+        noise += static_cast<char>(random.generate());
+    QTest::newRow("noise") << noise << true;
+}
+
+void TestPlantLink::garbageOnTheWireEndsOnlyTheConnection()
+{
+    QFETCH(QByteArray, bytes);
+    QFETCH(bool, ends);
+    InstallationOptions options;
+    options.speed = 50;
+    Installation plant(options);
+    QVERIFY(plant.start());
+    Console console;
+    QVERIFY(console.open(plant));
+    console.tcp.write(bytes);
+    console.tcp.flush();
+    if (ends) {
+        QTRY_VERIFY(!console.up());
+    } else {
+        QTRY_VERIFY((console.receive(), console.datagrams >= 3)); // served as before
+        QVERIFY(console.up());
+    }
+    Console next;
+    QVERIFY(next.open(plant));
+    next.tcp.write(frame("DRIVE ON"));
+    QTRY_VERIFY(next.pack().drivesOn);
+}
+
+void TestPlantLink::aLostConsoleStopsItsJogs()
+{
+    InstallationOptions options;
+    options.speed = 20;
+    Installation plant(options);
+    QVERIFY(plant.start());
+    Console console;
+    QVERIFY(console.open(plant));
+    console.tcp.write(frame("DRIVE ON"));
+    QTRY_VERIFY(console.pack().drivesOn);
+    console.tcp.write(frame("MOVE(LX,60)") + frame("MOVE(V,60)"));
+    QTRY_VERIFY(console.pack().position[9] > 0.5f);
+    console.tcp.abort();
+    bool moving = true;
+    QTRY_VERIFY((plant.inside([&](MotionController& c) { moving = c.axes().anyMoving(); }), !moving));
+    QVERIFY(plant.status().drivesOn);
+}
+
+void TestPlantLink::theLinkFailsOnRequest()
+{
+    Installation plant;
+    QVERIFY(plant.start());
+    Console console;
+    QVERIFY(console.open(plant));
+    QTRY_VERIFY((console.receive(), console.datagrams > 0));
+
+    QCOMPARE(plant.instruct(QStringLiteral("frame bad")), QStringLiteral("ok"));
+    QTRY_COMPARE((console.receive(), console.strange), 1);
+    QVERIFY(console.up());
+
+    QCOMPARE(plant.instruct(QStringLiteral("link silence 0.4")), QStringLiteral("ok"));
+    console.receive();
+    console.datagrams = 0;
+    QTest::qWait(200);
+    console.receive();
+    QVERIFY(console.datagrams <= 1); // one may have been on its way
+    QVERIFY(console.up());
+    QTRY_VERIFY((console.receive(), console.datagrams > 3));
+
+    QCOMPARE(plant.instruct(QStringLiteral("frame badtcp")), QStringLiteral("ok"));
+    QByteArray text;
+    QTRY_VERIFY(!(text += console.tcp.readAll()).isEmpty());
+    QVERIFY(!text.startsWith("\x50\x56"));
+
+    QCOMPARE(plant.instruct(QStringLiteral("link drop 0.3")), QStringLiteral("ok"));
+    QTRY_VERIFY(!console.up());
+    QVERIFY(!console.open(plant));
+    QTRY_VERIFY(console.open(plant));
+    console.datagrams = 0;
+    QTRY_VERIFY((console.receive(), console.datagrams > 2));
+}
+
+void TestPlantLink::theProgramRunsAScriptAndAnswersOnItsInput()
+{
+    QTemporaryDir root;
+    QFile script(root.filePath(QStringLiteral("lesson")));
+    QVERIFY(script.open(QIODevice::WriteOnly));
+    script.write("# first lesson\nkey off\nwait 0.1\naxis LX 25\nnonsense\n");
+    script.close();
+    QProcess process;
+    process.start(QStringLiteral(PLANT_PROGRAM),
+                  {QStringLiteral("--root"), root.path(), QStringLiteral("--tcp"), QStringLiteral("0"),
+                   QStringLiteral("--udp"), QStringLiteral("0"), QStringLiteral("--script"),
+                   script.fileName(), QStringLiteral("--quit-on-eof")});
+    QVERIFY(process.waitForReadyRead(5000));
+    const QByteArray ready = process.readLine();
+    QVERIFY2(QRegularExpression(QStringLiteral("\\Aplant ready tcp=[1-9]\\d+ udp=[1-9]\\d+\\n\\z"))
+                 .match(QString::fromLatin1(ready))
+                 .hasMatch(),
+             ready.constData());
+    QByteArray errors;
+    QTRY_VERIFY((errors += process.readAllStandardError()).contains("nonsense: error:"));
+    process.write("status\n\ndance\n");
+    QByteArray answers;
+    QTRY_COMPARE((answers += process.readAllStandardOutput()).count('\n'), 2);
+    QVERIFY(answers.startsWith("door open, vacuum off, key off"));
+    QVERIFY(answers.contains("LX 25.00"));
+    process.closeWriteChannel();
+    QVERIFY(process.waitForFinished(5000));
+    QCOMPARE(process.exitCode(), 0);
+
+    // A wrong number is refused, a signal ends it in order.
+    QCOMPARE(
+        QProcess::execute(QStringLiteral(PLANT_PROGRAM), {QStringLiteral("--speed"), QStringLiteral("0")}),
+        2);
+    process.start(QStringLiteral(PLANT_PROGRAM), {QStringLiteral("--tcp"), QStringLiteral("0")});
+    QVERIFY(process.waitForReadyRead(5000));
+    process.terminate();
+    QVERIFY(process.waitForFinished(5000));
+    QCOMPARE(process.exitStatus(), QProcess::NormalExit);
+    QCOMPARE(process.exitCode(), 0);
+}
+
+QTEST_GUILESS_MAIN(TestPlantLink)
+
+#include "test_plantlink.moc"

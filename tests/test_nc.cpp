@@ -137,6 +137,8 @@ private slots:
     void drivesOffInMotion();
     void hostStopsAllUponAnError();
     void endlessCircleDoesNotHang();
+    void cutAndGarbledPrograms();
+    void hugeProgram();
     void writesVariables();
     void beamAxesAreGivenBack();
 };
@@ -783,6 +785,46 @@ void TestNc::endlessCircleDoesNotHang()
     bench.nc.stopAll();
     bench.step();
     QCOMPARE(bench.nc.state(1), ChannelState::Idle);
+}
+
+// A file cut at any byte, or with any one byte wrong, is refused or runs into an error with its line; when it
+// still makes sense it ends. Nothing else happens.
+void TestNc::cutAndGarbledPrograms()
+{
+    const QString whole = QString(lineWeldMotion).remove("N6 WREV(3)\n").replace("GOTO N6", "GOTO N7");
+    QVector<QString> texts;
+    for (int length = 0; length < whole.size(); ++length)
+        texts.append(whole.left(length));
+    for (int at = 0; at < whole.size(); ++at) {
+        for (const char wrong : {'\0', '\n', '=', '(', 'N', '9', '-', '.'}) {
+            texts.append(whole);
+            texts.last()[at] = QLatin1Char(wrong);
+        }
+    }
+    for (const QString& text : qAsConst(texts)) {
+        NcBench bench(1);
+        if (bench.start(1, text))
+            bench.untilDone(1000);
+        if (bench.nc.state(1) == ChannelState::Running)
+            continue; // a feed or a dwell that has become very long
+        const bool failed = bench.nc.state(1) == ChannelState::Error;
+        QCOMPARE(bench.nc.error(1).startsWith("line "), failed);
+        QVERIFY2(failed || text.size() == whole.size(), qPrintable(text));
+    }
+}
+
+void TestNc::hugeProgram()
+{
+    QStringList lines;
+    for (int i = 0; i < 200000; ++i)
+        lines.append(QString("N%1 G90 G01 x=%2 F60000").arg(i + 100).arg(i % 10));
+    NcBench bench(1);
+    QElapsedTimer timer;
+    timer.start();
+    QVERIFY(bench.start(1, program(1, lines)));
+    QVERIFY2(timer.elapsed() < 5000, qPrintable(QString::number(timer.elapsed())));
+    bench.forSeconds(5);
+    QCOMPARE(bench.nc.state(1), ChannelState::Running);
 }
 
 void TestNc::writesVariables()

@@ -43,6 +43,10 @@ class CONTOUR : public QTabWidget
 {
     Q_OBJECT
 public:
+    // A slip on the keypad or a damaged file may not ask for a program that fills the memory.
+    static constexpr float maxPasses = 1000;
+    static constexpr float maxSpeed = 1e7f; // mm/min, all that fits the keypad
+
     explicit CONTOUR(QWidget* parent = nullptr);
     ~CONTOUR() override; // keeps widths, speeds and the contour for the next start
 
@@ -173,7 +177,7 @@ private:
     void updateAfterEdit(); // everything that depends on the rows of the contour
 
     // Contour actions.
-    bool askNumber(const QString& title, PoLabel* label, int decimals, float minimum);
+    bool askNumber(const QString& title, PoLabel* label, int decimals, float minimum, float maximum);
     bool newRound();
     bool newRing();
 

@@ -194,18 +194,18 @@ void CONTOUR::on_pbInverse_clicked()
 
 // --- numbers ---
 
-bool CONTOUR::askNumber(const QString& title, PoLabel* label, int decimals, float minimum)
+bool CONTOUR::askNumber(const QString& title, PoLabel* label, int decimals, float minimum, float maximum)
 {
     Numpad numpad(title, this, label->value(), decimals == 0, true, false);
     if (numpad.exec() != QDialog::Accepted)
         return false;
-    label->setValue(qMax(minimum, static_cast<float>(numpad.value())), decimals);
+    label->setValue(qBound(minimum, static_cast<float>(numpad.value()), maximum), decimals);
     return true;
 }
 
 void CONTOUR::on_nrings_clicked()
 {
-    if (!askNumber(QStringLiteral("Число проходов"), ui->nrings, 0, 1))
+    if (!askNumber(QStringLiteral("Число проходов"), ui->nrings, 0, 1, maxPasses))
         return;
     emit message(
         QStringLiteral("[I]Задано новое число проходов по контуру - %1").arg(double(ui->nrings->value())),
@@ -216,7 +216,7 @@ void CONTOUR::on_nrings_clicked()
 
 void CONTOUR::on_contourSpeed_clicked()
 {
-    if (!askNumber(QStringLiteral("Скорость, мм/мин"), ui->contourSpeed, 1, 0))
+    if (!askNumber(QStringLiteral("Скорость, мм/мин"), ui->contourSpeed, 1, 0, maxSpeed))
         return;
     emit message(QStringLiteral("[I]Задана новая скорость перехода по контуру - %1 мм/мин")
                      .arg(double(ui->contourSpeed->value())),

@@ -132,7 +132,7 @@ void CONTOUR::loadHead(SaveFile& file)
     const float P = file.number();
     const int Aux = file.integer();
     const bool closed = file.integer() != 0;
-    const float nrings = file.number();
+    const float nrings = qBound(1.0f, file.number(), maxPasses);
     ui->weldSpeed->setValue(file.number(), 1);
 
     init(schemaFor(id, D, P, Aux));

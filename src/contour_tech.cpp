@@ -339,7 +339,7 @@ void CONTOUR::on_pbTemplate_clicked()
 
 void CONTOUR::on_weldSpeed_clicked()
 {
-    if (!askNumber(QStringLiteral("Скорость сварки, мм/мин"), ui->weldSpeed, 1, 0))
+    if (!askNumber(QStringLiteral("Скорость сварки, мм/мин"), ui->weldSpeed, 1, 0, maxSpeed))
         return;
     emit message(
         QStringLiteral("[I]Задана новая скорость сварки - %1 мм/мин").arg(double(ui->weldSpeed->value())),

@@ -1,0 +1,213 @@
+#include "trselect.h"
+
+#include "contourfixture.h"
+#include "widgets.h"
+
+#include <limits>
+
+// The raster dialog on its own: its numbers, their bounds and what it hands over.
+class TestTRSelect : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+    void cleanup();
+
+    void steps_data();
+    void steps();
+    void typedNumber_data();
+    void typedNumber();
+    void typeFromTheMenu();
+    void choices_data();
+    void choices();
+    void settingsComeBack();
+    void noisySettingsAreBounded();
+    void targetsAreLargeEnough();
+
+private:
+    QAbstractButton* button(const QString& name) const
+    {
+        auto* found = m_dialog->findChild<QAbstractButton*>(name);
+        Q_ASSERT_X(found, "button", qPrintable(name));
+        return found;
+    }
+    QString shown(const QString& name) const { return m_dialog->findChild<QLabel*>(name)->text(); }
+
+    std::unique_ptr<SiteFixture> m_site;
+    std::unique_ptr<QWidget> m_parent;
+    std::unique_ptr<TRSelect> m_dialog;
+};
+
+void TestTRSelect::init()
+{
+    m_site = std::make_unique<SiteFixture>();
+    m_parent = std::make_unique<QWidget>();
+    m_dialog = std::make_unique<TRSelect>(m_parent.get());
+}
+
+void TestTRSelect::cleanup()
+{
+    m_dialog.reset();
+    m_parent.reset();
+    m_site.reset();
+}
+
+void TestTRSelect::steps_data()
+{
+    QTest::addColumn<QString>("label");
+    QTest::addColumn<QString>("up");   // after three steps up from zero
+    QTest::addColumn<QString>("down"); // after four steps down from there
+    QTest::newRow("amplitude X") << "TRamplX"
+                                 << "0.30"
+                                 << "-0.10";
+    QTest::newRow("amplitude Y") << "TRamplY"
+                                 << "0.30"
+                                 << "-0.10";
+    QTest::newRow("angle") << "TRangle"
+                           << "3"
+                           << "0";
+    QTest::newRow("frequency") << "TRfreq"
+                               << "3.0"
+                               << "0.0";
+    QTest::newRow("shift X") << "TRshiftX"
+                             << "0.30"
+                             << "-0.10";
+    QTest::newRow("shift Y") << "TRshiftY"
+                             << "0.30"
+                             << "-0.10";
+    QTest::newRow("extra") << "TRparam0"
+                           << "3"
+                           << "-1";
+}
+
+void TestTRSelect::steps()
+{
+    QFETCH(QString, label);
+    for (int i = 0; i < 3; ++i)
+        button(label + QStringLiteral("Plus"))->click();
+    QTEST(shown(label), "up");
+    for (int i = 0; i < 4; ++i)
+        button(label + QStringLiteral("Minus"))->click();
+    QTEST(shown(label), "down");
+}
+
+void TestTRSelect::typedNumber_data()
+{
+    QTest::addColumn<QString>("label");
+    QTest::addColumn<QString>("typed");
+    QTest::addColumn<QString>("taken");
+    QTest::newRow("within") << "TRamplX"
+                            << "12.345"
+                            << "12.35";
+    QTest::newRow("too much") << "TRshiftY"
+                              << "100.5"
+                              << "100.00";
+    QTest::newRow("angle too much") << "TRangle"
+                                    << "361"
+                                    << "360";
+    QTest::newRow("frequency") << "TRfreq"
+                               << "1000"
+                               << "1000.0";
+    QTest::newRow("frequency too much") << "TRfreq"
+                                        << "1001"
+                                        << "1000.0";
+    QTest::newRow("extra") << "TRparam0"
+                           << "101"
+                           << "100";
+}
+
+void TestTRSelect::typedNumber()
+{
+    QFETCH(QString, label);
+    QFETCH(QString, typed);
+    Answers answers({Answers::number(typed)});
+    QTest::mouseClick(m_dialog->findChild<QLabel*>(label), Qt::LeftButton);
+    QVERIFY(answers.allGiven());
+    QTEST(shown(label), "taken");
+}
+
+void TestTRSelect::typeFromTheMenu()
+{
+    const QStringList names = TRSelect::typeNames();
+    QCOMPARE(names.size(), 18);
+    QCOMPARE(shown(QStringLiteral("TRamplX")), QStringLiteral("0.00"));
+    for (int type : {17, 0, 9}) {
+        Answers answers({Answers::entry(type)});
+        button(QStringLiteral("TRtype"))->click();
+        QCOMPARE(m_dialog->type(), type);
+        QCOMPARE(button(QStringLiteral("TRtype"))->text(), names[type]);
+    }
+    Answers answers({Answers::entry(-1)});
+    button(QStringLiteral("TRtype"))->click();
+    QCOMPARE(m_dialog->type(), 9);
+}
+
+void TestTRSelect::choices_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<int>("choice");
+    QTest::newRow("on") << "pbOn" << 1;
+    QTest::newRow("off") << "pbOff" << 2;
+    QTest::newRow("leave") << "pbClear" << 0;
+}
+
+void TestTRSelect::choices()
+{
+    QFETCH(QString, name);
+    button(name)->click();
+    QCOMPARE(m_dialog->result(), int(QDialog::Accepted));
+    QTEST(int(m_dialog->choice()), "choice");
+}
+
+void TestTRSelect::settingsComeBack()
+{
+    Raster raster;
+    raster.kind = Raster::On;
+    raster.type = 12;
+    raster.ampX = -99.99f;
+    raster.ampY = 0.01f;
+    raster.angle = 359;
+    raster.freq = 0;
+    raster.shiftX = 5.5f;
+    raster.shiftY = -5.5f;
+    raster.param = -7;
+    raster.cw = 1;
+    m_dialog->setRaster(raster);
+    const Raster back = m_dialog->raster();
+    QCOMPARE(TRSelect::summary(back), QStringLiteral("Звезда №2; -99.99x0.01; 359; 0; 5.50x-5.50; -7; 1"));
+    QCOMPARE(back.ampX, raster.ampX);
+
+    raster.kind = Raster::Off; // a raster that is not on starts from nothing
+    m_dialog->setRaster(raster);
+    QCOMPARE(TRSelect::summary(m_dialog->raster()),
+             QStringLiteral("Точка; 0.00x0.00; 0; 0; 0.00x0.00; 0; 0"));
+}
+
+void TestTRSelect::noisySettingsAreBounded()
+{
+    Raster raster;
+    raster.kind = Raster::On;
+    raster.type = 99;
+    raster.ampX = std::numeric_limits<float>::quiet_NaN();
+    raster.ampY = 1e30f;
+    raster.angle = -5;
+    raster.freq = 2'000'000'000;
+    m_dialog->setRaster(raster);
+    QCOMPARE(TRSelect::summary(m_dialog->raster()),
+             QStringLiteral("; 0.00x100.00; 0; 1000; 0.00x0.00; 0; 0"));
+}
+
+void TestTRSelect::targetsAreLargeEnough()
+{
+    for (const QAbstractButton* target : m_dialog->findChildren<QAbstractButton*>()) {
+        QVERIFY2(target->height() >= 56 && target->width() >= 56, qPrintable(target->objectName()));
+        const QSize text = target->fontMetrics().size(0, target->text());
+        QVERIFY2(text.width() < target->width() && text.height() < target->height(),
+                 qPrintable(target->objectName()));
+    }
+}
+
+QTEST_MAIN(TestTRSelect)
+
+#include "test_trselect.moc"

@@ -23,7 +23,8 @@ struct MotionPrograms
 // Channel 3: beam current, focus and raster along the technology table.
 QString technologyProgram(const WeldTables& tables);
 
-// Channels 1 and 2 of a weld. `stage` is read and advanced: stops counted, restart blocks marked.
+// Channels 1 and 2 of a weld. `stage` is read and advanced: stops counted anew, the restart blocks of this
+// stage's stop marked.
 MotionPrograms contourPrograms(const WeldTables& tables, WeldStage& stage);
 
 // Channels 1 and 2 of a pass without beam and stops, at one speed (mm/min) throughout.

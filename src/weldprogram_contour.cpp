@@ -282,17 +282,17 @@ void ContourBuilder::moveArc(const QList<float>& to, const Frame& frame, const Q
     const bool counterClockwise = (frame.direction == 1) == m_contour.moveForward;
     QString plane, words;
     switch (frame.plane) {
-    case 0:
-        plane = "G17";
-        words = word("x=", to[0]) + word(" y=", to[1]) + radius + word(" z=", to[2]);
+    case 1:
+        plane = "G18";
+        words = word("x=", to[0]) + word(" z=", to[2]) + radius + word(" y=", to[1]);
         break;
     case 2:
         plane = "G19";
         words = word("y=", to[1]) + word(" z=", to[2]) + radius + word(" x=", to[0]);
         break;
     default:
-        plane = "G18";
-        words = word("x=", to[0]) + word(" z=", to[2]) + radius + word(" y=", to[1]);
+        plane = "G17";
+        words = word("x=", to[0]) + word(" y=", to[1]) + radius + word(" z=", to[2]);
         break;
     }
     m_ch1.block(plane);

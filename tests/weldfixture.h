@@ -4,6 +4,8 @@
 #include "weldgeometry.h"
 #include "weldtables.h"
 
+#include <QtTest>
+
 #include <memory>
 
 // Weld tables for tests, with the schema that they point to.
@@ -74,4 +76,39 @@ inline Frame arc(float radius, int direction, int plane)
     frame.direction = direction;
     frame.plane = plane;
     return frame;
+}
+
+// A ring of 100 mm in four points, the manipulator at rest.
+inline Weld ring(int nrings)
+{
+    Weld weld(new SchemaCircle(100, 4));
+    for (float angle : {0.0f, 90.0f, 180.0f, 270.0f})
+        weld.point({angle, 10, 20, 30});
+    weld.closed(nrings).measure();
+    return weld;
+}
+
+// A half circle of 100 mm in three points.
+inline Weld halfCircle(int plane = 0)
+{
+    Weld weld(new SchemaXYZr(100, 0, plane));
+    const PlaneColumns columns = planeColumns(plane);
+    for (const auto& [first, second] :
+         {std::pair(50.0f, 0.0f), std::pair(0.0f, 50.0f), std::pair(-50.0f, 0.0f)}) {
+        QList<float> c{5, 5, 5};
+        c[columns.first] = first;
+        c[columns.second] = second;
+        weld.point(c);
+    }
+    weld.measure();
+    return weld;
+}
+
+// Compares line by line, so that a failure shows the first line that differs.
+inline void compare(const QString& program, const QStringList& expected)
+{
+    const QStringList lines = program.split('\n');
+    for (int i = 0; i < qMin(lines.size(), expected.size()); ++i)
+        QCOMPARE(lines[i], expected[i]);
+    QCOMPARE(program, expected.join('\n'));
 }

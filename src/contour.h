@@ -75,6 +75,7 @@ public:
     void setTechSettings(bool test, bool focus, bool yokeX, bool yokeY, float If, float Ix, float Iy, float D,
                          int plane);
     bool tableValid() const { return m_tableValid; }
+    bool inverted() const { return m_inverted; } // turned around an odd number of times
 
     // Files, each `path` without its extension and without the site's root. One that cannot be opened
     // changes nothing.

@@ -39,7 +39,7 @@ const char* const tabLook =
     "QTabBar::tab:disabled { background: #e6e6e6; color: #8c8c8c; }";
 
 const char* const tableLook =
-    "QTableWidget { font-size: 13pt; gridline-color: #a9b2c6; alternate-background-color: #e3e8f4;"
+    "QTableWidget { font-size: 13pt; gridline-color: #a9b2c6;"
     " background: white; color: black; selection-background-color: #00d6ff; selection-color: black; }"
     "QHeaderView { background: #e9ecf3; border: none; }"
     "QHeaderView::section { background: #d3d8e4; color: black; padding: 0px 1px; border: none;"
@@ -146,6 +146,9 @@ void CONTOUR::dress()
     }
     for (QTableWidget* table : {ui->twContour, ui->twTechTab}) {
         table->setItemDelegate(new CellDelegate(table));
+        QPalette palette = table->palette();
+        palette.setColor(QPalette::AlternateBase, QColor(0xe3, 0xe8, 0xf4));
+        table->setPalette(palette);
         QFont font = table->font();
         font.setPointSize(12);
         font.setStretch(QFont::SemiCondensed);

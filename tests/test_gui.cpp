@@ -95,6 +95,7 @@ private slots:
     void channelStates();
     void channelModes();
     void programName();
+    void lastContourIsNamed();
     void pressures();
     void regimes();
     void login();
@@ -293,6 +294,17 @@ void TestGui::programName()
     QCOMPARE(colour("lblContour"), QColor(Qt::red));
     m_gui->setProgramName(QStringLiteral("//"), false);
     QCOMPARE(m_gui->programName(), QString());
+}
+
+void TestGui::lastContourIsNamed()
+{
+    QFile file(site().path(QStringLiteral("/home/oper/bin/contours/contour.save")));
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write("weld\nXYZ\n-1 0 0\n0 -1\n0 1\n600\n0\n0\n");
+    file.close();
+    start();
+    QCOMPARE(m_gui->programName(), QStringLiteral("contour"));
+    QCOMPARE(w<QLabel>(QStringLiteral("lblContour"))->text(), QStringLiteral("contour"));
 }
 
 void TestGui::pressures()

@@ -14,7 +14,7 @@ class SaveFile
 {
 public:
     static constexpr qint64 maxBytes = 16 * 1024 * 1024; // what lies beyond is not read
-    static constexpr int maxRows = 50'000;              // of one table
+    static constexpr int maxRows = 50'000;               // of one table
 
     // The whole text of a file, read once.
     explicit SaveFile(const QString& text);

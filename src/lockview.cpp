@@ -1,5 +1,7 @@
 #include "lockview.h"
 
+#include "widgets.h"
+
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QVBoxLayout>
@@ -101,10 +103,11 @@ void LockGroup::mouseReleaseEvent(QMouseEvent*)
     removePopup();
 }
 
-void LockGroup::hideEvent(QHideEvent* event)
+bool LockGroup::event(QEvent* event)
 {
-    removePopup();
-    QFrame::hideEvent(event);
+    if (liftMayBeLost(*this, *event))
+        removePopup();
+    return LockLine::event(event);
 }
 
 void LockGroup::removePopup()

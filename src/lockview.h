@@ -81,9 +81,9 @@ public:
     void addLock(Lock* lock); // shown in the order of adding; not owned
 
 protected:
+    bool event(QEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
-    void hideEvent(QHideEvent* event) override;
 
 private:
     void removePopup();

@@ -167,6 +167,8 @@ bool StateButton::event(QEvent* event)
     if (event->type() == QEvent::Polish || event->type() == QEvent::StyleChange ||
         event->type() == QEvent::EnabledChange)
         showFace();
+    if (liftMayBeLost(*this, *event))
+        m_popup.reset();
     return handled;
 }
 
@@ -202,12 +204,6 @@ void StateButton::resizeEvent(QResizeEvent* event)
 {
     QPushButton::resizeEvent(event);
     placeFrame();
-}
-
-void StateButton::hideEvent(QHideEvent* event)
-{
-    m_popup.reset();
-    QPushButton::hideEvent(event);
 }
 
 void StateButton::mousePressEvent(QMouseEvent*)

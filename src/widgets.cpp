@@ -4,6 +4,14 @@
 #include <QMouseEvent>
 #include <QPushButton>
 
+#include <limits>
+
+bool liftMayBeLost(const QWidget& widget, const QEvent& event)
+{
+    return event.type() == QEvent::Hide || event.type() == QEvent::WindowBlocked ||
+           (event.type() == QEvent::EnabledChange && !widget.isEnabled());
+}
+
 PoSprite::PoSprite(QWidget* parent)
     : QLabel(parent)
 {}
@@ -27,7 +35,8 @@ void PoSprite::changedState(int state)
 
 void PoSprite::changedState(float state)
 {
-    setSprite(int(state));
+    constexpr float edge = 2147483648.0F; // not a number compares false, too
+    setSprite(state >= -edge && state < edge ? int(state) : std::numeric_limits<int>::min());
 }
 
 void PoSprite::mousePressEvent(QMouseEvent*)
@@ -251,10 +260,12 @@ void MyFrame::closeEvent(QCloseEvent* event)
     QFrame::closeEvent(event);
 }
 
-void MyFrame::hideEvent(QHideEvent* event)
+bool MyFrame::event(QEvent* event)
 {
-    endDrag();
-    QFrame::hideEvent(event);
+    // A grab that outlived its finger would keep every press from the rest of the panel.
+    if (liftMayBeLost(*this, *event))
+        endDrag();
+    return QFrame::event(event);
 }
 
 void MyFrame::mousePressEvent(QMouseEvent* event)

@@ -16,6 +16,10 @@ class QPushButton;
 constexpr int panelWidth = 1920;
 constexpr int panelHeight = 1200;
 
+// Whether from this event of `widget` on a finger may lift unseen (hidden, disabled, or blocked by a modal
+// dialog): what lives only while the finger is down must end with it.
+bool liftMayBeLost(const QWidget& widget, const QEvent& event);
+
 // A lamp: shows the image of a state.
 class PoSprite : public QLabel
 {
@@ -31,7 +35,7 @@ public:
 
 public slots:
     void changedState(int state);
-    void changedState(float state); // the fraction is cut off
+    void changedState(float state); // the fraction is cut off; what fits no integer has no image
 
 signals:
     void clicked(); // at the press
@@ -132,8 +136,8 @@ public:
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
+    bool event(QEvent* event) override;
     void closeEvent(QCloseEvent* event) override; // closing is the dialog's rejection
-    void hideEvent(QHideEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;

@@ -274,7 +274,6 @@ private slots:
             return QStringList{QStringLiteral("Ошибка чтения пользователя \"%1\"").arg(login)};
         };
 
-        row("empty", "", {damaged}, {});
         row("foreign magic", QByteArray("\xA1\xF4\1\0", 4) + good, {damaged}, {});
         row("1024 users", header(1024) + good, {damaged}, {});
         row("1023 users, one there", header(1023) + good, {}, {"good"});
@@ -287,13 +286,17 @@ private slots:
         row("name of 0", header(2) + account("good", "", 2) + next, {damaged}, {});
         row("name of 127", header(1) + account("good", QByteArray(127, 'n'), 2), {}, {"good"});
         row("name of 128", header(2) + account("good", QByteArray(128, 'n'), 2) + next, {damaged}, {});
+        row("texts cut short by a zero byte",
+            header(2) + account(QByteArray("a\0c", 3), QByteArray(1, '\0'), 2) + next, {}, {"a", "next"});
+        row("texts that are no UTF-8", header(2) + account("good", QByteArray(127, '\xC8'), 2) + next, {},
+            {"good", "next"});
         row("digest of 0", header(2) + account("good", "n", 2, "") + next, {damaged}, {});
         row("digest of 31", header(1) + account("good", "n", 2, QByteArray(31, 'd')), {}, {"good"});
         row("digest of 32", header(2) + account("good", "n", 2, QByteArray(32, 'd')) + next, {damaged}, {});
         row("lengths of 65535", header(2) + good + QByteArray(8, '\xFF') + next, {damaged}, {"good"});
 
         row("unknown level", header(2) + account("seven", "Имя", 7) + next, refused("seven"), {"next"});
-        row("su in the file", header(2) + account("su\0", "Имя", 2) + next, {damaged}, {});
+        row("su in the file", header(2) + account("su", "Имя", 2) + next, {damaged}, {});
         row("su behind a zero byte", header(2) + account(QByteArray("su\0", 3), "Имя", 2) + next,
             refused("su"), {"next"});
         row("twice the same", header(3) + good + account("good", "Другой", 1) + next, refused("good"),
@@ -340,19 +343,24 @@ private slots:
     void noiseNeverCostsTheBuiltInAccount()
     {
         QRandomGenerator random(20260101);
-        for (int round = 0; round < 300; ++round) {
+        for (int round = 0; round < 150; ++round) {
             QByteArray bytes = header(int(random.bounded(1, 6)));
             for (int i = 0; i < 5; ++i)
                 bytes += account(QByteArray("user") + char('a' + i), "Имя", random.bounded(4));
             for (int i = random.bounded(1, 12); i > 0; --i)
                 bytes[random.bounded(bytes.size())] = char(random.bounded(256));
             putFile(bytes);
-            const auto manager = start();
+            auto manager = start();
             QVERIFY(manager->logIn("su", "46920137"));
-            QVERIFY(manager->users().size() <= 6);
             for (const QString& text : m_operator->takeTexts())
                 QVERIFY2(text == damaged || text.startsWith("Ошибка чтения пользователя \""),
                          qPrintable(text));
+            // What was read once is read again.
+            const QStringList read = logins(*manager);
+            manager.reset();
+            manager = start();
+            QCOMPARE(m_operator->takeTexts(), QStringList());
+            QCOMPARE(logins(*manager), read);
         }
     }
 
@@ -516,17 +524,10 @@ private slots:
     {
         const auto manager = start();
         RegistrationDialog dialog(&m_console->window, "Добавление пользователя", manager.get());
-        const QPair<QString, int> names[] = {
-            {QString(200, QChar(u'Ж')), 126},
-            {QString(200, QChar(u'№')), 126},
-            {"a" + QString::fromUcs4(U"\U0001F600").repeated(60), 125},
-            {QString(127, 'n'), 127},
-        };
-        for (const auto& [name, bytes] : names) {
-            type(&dialog, "leName", name);
-            QCOMPARE(dialog.getName().toUtf8().size(), bytes);
-            QVERIFY(name.startsWith(dialog.getName()));
-        }
+        type(&dialog, "leName", QString(200, QChar(u'Ж')));
+        QCOMPARE(dialog.getName(), QString(63, QChar(u'Ж')));
+        type(&dialog, "leName", "a" + QString::fromUcs4(U"\U0001F600").repeated(60));
+        QCOMPARE(dialog.getName().toUtf8().size(), 125); // no half of a character
     }
 
     void thePanelListsAddsAndNeverRemoves()

@@ -145,6 +145,7 @@ bool isEnter(const QKeyEvent* event)
 void showBox(QMessageBox::Icon icon, QWidget* parent, const QString& title, const QString& text)
 {
     QMessageBox box(icon, title, text, QMessageBox::Ok, parent);
+    box.setTextFormat(Qt::PlainText); // a login from the file is shown as it stands
     box.setFont(touchFont(16));
     // Wide enough for the whole line, as a path broken in two is hard to read.
     if (auto* label = box.findChild<QLabel*>(QStringLiteral("qt_msgbox_label")))
@@ -306,10 +307,8 @@ QString RegistrationDialog::complaint() const
 
 void RegistrationDialog::limitName()
 {
-    // A longer name would be written but not read back, and the accounts behind it would be lost.
-    QString name = m_name->text();
-    while (name.toUtf8().size() > maxNameBytes)
-        name.chop(name.size() > 1 && QChar(name.back()).isLowSurrogate() ? 2 : 1);
+    // What does not go into the file is not to be typed.
+    const QString name = cutToBytes(m_name->text(), maxNameBytes);
     if (name != m_name->text())
         m_name->setText(name);
 }

@@ -47,7 +47,22 @@ QString text(const QByteArray& field)
     return QString::fromUtf8(field.constData());
 }
 
+QByteArray field(const QString& text, const Range& range)
+{
+    QByteArray bytes = cutToBytes(text, range.to).toUtf8();
+    // A zero byte may have cut a text short when it was read, and a length out of its range would cost
+    // all accounts behind this one.
+    return bytes.leftJustified(range.from, '\0');
+}
+
 } // namespace
+
+QString cutToBytes(QString text, int bytes)
+{
+    while (text.toUtf8().size() > bytes)
+        text.chop(text.size() > 1 && QChar(text.back()).isLowSurrogate() ? 2 : 1);
+    return text;
+}
 
 int readUserCount(QIODevice& file)
 {
@@ -81,8 +96,8 @@ void writeUserCount(QIODevice& file, int count)
 
 void writeUser(QIODevice& file, const UserRecord& record)
 {
-    const QByteArray login = record.login.toUtf8();
-    const QByteArray name = record.name.toUtf8();
+    const QByteArray login = field(record.login, loginBytes);
+    const QByteArray name = field(record.name, nameBytes);
     writeWords(file, std::array{login.size(), name.size(), record.password.size(), record.group});
     file.write(login);
     file.write(name);

@@ -33,10 +33,14 @@ enum class UserRead {
 
 // The number of users that follow, -1 for a header that is short, foreign or out of range.
 int readUserCount(QIODevice& file);
+// `text` without the characters at its end that would take it beyond `bytes` bytes of UTF-8.
+QString cutToBytes(QString text, int bytes);
+
 // A zero byte in a text ends that text; the bytes behind it are passed over.
 UserRead readUser(QIODevice& file, UserRecord* record);
 
 void writeUserCount(QIODevice& file, int count);
+// Texts are written so that they can be read back: cut to the most, filled with zero bytes to the least.
 void writeUser(QIODevice& file, const UserRecord& record);
 
 } // namespace Autorization

@@ -1,5 +1,6 @@
 #include "gui.h"
 #include "singleinstance.h"
+#include "styleloader.h"
 #include "widgets.h"
 
 #include <QApplication>
@@ -15,6 +16,7 @@ int main(int argc, char* argv[])
     }
     Gui gui;
     QApplication::setStyle(new MyWinStyle);
+    StyleLoader::attach(StyleLoader::defaultStyleFile(), Qt::Key_F5); // the sheet stands on the style
     gui.setWindowTitle(QStringLiteral("Программа управления МИРТА"));
     if (!gui.autorizationAccepted())
         return 0;

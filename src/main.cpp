@@ -1,25 +1,9 @@
-#include "gui.h"
-#include "singleinstance.h"
-#include "styleloader.h"
-#include "widgets.h"
+#include "consoleapp.h"
 
 #include <QApplication>
-
-#include <cstdio>
 
 int main(int argc, char* argv[])
 {
     QApplication app(argc, argv);
-    if (!checkSingleInstance()) {
-        std::fputs("poMIRTA already running\n", stderr);
-        return -1;
-    }
-    Gui gui;
-    QApplication::setStyle(new MyWinStyle);
-    StyleLoader::attach(StyleLoader::defaultStyleFile(), Qt::Key_F5); // the sheet stands on the style
-    gui.setWindowTitle(QStringLiteral("Программа управления МИРТА"));
-    if (!gui.autorizationAccepted())
-        return 0;
-    gui.show();
-    return QApplication::exec();
+    return runConsole();
 }

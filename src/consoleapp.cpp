@@ -1,0 +1,26 @@
+#include "consoleapp.h"
+
+#include "gui.h"
+#include "singleinstance.h"
+#include "styleloader.h"
+#include "widgets.h"
+
+#include <QApplication>
+
+#include <cstdio>
+
+int runConsole()
+{
+    if (!checkSingleInstance()) {
+        std::fputs("poMIRTA already running\n", stderr);
+        return -1;
+    }
+    Gui gui;
+    QApplication::setStyle(new MyWinStyle);
+    StyleLoader::attach(StyleLoader::defaultStyleFile(), Qt::Key_F5); // the sheet stands on the style
+    gui.setWindowTitle(QStringLiteral("Программа управления МИРТА"));
+    if (!gui.autorizationAccepted())
+        return 0;
+    gui.show();
+    return QApplication::exec();
+}

@@ -365,9 +365,9 @@ QList<float> WeldPath::onCircle(double path, const CircleStart& start) const
 
 int passesLeftOut(double stretch, double length)
 {
-    // The table's two decimals may put the end of a pass behind the pass: that is no pass to leave out.
-    const double sure = stretch - 0.01;
-    if (!(length > 0) || !(sure > length))
+    // The end of a pass may be written a little behind the pass by the table's two decimals. Without beam
+    // that pass is left out as well: the pause of channel 3 counts it by the same comparison.
+    if (!(length > 0) || !(stretch > length))
         return 0;
-    return int(std::min(std::ceil(sure / length) - 1, 1e9));
+    return int(std::min(std::ceil(stretch / length) - 1, 1e9));
 }

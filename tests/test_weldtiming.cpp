@@ -246,7 +246,7 @@ QVector<Mark> Sample::marks(QVector<double>* stretches)
             continue;
         const double way = double(row.path) - double(before.path);
         if (round && row.Ir == 0.0f && before.Ir == 0.0f && row.If == before.If) {
-            for (double rest = way - 0.01; rest > pass; rest -= pass)
+            for (double rest = way; rest > pass; rest -= pass)
                 leftOut += pass;
         }
         const double u = double(row.path) - leftOut;

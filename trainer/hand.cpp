@@ -9,18 +9,21 @@
 #include <QMenu>
 #include <QMessageBox>
 #include <QPainter>
+#include <QScreen>
 #include <QTabWidget>
 #include <QTableWidget>
 #include <QThread>
 #include <QWindow>
 #include <QtTest/qtestkeyboard.h>
 #include <QtTest/qtestmouse.h>
+#include <qpa/qwindowsysteminterface.h>
 
 #include <thread>
 
 namespace {
 
-constexpr int kPollPeriod = 10; // ms
+constexpr int kPollPeriod = 10;     // ms
+constexpr QSize kPanel(1920, 1200); // the machine's screen
 
 // Windows from the topmost down: the open popup, the modal window, then the rest.
 QWidgetList windowsFromTop()
@@ -51,10 +54,10 @@ void send(QWidget* widget, QPoint at, bool down)
     if (!window)
         return;
     const QPoint local = widget->mapTo(top, at);
-    if (down)
-        QTest::mousePress(window, Qt::LeftButton, Qt::NoModifier, local);
-    else
-        QTest::mouseRelease(window, Qt::LeftButton, Qt::NoModifier, local);
+    // Delivered within the call: a press and its lifting can then not change places in a queue.
+    QWindowSystemInterface::handleMouseEvent<QWindowSystemInterface::SynchronousDelivery>(
+        window, local, window->mapToGlobal(local), down ? Qt::LeftButton : Qt::NoButton, Qt::LeftButton,
+        down ? QEvent::MouseButtonPress : QEvent::MouseButtonRelease);
 }
 
 struct LastTouch
@@ -294,7 +297,6 @@ void Hand::tapMenu(const QString& text)
                         send(m, at, false);
                 },
                 Qt::QueuedConnection);
-            QTest::mouseMove(menu->windowHandle(), at);
             send(menu, at, true);
         },
         Qt::QueuedConnection);
@@ -343,6 +345,8 @@ void Hand::type(const QString& text)
 void Hand::enterNumber(const QString& number)
 {
     waitVisible(QStringLiteral("pbEnter"));
+    QPointer<QWidget> enter;
+    onScreen([&] { enter = find(QStringLiteral("pbEnter")); });
     tap(QStringLiteral("pbClear"));
     const bool negative = number.startsWith('-');
     for (const QChar c : negative ? number.mid(1) : number)
@@ -350,7 +354,8 @@ void Hand::enterNumber(const QString& number)
     if (negative)
         tap(QStringLiteral("pbSign"));
     tap(QStringLiteral("pbEnter"));
-    waitGone(QStringLiteral("pbDecimal"));
+    // Another keypad may follow at once.
+    waitFor(QStringLiteral("keypad gone"), [&] { return !enter || !enter->isVisible(); });
 }
 
 void Hand::closeBox()
@@ -429,7 +434,7 @@ int Hand::currentRow(const QString& table)
 void Hand::grab(const QString& file)
 {
     onScreen([&] {
-        QImage screen(1920, 1200, QImage::Format_RGB32);
+        QImage screen(kPanel, QImage::Format_RGB32);
         screen.fill(Qt::black);
         QPainter painter(&screen);
         QWidgetList windows = windowsFromTop();
@@ -452,10 +457,44 @@ void Hand::grab(const QString& file)
     });
 }
 
+namespace {
+
+// A screen smaller than the machine's would cut the console's window to its own size. The script sees the
+// window as the machine shows it.
+class WholeWindow : public QObject
+{
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override
+    {
+        auto* window = qobject_cast<QWidget*>(watched);
+        if (event->type() == QEvent::Show && window && window->isFullScreen()) {
+            QMetaObject::invokeMethod(
+                window,
+                [window] {
+                    window->setWindowState(Qt::WindowNoState);
+                    window->setGeometry(QRect(QPoint(), kPanel));
+                },
+                Qt::QueuedConnection);
+        }
+        return false;
+    }
+};
+
+} // namespace
+
 QString runScript(const std::function<void()>& console, const std::function<void()>& script)
 {
     QString trouble;
     std::atomic<bool> over{false};
+    bool consoleOver = false; // window's thread
+    WholeWindow wholeWindow;
+    qApp->installEventFilter(&wholeWindow);
+    // Menus and dialogs keep to the screen, which without a display is smaller than the machine's.
+    QScreen* screen = QGuiApplication::primaryScreen();
+    if (screen->geometry().width() < kPanel.width()) {
+        const QRect panel(QPoint(), kPanel);
+        QWindowSystemInterface::handleScreenGeometryChange(screen, panel, panel);
+    }
     // The thread starts with the console's first event loop, so that windows exist to be touched.
     std::thread operatorThread;
     QMetaObject::invokeMethod(
@@ -471,7 +510,10 @@ QString runScript(const std::function<void()>& console, const std::function<void
                 // Closes whatever is still open, until the last loop has ended.
                 QMetaObject::invokeMethod(
                     qApp,
-                    [] {
+                    [&] {
+                        // An exit without a loop to end would end the first loop of the next console.
+                        if (consoleOver)
+                            return;
                         for (QWidget* top : QApplication::topLevelWidgets()) {
                             if (auto* dialog = qobject_cast<QDialog*>(top))
                                 dialog->reject();
@@ -493,11 +535,14 @@ QString runScript(const std::function<void()>& console, const std::function<void
         },
         Qt::QueuedConnection);
     console();
+    consoleOver = true;
     if (operatorThread.joinable()) {
         // The console may have ended first; the script's last questions still want an answer.
         while (!over)
             QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
         operatorThread.join();
     }
+    // What was meant for this console must not reach the next one.
+    QCoreApplication::sendPostedEvents();
     return trouble;
 }

@@ -64,6 +64,8 @@ public:
     // Throws when the condition is false.
     static void expect(bool condition, const QString& what);
 
+    int patience() const { return m_patience; }
+
 private:
     QWidget* find(const QString& name) const; // window's thread; the topmost visible one, null for none
     void touch(const QString& name, const std::function<QPoint(QWidget*)>& where, bool down, bool up);

@@ -12,7 +12,7 @@ constexpr int kEndTimeout = 3'000;    // ms
 int freeUdpPort()
 {
     QUdpSocket socket;
-    socket.bind(QHostAddress::LocalHost);
+    socket.bind(QHostAddress(QHostAddress::LocalHost), 0);
     return socket.localPort();
 }
 

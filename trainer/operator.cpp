@@ -1,0 +1,70 @@
+#include "operator.h"
+
+#include <QApplication>
+#include <QElapsedTimer>
+
+#include <cmath>
+
+void Operator::logIn()
+{
+    waitVisible("leLogin");
+    type("su");
+    tap("lePassword");
+    type("46920137");
+    tap("pbEnter");
+    waitVisible("frameHead");
+    waitFor("the whole window", [] {
+        for (QWidget* top : QApplication::topLevelWidgets()) {
+            if (top->findChild<QWidget*>("frameHead"))
+                return top->width() == 1920 && !top->isFullScreen();
+        }
+        return false;
+    });
+}
+
+void Operator::switchOn(bool virtualAxes)
+{
+    tap("sbDrives");
+    waitEnabled("sbTrans");
+    if (!virtualAxes)
+        return;
+    tap("sbTrans");
+    waitVisible("frmVirtual");
+}
+
+void Operator::setSpeed(const QString& axis, const QString& speed)
+{
+    tap("speed" + axis);
+    tap("lblFree");
+    enterNumber(speed);
+    waitText("speed" + axis, speed);
+}
+
+void Operator::waitIdle()
+{
+    waitText("channel1State", "бездействие", 60'000);
+    waitText("channel2State", "бездействие", 60'000);
+}
+
+void Operator::moveTo(const QString& axis, const QString& coordinate)
+{
+    tap("coord" + axis);
+    tap("lblCoord");
+    enterNumber(coordinate);
+    waitEnabled("pbStart");
+    tap("pbStart");
+    waitGone("pbStart");
+    waitText("coord" + axis, QString::number(coordinate.toDouble(), 'f', 2));
+    waitIdle();
+}
+
+void Operator::jog(const QString& button, const QString& axis, double distance)
+{
+    const double start = text("coord" + axis).toDouble();
+    press(button);
+    QElapsedTimer timer;
+    timer.start();
+    while (std::abs(text("coord" + axis).toDouble() - start) < distance)
+        expect(timer.elapsed() < patience(), "motion of " + axis);
+    release();
+}

@@ -1,0 +1,28 @@
+#pragma once
+
+#include "hand.h"
+
+// What an operator does every day, in terms of touches. Same rules as for Hand: from the script's thread.
+class Operator : public Hand
+{
+public:
+    using Hand::Hand;
+
+    // The login dialog, as «su».
+    void logIn();
+
+    // Drives on and, if wanted, the mode of the virtual axes.
+    void switchOn(bool virtualAxes);
+
+    // Sets the jog speed of an axis by the free entry of its selector.
+    void setSpeed(const QString& axis, const QString& speed);
+
+    // Waits until the motion channels have ended their programs.
+    void waitIdle();
+
+    // Sends an axis to a coordinate by its fixed move dialog and waits until it stands there.
+    void moveTo(const QString& axis, const QString& coordinate);
+
+    // Holds a jog button until the coordinate has changed by at least `distance`, then lets go.
+    void jog(const QString& button, const QString& axis, double distance);
+};

@@ -1,0 +1,217 @@
+#include "tour.h"
+
+#include "consoleapp.h"
+#include "operator.h"
+#include "plantprocess.h"
+
+#include <QDir>
+#include <QThread>
+
+#include <cstdio>
+
+namespace {
+
+class Tour
+{
+public:
+    Tour(PlantProcess* plant, const QString& folder)
+        : m_plant(plant)
+        , m_folder(folder)
+    {}
+
+    void play()
+    {
+        login();
+        jogging();
+        contour();
+        technology();
+        weld();
+        channels();
+        keySwitch();
+    }
+
+private:
+    void picture(const QString& name)
+    {
+        QThread::msleep(300); // a blink of a lock pattern and the last repaint
+        m_hand.grab(
+            QStringLiteral("%1/%2-%3.png").arg(m_folder).arg(++m_number, 2, 10, QChar('0')).arg(name));
+    }
+
+    void login()
+    {
+        m_hand.waitVisible("leLogin");
+        m_hand.type("su");
+        picture("login");
+        m_hand.tap("lePassword");
+        m_hand.type("46920137");
+        m_hand.tap("pbEnter");
+        m_hand.waitVisible("frameHead");
+        picture("at-rest");
+    }
+
+    void jogging()
+    {
+        m_hand.tap("sbDrives");
+        m_hand.waitEnabled("sbTrans");
+        m_hand.tap("speedLX");
+        m_hand.waitVisible("lblFree");
+        picture("speed-selector");
+        m_hand.tap("lblFree");
+        m_hand.waitVisible("pbDecimal");
+        picture("keypad");
+        m_hand.enterNumber("1500");
+        m_hand.setSpeed("LY", "1500");
+        m_hand.press("pbPlusLX");
+        m_hand.waitFor("motion", [] { return true; });
+        QThread::msleep(500);
+        picture("jogging");
+        m_hand.release();
+        m_hand.tap("coordLX");
+        m_hand.waitVisible("lblCoord");
+        picture("fixed-move");
+        m_hand.key(Qt::Key_Escape);
+        m_hand.waitGone("lblCoord");
+        m_hand.tap("sbTrans");
+        m_hand.waitVisible("frmVirtual");
+        m_hand.setSpeed("Z", "1500");
+        picture("virtual-axes");
+    }
+
+    void contour()
+    {
+        m_hand.tap("pbNew");
+        QThread::msleep(200);
+        picture("schemes");
+        m_hand.tapMenu("Смешаная интерполяция");
+        const char* points[][2] = {{"0", "0"}, {"120", "0"}, {"120", "60"}, {"0", "60"}};
+        for (const auto& point : points) {
+            m_hand.moveTo("LX", point[0]);
+            m_hand.moveTo("LY", point[1]);
+            m_hand.tap("pbIns");
+        }
+        m_hand.tap("contourSpeed");
+        m_hand.enterNumber("2400");
+        m_hand.tap("pbRing");
+        QThread::msleep(200);
+        picture("closing");
+        m_hand.tapMenu("Прямым ходом");
+        picture("contour");
+        m_hand.tap("pbDel");
+        m_hand.waitVisible("pbNo");
+        picture("confirmation");
+        m_hand.tap("pbNo");
+        m_hand.tapCell("twContour", 0, 0);
+        m_hand.waitText("coordLX", "0.00");
+        m_hand.waitText("coordLY", "0.00");
+        m_hand.waitIdle();
+        m_hand.tap("pbSave");
+        m_hand.waitVisible("listWidget_prog");
+        m_hand.tap("pbSave_as");
+        picture("file-dialog");
+        m_hand.type("contour");
+        m_hand.key(Qt::Key_Return);
+        m_hand.waitGone("listWidget_prog");
+    }
+
+    void addTechRow(const QString& path, const QString& current)
+    {
+        const int last = m_hand.rows("twTechTab") - 1;
+        m_hand.tapCell("twTechTab", last, 0);
+        m_hand.tap("pbInsTechPoint");
+        m_hand.tapCell("twTechTab", last, 0);
+        m_hand.enterNumber(path);
+        m_hand.tapCell("twTechTab", last, 1);
+        m_hand.enterNumber(current);
+    }
+
+    void technology()
+    {
+        m_hand.tapTab("contour", 1);
+        m_hand.tap("weldSpeed");
+        m_hand.enterNumber("900");
+        addTechRow("20", "35");
+        m_hand.tap("pbTemplate");
+        QThread::msleep(200);
+        picture("templates");
+        m_hand.tapMenu("Останов");
+        addTechRow("150", "35");
+        addTechRow("340", "35");
+        m_hand.tapCell("twTechTab", 1, 6);
+        m_hand.waitVisible("TRtype");
+        picture("raster");
+        m_hand.tap("pbOn");
+        m_hand.waitGone("TRtype");
+        picture("technology");
+        m_hand.tap("pbSettings");
+        m_hand.waitVisible("pbSettingsDone");
+        picture("settings");
+        m_hand.tap("pbSettingsCancel");
+        m_hand.waitGone("pbSettingsDone");
+    }
+
+    void weld()
+    {
+        m_hand.tap("pbGcode");
+        m_hand.waitText("channel1State", "выполнение");
+        QThread::msleep(500);
+        picture("welding");
+        m_hand.waitText("pbGcode", "ДАЛЕЕ", 120'000);
+        m_hand.waitText("channel1State", "бездействие");
+        picture("technological-stop");
+        m_hand.tap("pbGcode");
+        m_hand.waitText("channel1State", "выполнение");
+        m_hand.waitText("channel3State", "бездействие", 240'000);
+        m_hand.waitText("channel1State", "бездействие");
+        m_hand.tapTab("contour", 0);
+        picture("weld-done");
+    }
+
+    void channels()
+    {
+        const char* names[] = {"channel-1", "channel-2", "channel-3"};
+        for (int i = 0; i < 3; ++i) {
+            m_hand.tapTab("contour", 2 + i);
+            picture(names[i]);
+        }
+        m_hand.tapTab("contour", 0);
+        m_hand.tap("pbUsers");
+        m_hand.waitVisible("twUsers");
+        picture("users");
+        m_hand.tap("pbAdd");
+        m_hand.waitVisible("cbGroup");
+        picture("new-user");
+        m_hand.key(Qt::Key_Escape);
+        m_hand.waitGone("cbGroup");
+        m_hand.key(Qt::Key_Escape);
+        m_hand.waitGone("twUsers");
+    }
+
+    void keySwitch()
+    {
+        m_plant->instruct("key off");
+        QThread::msleep(500);
+        picture("key-switch");
+        m_plant->instruct("key on");
+        m_hand.waitEnabled("frameHead");
+    }
+
+    PlantProcess* m_plant;
+    QString m_folder;
+    Operator m_hand{20'000};
+    int m_number = 0;
+};
+
+} // namespace
+
+int runTour(PlantProcess* plant, const QString& folder)
+{
+    QDir().mkpath(folder);
+    Tour tour(plant, folder);
+    int code = 0;
+    const QString trouble = runScript([&] { code = runConsole(); }, [&] { tour.play(); });
+    if (trouble.isEmpty())
+        return code;
+    std::fprintf(stderr, "tour: %s\n", qPrintable(trouble));
+    return 1;
+}

@@ -1,0 +1,140 @@
+#include "commandlog.h"
+#include "journey.h"
+
+#include <QtWidgets>
+
+// A jog under trouble: a press that sent a move is followed by exactly one stop, at the latest when the
+// finger lifts, whatever came between.
+class TestJourneyJog : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void oneStopForEachMove_data();
+    void oneStopForEachMove();
+};
+
+void TestJourneyJog::oneStopForEachMove_data()
+{
+    QTest::addColumn<QString>("button");
+    QTest::addColumn<QString>("axis");
+    QTest::addColumn<QString>("trouble");
+    const char* troubles[] = {"none",       "a dialog",     "a menu",     "focus lost",  "transformed mode",
+                              "key switch", "limit switch", "link falls", "console ends"};
+    for (const char* trouble : troubles) {
+        QTest::addRow("real axis, %s", trouble) << "pbPlusLX"
+                                                << "LX" << trouble;
+        QTest::addRow("virtual axis, %s", trouble) << "pbMinusZ"
+                                                   << "Z" << trouble;
+    }
+}
+
+void TestJourneyJog::oneStopForEachMove()
+{
+    QFETCH(QString, button);
+    QFETCH(QString, axis);
+    QFETCH(QString, trouble);
+    if (trouble == "transformed mode") {
+        // The rows that the mode hides: A on the one side, the virtual axes on the other.
+        if (axis == "LX") {
+            button = "pbPlusA";
+            axis = "A";
+        }
+    }
+    const bool startVirtual = axis == "Z";
+    const QString move = "MOVE(" + axis + ",";
+    const QString stop = move + "0)";
+
+    Journey journey(5);
+    Operator& hand = journey.hand;
+    const CommandLog log;
+    const QString failure = journey.runLoggedIn([&] {
+        hand.switchOn(startVirtual);
+        hand.setSpeed(axis, "200");
+        if (trouble == "limit switch" && !startVirtual) {
+            journey.plant().instruct("axis LX 1490");
+            hand.waitText("coordLX", "1490.00");
+        }
+        CommandLog::clear();
+        hand.press(button);
+        hand.waitFor("the move", [&] { return CommandLog::count(move) == 1; });
+        Hand::expect(CommandLog::count(stop) == 0, "no stop yet");
+
+        if (trouble == "a dialog") {
+            hand.onScreen(
+                [] { QTimer::singleShot(0, qApp, [] { QMessageBox::information(nullptr, "?", "!"); }); });
+            hand.waitFor("the box", [] { return QApplication::activeModalWidget() != nullptr; });
+        } else if (trouble == "a menu") {
+            hand.onScreen([] {
+                QTimer::singleShot(0, qApp, [] {
+                    QMenu menu;
+                    menu.addAction("entry");
+                    menu.exec(QPoint(500, 500));
+                });
+            });
+            hand.waitFor("the menu", [] { return QApplication::activePopupWidget() != nullptr; });
+        } else if (trouble == "focus lost") {
+            hand.onScreen([] {
+                auto* other = new QWidget;
+                other->setAttribute(Qt::WA_DeleteOnClose);
+                other->setObjectName("other");
+                other->show();
+                other->activateWindow();
+            });
+            hand.waitVisible("other");
+        } else if (trouble == "transformed mode") {
+            // As when the controller reports that the mode was changed elsewhere.
+            hand.onScreen([&] {
+                for (QWidget* top : QApplication::topLevelWidgets()) {
+                    if (top->findChild<QWidget*>("frameHead"))
+                        QMetaObject::invokeMethod(top, "onChangedTransOn", Q_ARG(bool, !startVirtual));
+                }
+            });
+            hand.waitGone(button);
+        } else if (trouble == "key switch") {
+            journey.plant().instruct("key off");
+            hand.waitFor("the console disabled", [] {
+                for (QWidget* top : QApplication::topLevelWidgets()) {
+                    if (top->findChild<QWidget*>("frameHead"))
+                        return !top->isEnabled();
+                }
+                return false;
+            });
+        } else if (trouble == "limit switch") {
+            // The carriage runs into its end. A virtual jog runs away from the end whose switch guards its
+            // button, so there the switch is closed by hand.
+            if (startVirtual) {
+                hand.onScreen([] {
+                    for (QWidget* top : QApplication::topLevelWidgets()) {
+                        if (top->findChild<QWidget*>("frameHead"))
+                            QMetaObject::invokeMethod(top, "onChangedNpZ", Q_ARG(bool, true));
+                    }
+                });
+            }
+            hand.waitFor("the button disabled", [&] {
+                for (QWidget* top : QApplication::topLevelWidgets()) {
+                    if (auto* held = top->findChild<QWidget*>(button))
+                        return !held->isEnabled();
+                }
+                return false;
+            });
+            Hand::expect(CommandLog::count(stop) == 0,
+                         "the switch itself stops nothing from the console's side");
+        } else if (trouble == "link falls") {
+            journey.plant().instruct("link drop 1");
+            hand.waitFor(
+                "the journal of the return", [&] { return true; }, 1'000);
+        }
+        hand.release();
+        if (trouble == "console ends")
+            return;
+        hand.waitFor("the stop", [&] { return CommandLog::count(stop) == 1; });
+        journey.plant().instruct("key on");
+    });
+    QCOMPARE(failure, QString());
+    QCOMPARE(CommandLog::count(move) - CommandLog::count(stop), 1);
+    QCOMPARE(CommandLog::count(stop), 1);
+}
+
+QTEST_MAIN(TestJourneyJog)
+#include "test_journey_jog.moc"

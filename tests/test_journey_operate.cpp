@@ -1,0 +1,223 @@
+#include "commandlog.h"
+#include "journey.h"
+
+// What happens around a weld: the login, the walk along a contour, files, a lost link, the key switch.
+class TestJourneyOperate : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void firstLogin();
+    void navigationByTouchingPoints();
+    void contourSurvivesARestart();
+    void linkLostInTheMiddleOfARun();
+    void keySwitchOffAndOn();
+
+private:
+    // A closed triangle in the plane XY, taught with the fixed moves.
+    static void teachTriangle(Operator& hand);
+};
+
+void TestJourneyOperate::teachTriangle(Operator& hand)
+{
+    hand.switchOn(true);
+    hand.setSpeed("LX", "3000");
+    hand.setSpeed("LY", "3000");
+    hand.tap("pbNew");
+    hand.tapMenu("Смешаная интерполяция");
+    const char* points[][2] = {{"0", "0"}, {"40", "0"}, {"0", "30"}};
+    for (const auto& point : points) {
+        hand.moveTo("LX", point[0]);
+        hand.moveTo("LY", point[1]);
+        hand.tap("pbIns");
+    }
+    Hand::expect(hand.rows("twContour") == 3, "three points");
+    hand.tap("contourSpeed");
+    hand.enterNumber("1200");
+}
+
+void TestJourneyOperate::firstLogin()
+{
+    Journey journey(1, false);
+    Operator& hand = journey.hand;
+
+    // No user file: the console says so, and a cancelled login ends it without a window.
+    QString trouble = journey.run([&] {
+        hand.closeBox();
+        hand.waitVisible("leLogin");
+        Hand::expect(!hand.visible("frameHead"), "no window before the login");
+        hand.key(Qt::Key_Escape);
+        hand.waitGone("leLogin");
+    });
+    QCOMPARE(trouble, QString());
+    QCOMPARE(journey.exitCode(), 0);
+    QVERIFY(journey.journal().contains("[I]Регистрация пользователя - "));
+    QCOMPARE(journey.files().read("/home/oper/bin/users.bin"), QByteArray("\xA0\xF4\0\0", 4));
+    QVERIFY(!journey.files().read("/home/oper/bin/settings.ini").isEmpty());
+
+    // The second start finds the file; a wrong password is told and asked for again.
+    trouble = journey.run([&] {
+        hand.waitVisible("leLogin");
+        hand.type("su");
+        hand.tap("lePassword");
+        hand.type("1234");
+        hand.tap("pbEnter");
+        hand.closeBox();
+        hand.waitText("lePassword", "");
+        Hand::expect(hand.text("leLogin") == "su", "the login stays");
+        hand.tap("lePassword");
+        hand.type("46920137");
+        hand.tap("pbEnter");
+        hand.waitVisible("frameHead");
+        Hand::expect(hand.text("lblUserName") == "Администратор", "the name in the head");
+        hand.waitVisible("pbUsers");
+        hand.tap("pbCloseProgram");
+        hand.tap("pbYes");
+        hand.waitGone("frameHead");
+    });
+    QCOMPARE(trouble, QString());
+    QVERIFY(journey.journal().contains("[I]Выполнен выход из программы автоматической сварки по кнопке"));
+}
+
+void TestJourneyOperate::navigationByTouchingPoints()
+{
+    Journey journey(40);
+    Operator& hand = journey.hand;
+    const QString trouble = journey.runLoggedIn([&] {
+        teachTriangle(hand);
+        const auto goTo = [&](int row, const char* x, const char* y) {
+            hand.waitText("channel1State", "бездействие");
+            hand.tapCell("twContour", row, 0);
+            hand.waitText("coordLX", x);
+            hand.waitText("coordLY", y);
+            hand.waitFor("highlight on the point", [&] { return true; });
+            hand.waitText("channel1State", "бездействие");
+            Hand::expect(hand.currentRow("twContour") == row, QString("highlight on row %1").arg(row));
+        };
+        goTo(0, "0.00", "0.00");  // back over point 1
+        goTo(2, "0.00", "30.00"); // forth over point 1
+        QByteArray walk = journey.program(1);
+        Hand::expect(walk.contains("x=40.00 y=0.00 z=0.00 F1200") && walk.contains("1 @1=0") &&
+                         walk.contains("2 @1=1") && walk.contains("3 @1=2"),
+                     "the walk passes each point: " + walk);
+        hand.tap("pbRing");
+        hand.tapMenu("Прямым ходом");
+        hand.waitText("pbRing", "Замкнут\nпрямым\nходом");
+        goTo(0, "0.00", "0.00"); // over the closing frame
+        walk = journey.program(1);
+        Hand::expect(walk.count("G01") == 1 && walk.contains("1 @1=0"), "one closing frame: " + walk);
+        goTo(0, "0.00", "0.00"); // touching the point where the machine stands sends it there again
+        goTo(1, "40.00", "0.00");
+    });
+    QCOMPARE(trouble, QString());
+}
+
+void TestJourneyOperate::contourSurvivesARestart()
+{
+    Journey journey(40);
+    Operator& hand = journey.hand;
+    QString trouble = journey.runLoggedIn([&] {
+        teachTriangle(hand);
+        hand.tap("pbRing");
+        hand.tapMenu("Обратным ходом");
+        hand.waitText("pbRing", "Замкнут\nобратным\nходом");
+        hand.tap("pbSave");
+        hand.tap("pbSave_as");
+        hand.waitVisible("leSaveAsNewProgName");
+        hand.type("contour");
+        hand.key(Qt::Key_Return);
+        hand.waitGone("listWidget_prog");
+        Hand::expect(hand.text("lblContour") == "contour",
+                     "the name in the head: " + hand.text("lblContour"));
+        hand.tap("pbNew");
+        hand.tapMenu("Смешаная интерполяция");
+        hand.waitFor("an empty table", [&] { return true; });
+        Hand::expect(hand.rows("twContour") == 0, "a new contour is empty");
+        hand.tap("pbLoad");
+        hand.tapItem("listWidget_prog", "contour");
+        hand.tap("pbLoad");
+        hand.waitGone("listWidget_prog");
+        Hand::expect(hand.rows("twContour") == 3, "three points loaded");
+        hand.key(Qt::Key_Q);
+    });
+    QCOMPARE(trouble, QString());
+    const QByteArray saved = journey.files().read("/home/oper/bin/contours/contour.save");
+    QVERIFY2(saved.startsWith("contour\nXYZ\n-1 0 0\n"), saved);
+    QVERIFY(saved.contains("0.00 30.00 0.00 "));
+    trouble = journey.runLoggedIn([&] {
+        Hand::expect(hand.rows("twContour") == 3, "three points after the restart");
+        Hand::expect(hand.cell("twContour", 1, 0) == "40.00", "the second point");
+        Hand::expect(hand.text("pbRing") == "Замкнут\nпрямым\nходом", "closed forward after a load");
+        Hand::expect(hand.text("lblContour") == "contour", "the name in the head");
+    });
+    QCOMPARE(trouble, QString());
+}
+
+void TestJourneyOperate::linkLostInTheMiddleOfARun()
+{
+    Journey journey(10);
+    Operator& hand = journey.hand;
+    const QString trouble = journey.runLoggedIn([&] {
+        teachTriangle(hand);
+        hand.tapCell("twContour", 0, 0);
+        hand.waitText("coordLX", "0.00");
+        hand.waitText("coordLY", "0.00");
+        hand.waitIdle();
+        hand.tapTab("contour", 1);
+        hand.tap("weldSpeed");
+        hand.enterNumber("60"); // a run of a minute and a half of the machine's time
+        hand.tap("pbGcode");
+        hand.waitText("channel1State", "выполнение");
+        hand.waitFor("some way along the seam", [&] { return true; });
+        journey.plant().instruct("link drop 2");
+        const auto colour = [](const char* name) {
+            for (QWidget* top : QApplication::topLevelWidgets()) {
+                if (auto* label = top->findChild<QWidget*>(name))
+                    return label->palette().color(QPalette::Window);
+            }
+            return QColor();
+        };
+        hand.waitFor("a red label",
+                     [&] { return colour("lblCNC").red() > 200 && colour("lblCNC").green() < 100; });
+        const QString stale = hand.text("coordLX");
+        hand.waitFor(
+            "a green label again", [&] { return colour("lblCNC").green() > 100; }, 15'000);
+        hand.waitFor("a fresh coordinate", [&] { return true; });
+        hand.waitText("channel1State", "бездействие", 60'000);
+        hand.waitText("coordLY", "30.00");
+        Hand::expect(hand.text("coordLX") != stale || stale == "0.00", "the run went on");
+        Hand::expect(!journey.journal().contains("ошибка в канале"), "no channel reports an error");
+    });
+    QCOMPARE(trouble, QString());
+    // Each of the ten drives tells its state again after the link has returned.
+    QVERIFY(journey.journal().count("Ось LX: ") >= 2);
+}
+
+void TestJourneyOperate::keySwitchOffAndOn()
+{
+    Journey journey;
+    Operator& hand = journey.hand;
+    const CommandLog log;
+    const QString trouble = journey.runLoggedIn([&] {
+        hand.waitVisible("sbDrives");
+        journey.plant().instruct("key off");
+        hand.waitFor("the console disabled", [] {
+            for (QWidget* top : QApplication::topLevelWidgets()) {
+                if (top->findChild<QWidget*>("frameHead"))
+                    return !top->isEnabled();
+            }
+            return false;
+        });
+        hand.tap("sbDrives");
+        Hand::expect(CommandLog::count("DRIVE") == 0, "a locked console sends nothing");
+        journey.plant().instruct("key on");
+        hand.waitEnabled("frameHead");
+        hand.tap("sbDrives");
+        hand.waitFor("the command", [] { return CommandLog::count("DRIVE ON") == 1; });
+        hand.waitEnabled("sbTrans");
+    });
+    QCOMPARE(trouble, QString());
+}
+
+QTEST_MAIN(TestJourneyOperate)
+#include "test_journey_operate.moc"

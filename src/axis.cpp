@@ -92,7 +92,7 @@ Axis::~Axis()
 
 int Axis::speed() const
 {
-    return int(m_speedLabel->value());
+    return m_speedLabel->whole();
 }
 
 void Axis::onPlusPressed()

@@ -79,7 +79,8 @@ void receiveTelemetry(int port, quint16 signature, const std::atomic<bool>& stop
         // clang-format off
         Q_ASSERT(s == (((int)sizeof(pack)+3)/4)*4);
         // clang-format on
-        socket.readDatagram(pack.data(), Size);
+        if (socket.readDatagram(pack.data(), Size) != Size)
+            continue;
         waits = 0;
         if (quint16 found; std::memcpy(&found, pack.data(), sizeof found), found != signature)
             qDebug("Bad signature of drive UDP packet");

@@ -174,6 +174,26 @@ private:
         float minLimit = 0;
     };
 
+    // Fingers on the jog buttons of the virtual axes (gui_commands.cpp). No slots: bound by name they would
+    // follow the button, which a limit switch releases under the finger. Names and directions cross:
+    // the controller counts these axes against the arrows on the machine.
+    void on_pbMinusX_pressed() { jogForward(X); }
+    void on_pbMinusX_released() { endJog(X); }
+    void on_pbPlusX_pressed() { jogBack(X); }
+    void on_pbPlusX_released() { endJog(X); }
+    void on_pbMinusZ_pressed() { jogForward(Z); }
+    void on_pbMinusZ_released() { endJog(Z); }
+    void on_pbPlusZ_pressed() { jogBack(Z); }
+    void on_pbPlusZ_released() { endJog(Z); }
+    void on_pbMinusPHI_pressed() { jogForward(Phi); }
+    void on_pbMinusPHI_released() { endJog(Phi); }
+    void on_pbPlusPHI_pressed() { jogBack(Phi); }
+    void on_pbPlusPHI_released() { endJog(Phi); }
+    void jogForward(VirtualIndex index);
+    void jogBack(VirtualIndex index);
+    void startJog(VirtualIndex index, const QString& speed, const QString& direction);
+    void endJog(VirtualIndex index);
+
     // Construction, in the order of the calls.
     void initManager();
     void initSprites();
@@ -190,7 +210,7 @@ private:
     void connectMachine();
     void connectAxes();
     void connectVirtualAxes();
-    void connectVirtualJog(VirtualIndex index);
+    void connectVirtualJog();
 
     void saveIni();
     void addLock(const QString& key, bool perm, const QString& textLocked, const QString& textFree);

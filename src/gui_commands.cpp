@@ -91,45 +91,60 @@ void Gui::on_pbEndlessV_clicked()
     }
 }
 
-// The buttons' names and the directions of their commands cross: the controller counts the virtual axes
-// against the arrows on the machine. The pictures on the buttons tell the direction of the command.
-void Gui::connectVirtualJog(VirtualIndex index)
+void Gui::connectVirtualJog()
 {
-    struct Jog
+    const struct
     {
         QPushButton* button;
-        const char* sign;
-        char format;
-        int precision;
-        QString direction;
+        void (Gui::*down)();
+        void (Gui::*up)();
+    } jogs[] = {
+        {ui->pbMinusX, &Gui::on_pbMinusX_pressed, &Gui::on_pbMinusX_released},
+        {ui->pbPlusX, &Gui::on_pbPlusX_pressed, &Gui::on_pbPlusX_released},
+        {ui->pbMinusZ, &Gui::on_pbMinusZ_pressed, &Gui::on_pbMinusZ_released},
+        {ui->pbPlusZ, &Gui::on_pbPlusZ_pressed, &Gui::on_pbPlusZ_released},
+        {ui->pbMinusPHI, &Gui::on_pbMinusPHI_pressed, &Gui::on_pbMinusPHI_released},
+        {ui->pbPlusPHI, &Gui::on_pbPlusPHI_pressed, &Gui::on_pbPlusPHI_released},
     };
-    const VirtualAxis& virtualAxis = m_virtual[index];
-    const QString name = virtualAxis.name;
-    const PoLabel* speed = virtualAxis.speedLabel;
-    // PHI is slow enough in the negative direction for one decimal; the controller is used to it.
-    const bool oneDecimal = index == Phi;
-    const Jog jogs[] = {
-        {virtualAxis.minus, "", 'g', 6, QStringLiteral("положительном")},
-        {virtualAxis.plus, "-", oneDecimal ? 'f' : 'g', oneDecimal ? 1 : 6, QStringLiteral("отрицательном")},
-    };
-    for (const Jog& jog : jogs) {
+    for (const auto& jog : jogs) {
         auto* hold = new JogHold(jog.button, this);
-        connect(hold, &JogHold::pressed, this, [this, name, speed, jog] {
-            const QString number = QString::number(double(speed->value()), jog.format, jog.precision);
-            m_drives.command(QStringLiteral("MOVE(%1,%2%3)").arg(name, QLatin1String(jog.sign), number));
-            prgMessage(
-                QStringLiteral("[C]Выполнение ручного перемещение по виртуальной оси %1 в %2 направлении...")
-                    .arg(name, jog.direction),
-                true);
-        });
-        connect(hold, &JogHold::released, this, [this, name] {
-            m_drives.command(QStringLiteral("MOVE(%1,0)").arg(name));
-            prgMessage(QStringLiteral("[I]Завершено ручное перемещение по виртуальной оси %1").arg(name),
-                       true);
-        });
+        connect(hold, &JogHold::pressed, this, jog.down);
+        connect(hold, &JogHold::released, this, jog.up);
     }
 }
 
+void Gui::jogForward(VirtualIndex index)
+{
+    const double speed = double(m_virtual[index].speedLabel->value());
+    startJog(index, QString::number(speed), QStringLiteral("положительном"));
+}
+
+void Gui::jogBack(VirtualIndex index)
+{
+    const double speed = double(m_virtual[index].speedLabel->value());
+    // PHI is slow enough in the negative direction for one decimal; the controller is used to it.
+    const QString number = index == Phi ? QString::number(speed, 'f', 1) : QString::number(speed);
+    startJog(index, QLatin1Char('-') + number, QStringLiteral("отрицательном"));
+}
+
+void Gui::startJog(VirtualIndex index, const QString& speed, const QString& direction)
+{
+    const QString& name = m_virtual[index].name;
+    m_drives.command(QStringLiteral("MOVE(%1,%2)").arg(name, speed));
+    prgMessage(QStringLiteral("[C]Выполнение ручного перемещение по виртуальной оси %1 в %2 направлении...")
+                   .arg(name, direction),
+               true);
+}
+
+void Gui::endJog(VirtualIndex index)
+{
+    const QString& name = m_virtual[index].name;
+    m_drives.command(QStringLiteral("MOVE(%1,0)").arg(name));
+    prgMessage(QStringLiteral("[I]Завершено ручное перемещение по виртуальной оси %1").arg(name), true);
+}
+
+// What is chosen for a virtual axis shows on its label and nowhere else: the journal tells of its moves
+// alone.
 void Gui::speedSelector(VirtualIndex index)
 {
     const VirtualAxis& virtualAxis = m_virtual[index];
@@ -147,7 +162,7 @@ void Gui::fixedMove(VirtualIndex index)
     const VirtualAxis& virtualAxis = m_virtual[index];
     prgMessage(QStringLiteral("[I]Открыто окно фиксированного перемещения по оси %1").arg(virtualAxis.name),
                false);
-    FixedMove dialog(virtualAxis.name, virtualAxis.unit, &m_drives, int(virtualAxis.speedLabel->value()), 1,
+    FixedMove dialog(virtualAxis.name, virtualAxis.unit, &m_drives, virtualAxis.speedLabel->whole(), 1,
                      virtualAxis.coordLabel);
     connect(&m_drives, &DriveTCPthread::changedDrivesOn, &dialog, &FixedMove::onDriveState);
     connect(&m_drives, &DriveTCPthread::changedChannelState1, &dialog, &FixedMove::onChannelState);

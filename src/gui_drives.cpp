@@ -2,7 +2,6 @@
 
 #include "axis.h"
 #include "contour.h"
-#include "joghold.h"
 #include "kvs.h"
 #include "statebutton.h"
 #include "ui_gui.h"
@@ -133,8 +132,7 @@ void Gui::connectVirtualAxes()
     connect(&m_drives, &DriveTCPthread::changedZmin, this, &Gui::onChangedNpZ);
     connect(&m_drives, &DriveTCPthread::changedPHImin, this, &Gui::onChangedNpPHI);
     connect(&m_drives, &DriveTCPthread::changedVirtualState, this, &Gui::onChangedStateVirtual);
-    for (VirtualIndex index : {X, Z, Phi})
-        connectVirtualJog(index);
+    connectVirtualJog();
 }
 
 void Gui::connectMachine()

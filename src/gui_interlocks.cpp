@@ -92,6 +92,8 @@ void Gui::onChangedTransOn(bool value)
     }
     for (const VirtualAxis& axis : m_virtual)
         axis.coordLabel->setValue(axis.value, 2);
+    // Green whatever the drives say: operators know each change of the mode by it. Only the next change of
+    // the virtual axes' state puts the lamps right.
     for (const VirtualAxis& axis : m_virtual)
         axis.lamp->setSprite(1);
 }

@@ -3,6 +3,7 @@
 #include <QApplication>
 #include <QMouseEvent>
 #include <QPushButton>
+#include <QWindow>
 
 namespace {
 
@@ -93,7 +94,7 @@ bool JogHold::endsHold(QObject* watched, QEvent* event) const
     case QEvent::EnabledChange:
         return m_button->parentWidget() && !m_button->parentWidget()->isEnabled();
     case QEvent::WindowBlocked:
-        return watched == window || watched == reinterpret_cast<const QObject*>(window->windowHandle());
+        return watched == window || watched == window->windowHandle();
     case QEvent::WindowDeactivate:
         return watched == window;
     case QEvent::ApplicationStateChange:

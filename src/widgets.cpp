@@ -4,6 +4,7 @@
 #include <QMouseEvent>
 #include <QPushButton>
 
+#include <cmath>
 #include <limits>
 
 bool liftMayBeLost(const QWidget& widget, const QEvent& event)
@@ -53,6 +54,14 @@ void PoLabel::setValue(float value, int decimals)
     m_value = value;
     const double shown = double(value * m_coeff);
     setText(decimals > 2 ? QString::number(shown, 'E', 1) : QString::number(shown, 'f', qMax(decimals, 0)));
+}
+
+int PoLabel::whole() const
+{
+    using Int = std::numeric_limits<int>;
+    if (std::isnan(m_value))
+        return 0;
+    return int(qBound(double(Int::min()), double(m_value), double(Int::max())));
 }
 
 void PoLabel::setDepth(int decimals)

@@ -56,6 +56,7 @@ public:
     explicit PoLabel(QWidget* parent = nullptr);
 
     float value() const { return m_value; } // without the coefficient
+    int whole() const;                      // value(), its fraction cut off, kept to what an int holds
     float coeff() const { return m_coeff; }
 
     // Fixed notation with that many decimals; above 2 decimals the exponent notation with one.

@@ -35,7 +35,6 @@ private slots:
     void valuesFromTelemetry();
     void speedFromSelector();
     void fixedMoveDialog();
-    void infoButton();
 
 private:
     void build(const QString& name, int maxSpeed = 3000, bool endless = false);
@@ -401,13 +400,6 @@ void TestAxis::fixedMoveDialog()
              (QStringList{QStringLiteral("-[I]Открыто окно фиксированного перемещения по оси LX"),
                           QStringLiteral("[C]Запущено фиксированное перемещение по оси LX в координату 0"),
                           QStringLiteral("-[I]Закрыто окно фиксированного перемещения по оси LX")}));
-}
-
-void TestAxis::infoButton()
-{
-    build(QStringLiteral("C"));
-    QTest::mouseClick(m_info, Qt::LeftButton);
-    QCOMPARE(lines(), QStringList{QStringLiteral("-[I]Открыто окно дополнительных параметров оси C")});
 }
 
 QTEST_MAIN(TestAxis)

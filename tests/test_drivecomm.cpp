@@ -299,7 +299,7 @@ void TestDriveComm::badSignatureCountsAsLife()
 void TestDriveComm::wrongSizeEndsTheProcess_data()
 {
     QTest::addColumn<int>("size");
-    for (int size : {0, 4, 294, 295, 297, 300, 404})
+    for (int size : {0, 294, 297, 404})
         QTest::addRow("%d bytes", size) << size;
 }
 

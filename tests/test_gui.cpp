@@ -4,10 +4,12 @@
 
 #include <QAction>
 #include <QLineEdit>
+#include <QRandomGenerator>
 #include <QSettings>
 #include <QSignalSpy>
 
 #include <csignal>
+#include <functional>
 
 #include <sys/wait.h>
 #include <unistd.h>
@@ -90,6 +92,9 @@ private slots:
     void journalWithoutFolder();
     void firstStartShowsZeros();
     void speedsSurviveARestart();
+    void spoiledSettings_data();
+    void spoiledSettings();
+    void noSettingsAtAll();
     void linkLostAndBack();
     void channelStates_data();
     void channelStates();
@@ -111,27 +116,26 @@ void TestGui::journalLine_data()
 {
     QTest::addColumn<QString>("line");
     QTest::addColumn<QString>("shown");
-    QTest::addColumn<bool>("icon");
-    QTest::addColumn<QColor>("colour");
-    const QColor none;
-    QTest::newRow("information") << "[I]Дверь открыта"
-                                 << "Дверь открыта" << true << QColor(Qt::black);
-    QTest::newRow("warning") << "[W]w"
-                             << "w" << true << QColor(Qt::black);
-    QTest::newRow("alarm") << "[A]a"
-                           << "a" << true << QColor(Qt::red);
-    QTest::newRow("process") << "[C]c"
-                             << "c" << true << QColor(Qt::black);
-    QTest::newRow("basic") << "[M]m"
-                           << "m" << true << QColor(Qt::blue);
-    QTest::newRow("lower case") << "[i]x"
-                                << "[i]x" << false << none;
-    QTest::newRow("no class") << "Пуск"
-                              << "Пуск" << false << none;
-    QTest::newRow("short") << "ab"
-                           << "ab" << false << none;
-    QTest::newRow("empty") << ""
-                           << "" << false << none;
+    QTest::addColumn<QColor>("colour"); // none for a line without an icon
+    const struct
+    {
+        const char* line;
+        const char* shown;
+        QColor colour;
+    } rows[] = {
+        {"[I]Дверь открыта", "Дверь открыта", Qt::black},
+        {"[W]w", "w", Qt::black},
+        {"[A]a", "a", Qt::red},
+        {"[C]c", "c", Qt::black},
+        {"[M]m", "m", Qt::blue},
+        {"[i]x", "[i]x", QColor()},
+        {"Пуск", "Пуск", QColor()},
+        {"ab", "ab", QColor()},
+        {"", "", QColor()},
+    };
+    for (const auto& row : rows)
+        QTest::addRow("%s", row.line)
+            << QString::fromUtf8(row.line) << QString::fromUtf8(row.shown) << row.colour;
 }
 
 void TestGui::journalLine()
@@ -144,8 +148,8 @@ void TestGui::journalLine()
     QVERIFY(
         QRegularExpression(QStringLiteral("^\\[\\d\\d:\\d\\d:\\d\\d\\] ")).match(item->text()).hasMatch());
     QTEST(item->text().mid(11), "shown");
-    QTEST(!item->icon().isNull(), "icon");
     QFETCH(QColor, colour);
+    QCOMPARE(!item->icon().isNull(), colour.isValid());
     if (colour.isValid())
         QCOMPARE(item->foreground().color(), colour);
     QVERIFY(journal().endsWith(line + "\n\n"));
@@ -211,6 +215,65 @@ void TestGui::speedsSurviveARestart()
     QCOMPARE(QSettings(site().path(settingsFile), QSettings::IniFormat).value("LIR/LY").toInt(), 3);
 }
 
+void TestGui::spoiledSettings_data()
+{
+    QTest::addColumn<QByteArray>("value"); // of every key that the console itself has written
+    QTest::addColumn<QString>("jog");
+    for (const char* noise : {"99999999999999999999", "-1e300", "nan", "many", "1, 2, 3", "@Rect(1 2 3 4)",
+                              "@Invalid()", "@Variant(\\0\\0\\x7f\\xff)", "\"", "\\x"})
+        QTest::addRow("%s", noise) << QByteArray(noise) << "0";
+    // The speed of a jog must not turn round.
+    QTest::newRow("largest") << QByteArray("2147483647") << "2147483647";
+}
+
+void TestGui::spoiledSettings()
+{
+    QFETCH(QByteArray, value);
+    QFETCH(QString, jog);
+    m_gui.reset();
+    QByteArray spoiled;
+    for (const QByteArray& line : m_site->read(settingsFile).split('\n'))
+        spoiled += (line.contains('=') ? line.left(line.indexOf('=') + 1) + value : line) + '\n';
+    QVERIFY(spoiled.count(value) > 30);
+    QFile file(site().path(settingsFile));
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write(spoiled);
+    file.close();
+
+    start();
+    QTest::mouseClick(w("pbPlusD"), Qt::LeftButton);
+    SENT("MOVE(D," + jog + ")", "MOVE(D,0)");
+    QTest::mouseClick(w("pbMinusLX"), Qt::LeftButton);
+    SENT("MOVE(LX,-" + jog + ")", "MOVE(LX,0)");
+    if (jog == QLatin1String("0"))
+        QCOMPARE(w<PoLabel>("speedPHI")->text(), jog);
+    m_gui.reset();
+    QCOMPARE(QSettings(site().path(settingsFile), QSettings::IniFormat).status(), QSettings::NoError);
+}
+
+// Bytes of no meaning, or a folder where the file should be.
+void TestGui::noSettingsAtAll()
+{
+    QRandomGenerator random(5);
+    for (int round = 0; round < 4; ++round) {
+        m_gui.reset();
+        QFile file(site().path(settingsFile));
+        file.remove();
+        if (round == 3) {
+            QVERIFY(QDir().mkpath(file.fileName()));
+        } else {
+            QVERIFY(file.open(QIODevice::WriteOnly));
+            for (int i = 0; i < 20'000; ++i)
+                file.putChar(char(random.bounded(256)));
+            file.close();
+        }
+        start();
+        for (const char* label : {"speedLX", "speedLX2", "speedU2", "speedV", "speedPHI"})
+            QCOMPARE(w<PoLabel>(label)->value(), 0.0F);
+        SENT();
+    }
+}
+
 void TestGui::linkLostAndBack()
 {
     tell({{"LX1", 7.5}});
@@ -238,26 +301,26 @@ void TestGui::channelStates_data()
     QTest::addColumn<uint>("state");
     QTest::addColumn<QString>("text");
     QTest::addColumn<QString>("line");
-    QTest::newRow("idle") << 1U << "бездействие"
-                          << "Канал 2: бездействие";
-    QTest::newRow("running") << 3U << "выполнение"
-                             << "Канал 2: выполнение автоматической программы";
-    QTest::newRow("reserve") << 7U << "резервное"
-                             << "";
-    QTest::newRow("error") << 6U << "ошибка"
-                           << "Канал 2: ошибка в канале";
-    QTest::newRow("loading") << 9U << "загрузка\nпрограммы"
-                             << "Канал 2: загрузка программы";
-    QTest::newRow("cancel") << 11U << "cancel distance to go\nRunning"
-                            << "";
-    QTest::newRow("waits") << 13U << "ожидание\nпродолжения"
-                           << "Канал 2: готовность к продолжению программы";
-    QTest::newRow("0") << 0U << "неопределено\n(0)"
-                       << "Канал 2: состояние неопределено - ошибка связи";
-    QTest::newRow("14") << 14U << "неопределено\n(14)"
-                        << "Канал 2: состояние неопределено - ошибка связи";
-    QTest::newRow("top") << 0xFFFFFFFFU << "неопределено\n(4294967295)"
-                         << "Канал 2: состояние неопределено - ошибка связи";
+    const struct
+    {
+        uint state;
+        const char* text;
+        const char* line;
+    } rows[] = {
+        {1, "бездействие", "бездействие"},
+        {3, "выполнение", "выполнение автоматической программы"},
+        {6, "ошибка", "ошибка в канале"},
+        {7, "резервное", ""},
+        {9, "загрузка\nпрограммы", "загрузка программы"},
+        {11, "cancel distance to go\nRunning", ""},
+        {13, "ожидание\nпродолжения", "готовность к продолжению программы"},
+        {0, "неопределено\n(0)", "состояние неопределено - ошибка связи"},
+        {14, "неопределено\n(14)", "состояние неопределено - ошибка связи"},
+        {0xFFFFFFFF, "неопределено\n(4294967295)", "состояние неопределено - ошибка связи"},
+    };
+    for (const auto& row : rows)
+        QTest::addRow("%u", row.state) << row.state << QString::fromUtf8(row.text)
+                                       << (*row.line ? "Канал 2: " + QString::fromUtf8(row.line) : QString());
 }
 
 void TestGui::channelStates()

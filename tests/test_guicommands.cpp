@@ -1,3 +1,4 @@
+#include "axis.h"
 #include "guifixture.h"
 #include "lockview.h"
 
@@ -25,6 +26,7 @@ private slots:
     void jogUnderTrouble();
     void keySwitch();
     void lights();
+    void everyDriveReachesItsAxis();
 };
 
 void TestGuiCommands::buttons_data()
@@ -81,6 +83,8 @@ void TestGuiCommands::lockedButtonSendsNothing()
 
 void TestGuiCommands::transformedModeNeedsDrivesAndIdleChannel()
 {
+    const Gui silent; // no telemetry yet
+    QVERIFY(!silent.findChild<StateButton*>(QStringLiteral("sbTrans"))->isEnabled());
     const auto* button = w<StateButton>("sbTrans");
     QVERIFY(!button->isEnabled());
     QVERIFY(w<StateButton>("sbDistPult")->locked());
@@ -158,30 +162,14 @@ void TestGuiCommands::virtualJog_data()
     QTest::addColumn<QString>("button");
     QTest::addColumn<QString>("move");
     QTest::addColumn<QString>("direction");
-    QTest::newRow("X+") << "X"
-                        << "pbMinusX"
-                        << "MOVE(X,12.34)"
-                        << "положительном";
-    QTest::newRow("X-") << "X"
-                        << "pbPlusX"
-                        << "MOVE(X,-12.34)"
-                        << "отрицательном";
-    QTest::newRow("Z+") << "Z"
-                        << "pbMinusZ"
-                        << "MOVE(Z,12.34)"
-                        << "положительном";
-    QTest::newRow("Z-") << "Z"
-                        << "pbPlusZ"
-                        << "MOVE(Z,-12.34)"
-                        << "отрицательном";
-    QTest::newRow("PHI+") << "PHI"
-                          << "pbMinusPHI"
-                          << "MOVE(PHI,12.34)"
-                          << "положительном";
-    QTest::newRow("PHI-") << "PHI"
-                          << "pbPlusPHI"
-                          << "MOVE(PHI,-12.3)"
-                          << "отрицательном";
+    for (const char* axis : {"X", "Z", "PHI"}) {
+        const QString name = QString::fromLatin1(axis);
+        const QString back = name == QLatin1String("PHI") ? "12.3" : "12.34";
+        QTest::addRow("%s forward", axis) << name << "pbMinus" + name << "MOVE(" + name + ",12.34)"
+                                          << "положительном";
+        QTest::addRow("%s back", axis) << name << "pbPlus" + name << "MOVE(" + name + ",-" + back + ")"
+                                       << "отрицательном";
+    }
 }
 
 void TestGuiCommands::virtualJog()
@@ -208,22 +196,25 @@ void TestGuiCommands::jogUnderTrouble_data()
     QTest::addColumn<QString>("field");
     QTest::addColumn<double>("value");
     QTest::addColumn<bool>("goesOn"); // until the finger lifts
-    QTest::newRow("virtual axis at its end") << "pbPlusX"
-                                             << "Xmax" << 1.0 << true;
-    QTest::newRow("virtual axis at its other end") << "pbMinusX"
-                                                   << "Xmin" << 1.0 << true;
-    QTest::newRow("virtual rows go away") << "pbMinusX"
-                                          << "TransOn" << 0.0 << false;
-    QTest::newRow("key switch, virtual axis") << "pbMinusX"
-                                              << "KeyAccess" << 0.0 << false;
-    QTest::newRow("drive at its limit switch") << "pbPlusD"
-                                               << "Dmax" << 1.0 << true;
-    QTest::newRow("key switch, drive") << "pbPlusD"
-                                       << "KeyAccess" << 0.0 << false;
-    QTest::newRow("drive parked") << "pbPlusD"
-                                  << "StateD" << double(0xC1600) << false;
-    QTest::newRow("drives off") << "pbPlusD"
-                                << "DrivesOn" << 0.0 << true;
+    const struct
+    {
+        const char* trouble;
+        const char* button;
+        const char* field;
+        double value;
+        bool goesOn;
+    } rows[] = {
+        {"virtual axis at its end", "pbPlusX", "Xmax", 1, true},
+        {"virtual axis at its other end", "pbMinusX", "Xmin", 1, true},
+        {"virtual rows go away", "pbMinusX", "TransOn", 0, false},
+        {"key switch, virtual axis", "pbMinusX", "KeyAccess", 0, false},
+        {"drive at its limit switch", "pbPlusD", "Dmax", 1, true},
+        {"key switch, drive", "pbPlusD", "KeyAccess", 0, false},
+        {"drive parked", "pbPlusD", "StateD", 0xC1600, false},
+        {"drives off", "pbPlusD", "DrivesOn", 0, true},
+    };
+    for (const auto& row : rows)
+        QTest::newRow(row.trouble) << row.button << row.field << row.value << row.goesOn;
 }
 
 void TestGuiCommands::jogUnderTrouble()
@@ -280,6 +271,47 @@ void TestGuiCommands::lights()
                           QStringLiteral("Освещение камеры светодиодными лентами выключено"),
                           QStringLiteral("Освещение камеры светодиодными прожекторами включено")}));
     QCOMPARE(w<StateButton>("sbLightSpiral")->state(), StateButton::On);
+}
+
+void TestGuiCommands::everyDriveReachesItsAxis()
+{
+    const struct
+    {
+        const char* name;
+        const char* row;
+        const char* own;    // fields of telemetry
+        const char* shared; // those of the pair
+        int maxSpeed;
+    } drives[] = {
+        {"LX", "LX", "LX1", "LX", 3000}, {"LX2", "LX2", "LX2", "LX", 3000}, {"LY", "LY", "LY", "LY", 3000},
+        {"A", "A", "A", "A", 360},       {"B", "B", "B", "B", 720},         {"C", "C", "C", "C", 900},
+        {"D", "D", "D", "D", 900},       {"U1", "U", "U1", "U", 120},       {"U2", "U2", "U2", "U", 120},
+        {"V", "V", "V", "V", 2160},
+    };
+    int n = 0;
+    for (const auto& drive : drives) {
+        ++n;
+        const QString shared = QString::fromLatin1(drive.shared);
+        const auto tellSwitches = [&](bool minimum) {
+            tell({{drive.own, n + 0.25},
+                  {qPrintable(QStringLiteral("State") + drive.own), 0xE0000 + n},
+                  {qPrintable("MinLim" + shared), -n},
+                  {qPrintable("MaxLim" + shared), 10 * n},
+                  {qPrintable(shared + "min"), minimum},
+                  {qPrintable(shared + "max"), !minimum}});
+        };
+        const Axis* axis = m_gui->axis(QString::fromLatin1(drive.name));
+        tellSwitches(true);
+        QVERIFY2(axis->epMinus() && !axis->epPlus(), drive.name);
+        tellSwitches(false);
+        QVERIFY2(!axis->epMinus() && axis->epPlus(), drive.name);
+        QCOMPARE(axis->coord(), float(n) + 0.25F);
+        QCOMPARE(w<PoLabel>(QStringLiteral("coord") + drive.row)->value(), axis->coord());
+        QCOMPARE(axis->state(), 0xE0000 + n);
+        QCOMPARE(axis->minLimit(), float(-n));
+        QCOMPARE(axis->maxLimit(), float(10 * n));
+        QCOMPARE(axis->maxSpeed(), drive.maxSpeed);
+    }
 }
 
 QTEST_MAIN(TestGuiCommands)

@@ -14,10 +14,10 @@
 class Journey
 {
 public:
-    explicit Journey(double speed = 20, bool withUserFile = true)
+    explicit Journey(double speed = 20, bool firstDay = true)
         : m_plant({QStringLiteral(PLANT_PROGRAM), m_site.root(), speed, QString()})
     {
-        laySiteFolder(m_site.root(), withUserFile);
+        laySiteFolder(m_site.root(), firstDay);
         QString why;
         m_started = m_plant.start(&why);
         m_why = why;

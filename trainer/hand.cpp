@@ -2,6 +2,7 @@
 
 #include <QAbstractButton>
 #include <QApplication>
+#include <QCursor>
 #include <QElapsedTimer>
 #include <QLabel>
 #include <QLineEdit>
@@ -54,6 +55,7 @@ void send(QWidget* widget, QPoint at, bool down)
     if (!window)
         return;
     const QPoint local = widget->mapTo(top, at);
+    QCursor::setPos(window->mapToGlobal(local)); // dialogs open where the finger is
     // Delivered within the call: a press and its lifting can then not change places in a queue.
     QWindowSystemInterface::handleMouseEvent<QWindowSystemInterface::SynchronousDelivery>(
         window, local, window->mapToGlobal(local), down ? Qt::LeftButton : Qt::NoButton, Qt::LeftButton,

@@ -1,5 +1,7 @@
 #include "hand.h"
 
+#include "screen.h"
+
 #include <QAbstractButton>
 #include <QApplication>
 #include <QCursor>
@@ -23,24 +25,7 @@
 
 namespace {
 
-constexpr int kPollPeriod = 10;     // ms
-constexpr QSize kPanel(1920, 1200); // the machine's screen
-
-// Windows from the topmost down: the open popup, the modal window, then the rest.
-QWidgetList windowsFromTop()
-{
-    QWidgetList list;
-    for (QWidget* top : {QApplication::activePopupWidget(), QApplication::activeModalWidget()}) {
-        if (top && !list.contains(top))
-            list << top;
-    }
-    QWidgetList others = QApplication::topLevelWidgets();
-    for (QWidget* top : others) {
-        if (top->isVisible() && !list.contains(top))
-            list << top;
-    }
-    return list;
-}
+constexpr int kPollPeriod = 10; // ms
 
 QPoint centre(QWidget* widget)
 {
@@ -435,68 +420,16 @@ int Hand::currentRow(const QString& table)
 
 void Hand::grab(const QString& file)
 {
-    onScreen([&] {
-        QImage screen(kPanel, QImage::Format_RGB32);
-        screen.fill(Qt::black);
-        QPainter painter(&screen);
-        QWidgetList windows = windowsFromTop();
-        // Painted from the bottom up: the widest window first, modal windows and popups last.
-        std::stable_sort(windows.begin(), windows.end(), [](QWidget* a, QWidget* b) {
-            const auto floor = [](QWidget* w) {
-                return w == QApplication::activePopupWidget()   ? 3
-                       : w == QApplication::activeModalWidget() ? 2
-                       : w->width() < 1900                      ? 1
-                                                                : 0;
-            };
-            return floor(a) < floor(b);
-        });
-        for (QWidget* window : windows) {
-            if (window->isVisible())
-                painter.drawPixmap(window->pos(), window->grab());
-        }
-        painter.end();
-        screen.save(file);
-    });
+    onScreen([&] { screenImage().save(file); });
 }
-
-namespace {
-
-// A screen smaller than the machine's would cut the console's window to its own size. The script sees the
-// window as the machine shows it.
-class WholeWindow : public QObject
-{
-protected:
-    bool eventFilter(QObject* watched, QEvent* event) override
-    {
-        auto* window = qobject_cast<QWidget*>(watched);
-        if (event->type() == QEvent::Show && window && window->isFullScreen()) {
-            QMetaObject::invokeMethod(
-                window,
-                [window] {
-                    window->setWindowState(Qt::WindowNoState);
-                    window->setGeometry(QRect(QPoint(), kPanel));
-                },
-                Qt::QueuedConnection);
-        }
-        return false;
-    }
-};
-
-} // namespace
 
 QString runScript(const std::function<void()>& console, const std::function<void()>& script)
 {
     QString trouble;
     std::atomic<bool> over{false};
     bool consoleOver = false; // window's thread
-    WholeWindow wholeWindow;
-    qApp->installEventFilter(&wholeWindow);
-    // Menus and dialogs keep to the screen, which without a display is smaller than the machine's.
-    QScreen* screen = QGuiApplication::primaryScreen();
-    if (screen->geometry().width() < kPanel.width()) {
-        const QRect panel(QPoint(), kPanel);
-        QWindowSystemInterface::handleScreenGeometryChange(screen, panel, panel);
-    }
+    QObject panel;
+    takePanel(&panel);
     // The thread starts with the console's first event loop, so that windows exist to be touched.
     std::thread operatorThread;
     QMetaObject::invokeMethod(

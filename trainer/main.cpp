@@ -1,12 +1,13 @@
 #include "consoleapp.h"
+#include "mirror.h"
 #include "plantprocess.h"
+#include "screen.h"
 #include "sitefolder.h"
 #include "tour.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
 #include <QDir>
-#include <QScreen>
 #include <QSocketNotifier>
 #include <QStandardPaths>
 #include <QWidget>
@@ -17,27 +18,19 @@
 
 namespace {
 
-constexpr int kWidth = 1920; // the console's own screen
-constexpr int kHeight = 1200;
-
-// Shows the whole console on a screen that is smaller than the machine's: the scale has to stand in the
-// environment before the application object, so the program starts itself once more.
-void scaleToScreen(int argc, char* argv[])
+// Without a choice of the user's, a tour needs no screen, and a console on a screen is shown by a window that
+// scales it.
+bool shownByMirror(int argc, char* argv[])
 {
+    if (qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
+        return false;
     for (int i = 1; i < argc; ++i) {
-        if (qstrncmp(argv[i], "--tour", 6) == 0 && !qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
-            qputenv("QT_QPA_PLATFORM", "offscreen"); // a tour needs no screen
+        if (qstrncmp(argv[i], "--tour", 6) == 0) {
+            qputenv("QT_QPA_PLATFORM", "offscreen");
+            return false;
+        }
     }
-    if (qEnvironmentVariableIsSet("QT_SCALE_FACTOR") || qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
-        return;
-    double scale = 1;
-    {
-        QGuiApplication probe(argc, argv);
-        const QSize size = probe.primaryScreen()->availableSize();
-        scale = qMin(size.width() / double(kWidth), size.height() / double(kHeight));
-    }
-    qputenv("QT_SCALE_FACTOR", QByteArray::number(qMin(scale, 1.0)));
-    execv("/proc/self/exe", argv);
+    return true;
 }
 
 int signalPipe[2];
@@ -63,11 +56,32 @@ void endOnSignals(QObject* parent)
     std::signal(SIGTERM, onSignal);
 }
 
+// Lines typed on the terminal.
+class TerminalLines
+{
+public:
+    explicit TerminalLines(const std::function<void(const QString&)>& take)
+        : m_notifier(STDIN_FILENO, QSocketNotifier::Read)
+    {
+        QObject::connect(&m_notifier, &QSocketNotifier::activated, [this, take] {
+            char buffer[4096];
+            const ssize_t n = read(STDIN_FILENO, buffer, sizeof(buffer));
+            if (n <= 0)
+                m_notifier.setEnabled(false);
+            else
+                take(QString::fromUtf8(buffer, int(n)).trimmed());
+        });
+    }
+
+private:
+    QSocketNotifier m_notifier;
+};
+
 } // namespace
 
 int main(int argc, char* argv[])
 {
-    scaleToScreen(argc, argv);
+    const bool mirror = shownByMirror(argc, argv);
     QApplication app(argc, argv);
     app.setApplicationName(QStringLiteral("mirta-trainer"));
 
@@ -78,8 +92,17 @@ int main(int argc, char* argv[])
     const QCommandLineOption speedOption("speed", "Seconds of the installation in one second.", "n", "1");
     const QCommandLineOption scriptOption("script", "Instructor's lines from a file.", "file");
     const QCommandLineOption tourOption("tour", "Play the tour, leave pictures in the folder, end.", "dir");
-    parser.addOptions({siteOption, speedOption, scriptOption, tourOption});
+    QCommandLineOption mirrorOption("mirror", "Shown by another process.", "key");
+    mirrorOption.setFlags(QCommandLineOption::HiddenFromHelp);
+    parser.addOptions({siteOption, speedOption, scriptOption, tourOption, mirrorOption});
     parser.process(app);
+    endOnSignals(&app);
+    if (mirror) {
+        MirrorWindow window(QCoreApplication::applicationFilePath(), app.arguments().mid(1));
+        TerminalLines terminal([&](const QString& line) { window.instruct(line); });
+        window.show();
+        return QApplication::exec();
+    }
 
     Site own;
     own.root = QDir(parser.value(siteOption)).absolutePath();
@@ -98,21 +121,19 @@ int main(int argc, char* argv[])
     }
     plant.setEndpoints(&own);
     setSite(own);
-    endOnSignals(&app);
 
     if (parser.isSet(tourOption))
         return runTour(&plant, parser.value(tourOption));
 
-    // Lines typed on the terminal go to the installation, and its answers come back.
-    QObject::connect(&plant, &PlantProcess::said, [](const QString& line) { std::puts(qPrintable(line)); });
-    QSocketNotifier terminal(STDIN_FILENO, QSocketNotifier::Read);
-    QObject::connect(&terminal, &QSocketNotifier::activated, [&] {
-        char buffer[4096];
-        const ssize_t n = read(STDIN_FILENO, buffer, sizeof(buffer));
-        if (n <= 0)
-            terminal.setEnabled(false);
-        else
-            plant.instruct(QString::fromUtf8(buffer, int(n)).trimmed());
-    });
+    // The installation's answers go where the instructor reads.
+    QObject::connect(&plant, &PlantProcess::said,
+                     [](const QString& line) { std::fprintf(stderr, "%s\n", qPrintable(line)); });
+    const auto instruct = [&](const QString& line) { plant.instruct(line); };
+    if (parser.isSet(mirrorOption)) {
+        takePanel(&app);
+        const MirrorSource source(parser.value(mirrorOption), instruct);
+        return runConsole();
+    }
+    const TerminalLines terminal(instruct);
     return runConsole();
 }

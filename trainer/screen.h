@@ -1,0 +1,23 @@
+#pragma once
+
+#include <QImage>
+#include <QSize>
+#include <QWidgetList>
+
+// The machine's panel where there is no screen of its size: Qt's windows without a display, put together as
+// the panel would show them. All functions belong to the window's thread.
+
+constexpr QSize panelSize(1920, 1200); // pixels
+
+// Makes menus and dialogs keep to the panel instead of the platform's own small screen, and gives the
+// full-screen window of the console the panel's size. Once, before the first window; lives with `parent`.
+void takePanel(QObject* parent);
+
+// Visible windows from the topmost down: the open popup, the modal window, then the rest.
+QWidgetList windowsFromTop();
+
+// The topmost window at a point of the panel, null for none.
+QWidget* windowAt(const QPoint& point);
+
+// All visible windows in their places.
+QImage screenImage();

@@ -162,7 +162,7 @@ void Gui::connectPanels()
     connect(this, &Gui::signalUserChange, ui->kvs, &KVS::onUserChanged);
     connect(this, &Gui::signalUserChange, ui->contour, &CONTOUR::onUserChanged);
     connect(this, &Gui::signalUserChange, this, &Gui::onUserChanged);
-    // The handwheels' counters are connected here.
+    connect(&m_lir, &Lir940p::valueChanged, this, &Gui::onLirChanged);
 }
 
 void Gui::initGeometry()
@@ -221,8 +221,8 @@ void Gui::disconnectedDrives()
 void Gui::onTimeChanged()
 {
     ui->lblTime->setText(QTime::currentTime().toString(QStringLiteral("hh:mm:ss")));
-    // The remote panel's share and the beam unit's heartbeat stand here; without a beam unit its label is
-    // red.
+    shareWheels();
+    // The beam unit's heartbeat stands here; without a beam unit its label is red.
     onChangedELAConnected(false);
 }
 

@@ -2,6 +2,8 @@
 
 #include "consolehost.h"
 #include "drivecomm.h"
+#include "lir940p.h"
+#include "pultshare.h"
 
 #include <QFile>
 #include <QIcon>
@@ -85,8 +87,6 @@ public slots:
     void onChangedChannelMode2(uint mode);
     void onChangedChannelMode3(uint mode);
     void onLightStateChanged(uint state);
-    void onChangedPultState(bool state);
-    void onChangedPultRegime(uint regime);
     void onChangedStateVirtual(uint value);
     void VirtualAxisStateChanged(uint state); // above 4: lamps stay as they are
 
@@ -130,6 +130,31 @@ public slots:
     void onSu(bool su);
     void onSystemShutdown();
 
+    // Handwheels (gui_handwheels.cpp). `delta` is in detents, `mult` the index of the step, 0 to 3. Each
+    // increment is one command: the axis of the controller, the distance, and the axis's maximum speed.
+    void onLirChanged(int channel, int delta);
+    void lirChangedX(int delta, int mult)
+    {
+        lirStep(QStringLiteral("LX"), QStringLiteral("LX"), delta, mult);
+    }
+    void lirChangedY(int delta, int mult)
+    {
+        lirStep(QStringLiteral("LY"), QStringLiteral("LY"), delta, mult);
+    }
+    void lirChangedA(int delta, int mult) { lirStep(QStringLiteral("A"), QStringLiteral("A"), delta, mult); }
+    void lirChangedB(int delta, int mult) { lirStep(QStringLiteral("B"), QStringLiteral("B"), delta, mult); }
+    void lirChangedC(int delta, int mult) { lirStep(QStringLiteral("C"), QStringLiteral("C"), delta, mult); }
+    void lirChangedD(int delta, int mult) { lirStep(QStringLiteral("D"), QStringLiteral("D"), delta, mult); }
+    // The maximum of the pair stands under "U1", so the speed sent is 0: the controller's programs have never
+    // seen another.
+    void lirChangedU(int delta, int mult) { lirStep(QStringLiteral("U"), QStringLiteral("U"), delta, mult); }
+    void lirChangedV(int delta, int mult) { lirStep(QStringLiteral("V"), QStringLiteral("V"), delta, mult); }
+    void lirChangedPult(int delta);
+
+    // Remote panel (gui_handwheels.cpp). While it is on it has the third wheel to itself.
+    void onChangedPultState(bool state);
+    void onChangedPultRegime(uint regime); // 2: F2, 3: F3, any other: F1
+
 private slots:
     // Buttons of the form, bound by name (gui_commands.cpp).
     void on_sbDrives_clicked();
@@ -144,6 +169,9 @@ private slots:
     void on_coordX_clicked() { fixedMove(X); }
     void on_coordZ_clicked() { fixedMove(Z); }
     void on_coordPHI_clicked() { fixedMove(Phi); }
+    void on_lblLir1_clicked(); // gui_handwheels.cpp
+    void on_lblLir2_clicked();
+    void on_lblLir3_clicked();
     void on_pbPoint_clicked();
     void on_pbConstants_clicked();
     void on_pbCalc_clicked();
@@ -223,6 +251,15 @@ private:
     void fixedMove(VirtualIndex index);
     void closeWithLine(const QString& line);
 
+    // `name` is the wheel's in the journal, `parameter` its assignment, `use` the label that tells it.
+    void lirMenu(const QString& name, QString* parameter, PoLabel* label, QLabel* use);
+    void lirMenuEla(const QString& name, QString* parameter, PoLabel* label, QLabel* use);
+    void freeWheel(const QString& name, QString* parameter, QLabel* use);
+    void giveWheelToEla(const QString& name, QString* parameter, QLabel* use);
+    void showWheel(const QString& parameter, QLabel* use); // a wheel without an axis stays as it is
+    void lirStep(const QString& axis, const QString& speedKey, int delta, int mult);
+    void shareWheels();
+
     std::unique_ptr<Ui::Gui> ui;
     Autorization::Manager* m_manager = nullptr;
     QString m_programName;
@@ -236,12 +273,14 @@ private:
     QMap<QString, Lock*> m_locks;
     QString m_userRights, m_userName; // as they stood after the first login
     QTimer m_timer;
+    Lir940p m_lir;
     QMap<QString, int> m_lirMult;             // handwheel multiplier index by axis, 0 to 3
     QMap<QString, QList<float>> m_presets;    // handwheel steps of beam parameters
     QString m_lirLeft, m_lirRight, m_lirDist; // what each handwheel drives, empty for nothing
     QLabel* m_blockLabel = nullptr;           // the overlay of the key switch, null when there is none
     int m_modeMinutes = 0, m_modeSeconds = 0; // time of the vacuum algorithm
     QIcon m_iconError, m_iconInfo, m_iconRun, m_iconWarning, m_iconBasic;
+    PultShare m_pultShare;
     bool m_secondLX = false, m_secondU = false; // the second axis of the pair is shown
     bool m_drivesConnected = false;
     uint m_lightState = 0;

@@ -189,38 +189,6 @@ void Gui::onLightStateChanged(uint state)
     ui->sbLightSpiral->setState(bool(state & kSpiralBit));
 }
 
-void Gui::onChangedPultState(bool state)
-{
-    m_pultOn = state;
-    ui->sbDistPult->setState(state);
-    ui->pultRegime->setVisible(state);
-    switch (m_pultRegime) {
-    case 2:
-        ui->pultRegime->setText(QStringLiteral("Режим пульта F2:\n\n"
-                                               "Положение X - ось LX    Положение 4 - ось PHI\n"
-                                               "Положение Y - ось LY    Положение 5 - ось D\n"
-                                               "Положение Z - ось Z"));
-        break;
-    case 3:
-        ui->pultRegime->setText(QStringLiteral("Режим пульта F3:\n\n"
-                                               "Положение X - ось LX    Положение 4 - ось U\n"
-                                               "Положение Y - ось LY    Положение 5 - ось V\n"
-                                               "Положение Z - резерв"));
-        break;
-    default:
-        ui->pultRegime->setText(QStringLiteral("Режим пульта F1:\n\n"
-                                               "Положение X - ось LX    Положение 4 - ось B\n"
-                                               "Положение Y - ось LY    Положение 5 - ось C\n"
-                                               "Положение Z - ось A"));
-    }
-}
-
-void Gui::onChangedPultRegime(uint regime)
-{
-    m_pultRegime = regime;
-    onChangedPultState(m_pultOn);
-}
-
 void Gui::onChangedStateVirtual(uint value)
 {
     m_virtualState = value;

@@ -4,6 +4,7 @@
 #include "screen.h"
 #include "sitefolder.h"
 #include "tour.h"
+#include "wheelcounters.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
@@ -121,6 +122,8 @@ int main(int argc, char* argv[])
     }
     plant.setEndpoints(&own);
     setSite(own);
+    WheelCounters wheels;
+    LirDevice::replace(&wheels);
 
     if (parser.isSet(tourOption))
         return runTour(&plant, parser.value(tourOption));
@@ -128,7 +131,14 @@ int main(int argc, char* argv[])
     // The installation's answers go where the instructor reads.
     QObject::connect(&plant, &PlantProcess::said,
                      [](const QString& line) { std::fprintf(stderr, "%s\n", qPrintable(line)); });
-    const auto instruct = [&](const QString& line) { plant.instruct(line); };
+    const auto instruct = [&](const QString& lines) {
+        for (const QString& line : lines.split(QLatin1Char('\n'), Qt::SkipEmptyParts)) {
+            if (const auto answer = wheelLine(&wheels, line))
+                std::fprintf(stderr, "%s\n", qPrintable(*answer));
+            else
+                plant.instruct(line);
+        }
+    };
     if (parser.isSet(mirrorOption)) {
         takePanel(&app);
         const MirrorSource source(parser.value(mirrorOption), instruct);

@@ -57,7 +57,7 @@ void endOnSignals(QObject* parent)
     std::signal(SIGTERM, onSignal);
 }
 
-// Lines typed on the terminal.
+// Lines typed on the terminal, one at a time.
 class TerminalLines
 {
 public:
@@ -67,15 +67,19 @@ public:
         QObject::connect(&m_notifier, &QSocketNotifier::activated, [this, take] {
             char buffer[4096];
             const ssize_t n = read(STDIN_FILENO, buffer, sizeof(buffer));
-            if (n <= 0)
+            if (n <= 0) {
                 m_notifier.setEnabled(false);
-            else
-                take(QString::fromUtf8(buffer, int(n)).trimmed());
+                return;
+            }
+            m_typed.append(buffer, int(n));
+            for (int end; (end = m_typed.indexOf('\n')) >= 0; m_typed.remove(0, end + 1))
+                take(QString::fromUtf8(m_typed.left(end)).trimmed());
         });
     }
 
 private:
     QSocketNotifier m_notifier;
+    QByteArray m_typed; // the line that is still being typed
 };
 
 } // namespace
@@ -128,16 +132,15 @@ int main(int argc, char* argv[])
     if (parser.isSet(tourOption))
         return runTour(&plant, parser.value(tourOption));
 
-    // The installation's answers go where the instructor reads.
+    // Lines about the wheels stay here, the others go to the installation; all answers go where the
+    // instructor reads.
     QObject::connect(&plant, &PlantProcess::said,
                      [](const QString& line) { std::fprintf(stderr, "%s\n", qPrintable(line)); });
-    const auto instruct = [&](const QString& lines) {
-        for (const QString& line : lines.split(QLatin1Char('\n'), Qt::SkipEmptyParts)) {
-            if (const auto answer = wheelLine(&wheels, line))
-                std::fprintf(stderr, "%s\n", qPrintable(*answer));
-            else
-                plant.instruct(line);
-        }
+    const auto instruct = [&](const QString& line) {
+        if (const auto answer = wheelLine(&wheels, line))
+            std::fprintf(stderr, "%s\n", qPrintable(*answer));
+        else
+            plant.instruct(line);
     };
     if (parser.isSet(mirrorOption)) {
         takePanel(&app);

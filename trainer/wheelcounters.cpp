@@ -32,6 +32,7 @@ int WheelCounters::read(int, quint32* word)
     const int counts = std::clamp(counter.left.load(), -most, most);
     counter.left -= counts;
     counter.value = (counter.value + quint32(counts)) & kCounterMask;
+    ++m_readings;
     *word = (counter.bad ? kErrorStatus << 24 : 0) | counter.value;
     return 0;
 }

@@ -23,7 +23,13 @@ public:
     void turn(Wheel wheel, int detents); // further than it still has to turn
     void setBad(Wheel wheel, bool bad);  // a bad counter answers with an error status, and counts on
 
-    int open() override { return 0; }
+    int readings() const { return m_readings; } // of all counters, since the card was opened
+
+    int open() override
+    {
+        m_readings = 0;
+        return 0;
+    }
     void close(int) override {}
     int read(int descriptor, quint32* word) override;
 
@@ -36,6 +42,7 @@ private:
     };
 
     const int m_pace;
+    std::atomic<int> m_readings{0};
     std::array<Counter, LirDecoder::channels> m_counters;
 };
 

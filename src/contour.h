@@ -169,13 +169,13 @@ private:
     void updateRing();
     void updateGcode();
     void updateLength();
-    void updateD();
+    void updateD(); // the circle, where points were taught, moved or taken away
     void showCircle(float centerX, float centerY); // of an XYZr contour, with the scheme's diameter
     void updateHeader();
     void updatePlane(int plane);
     void updateTechTab();
     void updateValidDistance();
-    void updateAfterEdit(); // everything that depends on the rows of the contour
+    void updateAfterEdit(); // what depends on the rows of the contour, but for the circle through them
 
     // Contour actions.
     bool askNumber(const QString& title, PoLabel* label, int decimals, float minimum, float maximum);

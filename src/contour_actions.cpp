@@ -106,6 +106,7 @@ void CONTOUR::on_pbIns_clicked()
         addParameters(row, end ? Frame::End : Frame::Line, 0, 0, 0, false);
     }
     setCurrentPoint(row);
+    updateD();
     updateAfterEdit();
 }
 
@@ -129,6 +130,7 @@ void CONTOUR::on_pbCorr_clicked()
             movePoint(row, delta);
         emit message(QStringLiteral("[I]Нажата кнопка 'Сдвиг всего контура' панели Контур"), false);
     }
+    updateD();
     updateAfterEdit();
 }
 
@@ -138,6 +140,7 @@ void CONTOUR::on_pbCorrNgo_clicked()
     if (m_currentPoint < 0)
         return;
     movePoint(m_currentPoint, difference(coords(), coords(m_currentPoint)));
+    updateD();
     updateAfterEdit();
     int next = m_currentPoint + 1;
     if (next >= ui->twContour->rowCount())
@@ -160,6 +163,7 @@ void CONTOUR::on_pbDel_clicked()
         m_moveForward = true;
     const int before = m_moveForward ? qMax(0, m_currentPoint - 1) : 0;
     setCurrentPoint(qMin(before, last));
+    updateD();
     updateAfterEdit();
 }
 

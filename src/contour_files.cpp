@@ -13,13 +13,6 @@ namespace {
 const QString contourExt = QStringLiteral(".save");
 const QString programExt = QStringLiteral(".npg");
 
-// Paths travel without the site's root; one that already carries it is taken as it is.
-QString onDisk(const QString& path)
-{
-    const QString& root = site().root;
-    return !root.isEmpty() && path.startsWith(root) ? path : site().path(path);
-}
-
 QString twoDecimals(float value)
 {
     return QString::number(double(value), 'f', 2);
@@ -58,7 +51,7 @@ void CONTOUR::save(const QString& name, const QString& path, bool updateName)
 {
     if (!m_schema)
         return;
-    QFile file(onDisk(path + contourExt));
+    QFile file(site().path(path + contourExt));
     if (!file.open(QIODevice::WriteOnly))
         return;
     QTextStream stream(&file);
@@ -102,7 +95,7 @@ QString CONTOUR::techRowText(int row) const
 
 void CONTOUR::load(const QString& name, const QString& path)
 {
-    QFile source(onDisk(path + contourExt));
+    QFile source(site().path(path + contourExt));
     if (!source.open(QIODevice::ReadOnly))
         return;
     QTextStream stream(source.read(SaveFile::maxBytes));
@@ -144,11 +137,12 @@ void CONTOUR::loadHead(SaveFile& file)
     ui->points->setValue(P, 0);
 }
 
+// All rows that are announced: those that a cut file lost stand in the table as zeros, for the setter to see.
 void CONTOUR::loadContourRows(SaveFile& file)
 {
     const int rows = file.rowCount();
     const int axes = m_schema->axisNames().size();
-    for (int row = 0; row < rows && !file.atEnd(); ++row) {
+    for (int row = 0; row < rows; ++row) {
         QList<float> point;
         for (int axis = 0; axis < axes; ++axis)
             point << file.number();
@@ -156,8 +150,9 @@ void CONTOUR::loadContourRows(SaveFile& file)
         if (!isXYZ())
             continue;
         Frame frame;
-        frame.type = file.integer();
-        if (frame.type != Frame::End) {
+        const QString type = file.word();
+        frame.type = type.toInt();
+        if (type != QLatin1String("0")) {
             frame.direction = file.integer();
             frame.plane = file.integer();
             frame.radius = file.number();
@@ -247,7 +242,7 @@ QLabel* CONTOUR::programLabel(int channel) const
 
 void CONTOUR::loadFile(const QString& name, const QString& path, QLabel* label, QPlainTextEdit* edit)
 {
-    QFile file(onDisk(path + programExt));
+    QFile file(site().path(path + programExt));
     if (!file.open(QIODevice::ReadOnly))
         return;
     QTextStream stream(file.read(SaveFile::maxBytes));
@@ -258,7 +253,7 @@ void CONTOUR::loadFile(const QString& name, const QString& path, QLabel* label, 
 
 void CONTOUR::saveFile(const QString& name, const QString& path, QLabel* label, QPlainTextEdit* edit)
 {
-    QFile file(onDisk(path + programExt));
+    QFile file(site().path(path + programExt));
     if (!file.open(QIODevice::WriteOnly))
         return;
     QTextStream(&file) << edit->toPlainText();

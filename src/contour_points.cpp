@@ -112,7 +112,6 @@ WeldContour CONTOUR::contourValues() const
         contour.rows.append({coords(row), frame(row)});
     contour.closed = m_closed;
     contour.closedForward = m_closedForward;
-    contour.inverted = m_inverted;
     contour.moveForward = m_moveForward;
     contour.nrings = static_cast<int>(ui->nrings->value());
     contour.length = ui->length->value();
@@ -265,7 +264,6 @@ void CONTOUR::updatePlane(int plane)
 void CONTOUR::updateAfterEdit()
 {
     ui->points->setValue(static_cast<float>(ui->twContour->rowCount()), 0);
-    updateD();
     updateLength();
     updateValidDistance();
     updateEnables();

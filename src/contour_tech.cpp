@@ -456,6 +456,7 @@ void CONTOUR::setTechSettings(bool test, bool focus, bool yokeX, bool yokeY, flo
     m_defaultIf = If;
     m_defaultIx = Ix;
     m_defaultIy = Iy;
+    const bool turned = m_schema && m_schema->Aux() != plane;
     if (m_schema) {
         m_schema->setD(D);
         m_schema->setAux(plane);
@@ -465,6 +466,10 @@ void CONTOUR::setTechSettings(bool test, bool focus, bool yokeX, bool yokeY, flo
     showParam(3, m_yokeXOn, m_defaultIx);
     showParam(4, m_yokeYOn, m_defaultIy);
     updatePlane(plane);
+    if (turned) { // the way between the points is another one in another plane
+        updateLength();
+        updateValidDistance();
+    }
 }
 
 void CONTOUR::showParam(int column, bool on, float value)

@@ -69,17 +69,18 @@ void FileManager::RefreshFolder()
 
 void FileManager::updateButtons()
 {
-    const bool chosen = !selectedFile().isEmpty();
+    const bool chosen = !selectedName().isEmpty();
     ui->pbLoad->setEnabled(chosen);
     ui->pbSave->setEnabled(chosen);
     ui->pbDelete->setEnabled(chosen);
 }
 
-QString FileManager::selectedFile() const
+// A folder may lend its name to a file beside it.
+QString FileManager::selectedName() const
 {
     const QList<QListWidgetItem*> selected = ui->listWidget_prog->selectedItems();
-    return selected.isEmpty() || selected.first()->data(folderRole).toBool() ? QString()
-                                                                             : selected.first()->text();
+    const QString name = selected.isEmpty() ? QString() : selected.first()->text();
+    return name == up ? QString() : name;
 }
 
 void FileManager::on_listWidget_prog_itemSelectionChanged()
@@ -112,14 +113,14 @@ void FileManager::enter(const QString& folder)
 
 void FileManager::on_pbLoad_clicked()
 {
-    const QString file = selectedFile();
+    const QString file = selectedName();
     if (!file.isEmpty())
         take(file);
 }
 
 void FileManager::on_pbSave_clicked()
 {
-    const QString file = selectedFile();
+    const QString file = selectedName();
     if (file.isEmpty())
         return;
     Confirm confirm(QStringLiteral("Подтверждение"),
@@ -143,7 +144,7 @@ void FileManager::on_leSaveAsNewProgName_returnPressed()
 
 void FileManager::on_pbDelete_clicked()
 {
-    const QString file = selectedFile();
+    const QString file = selectedName();
     if (file.isEmpty())
         return;
     Confirm confirm(QStringLiteral("Подтверждение"),

@@ -34,7 +34,7 @@ private slots:
 private:
     void RefreshFolder();
     void updateButtons();
-    QString selectedFile() const; // empty when no file is selected
+    QString selectedName() const; // empty when nothing is selected, or the way up
     void enter(const QString& folder);
     void take(const QString& name);
 

@@ -8,8 +8,8 @@
 // The text of a contour file: a name line, then tokens separated by blanks and line ends.
 //
 // Reading is as forgiving as the files have always been read: a token that is no number counts as 0, and so
-// does everything after the end. It always comes to an end: each token is consumed, `atEnd` tells when none
-// is left, and neither the text taken in nor the rows taken from it can grow without bound.
+// does everything after the end. It always comes to an end: each token is consumed, and neither the text
+// taken in nor the rows taken from it can grow without bound.
 class SaveFile
 {
 public:

@@ -31,11 +31,10 @@ struct WeldContour
     QVector<ContourRow> rows;
     bool closed = false;
     bool closedForward = true; // closed by a frame of its own from the last row to the first
-    bool inverted = false;
-    bool moveForward = true; // last navigation went to a higher row
-    int nrings = 1;          // passes over a closed contour
-    float length = 0;        // mm, one pass
-    float centerX = 0;       // mm, centre of an XYZr contour in its plane
+    bool moveForward = true;   // last navigation went to a higher row
+    int nrings = 1;            // passes over a closed contour
+    float length = 0;          // mm, one pass
+    float centerX = 0;         // mm, centre of an XYZr contour in its plane
     float centerY = 0;
 };
 

@@ -3,7 +3,6 @@
 #include "savefile.h"
 #include "schema.h"
 
-#include <QElapsedTimer>
 #include <QLineEdit>
 #include <QListWidget>
 #include <QPlainTextEdit>
@@ -60,6 +59,7 @@ private slots:
     void lastContourReturns();
 
     void fileCutAtEveryByte();
+    void lostRowsAreZeros();
     void noise();
     void hugeCounts_data();
     void hugeCounts();
@@ -220,6 +220,14 @@ void TestContourFiles::circleComesBack()
     QCOMPARE(m_window->text("diameter"), QStringLiteral("100.00"));
     QCOMPARE(m_window->text("plane"), QStringLiteral("XZ"));
     QCOMPARE(m_window->text("length"), QStringLiteral("157.08"));
+
+    // Closing and turning around move no point: the circle of the file stands.
+    write(QStringLiteral("circle"), QByteArray(circleFile).replace("10.00 0.00", "10.00 5.00"));
+    load(QStringLiteral("circle"));
+    m_window->press("pbRing");
+    m_window->press("pbInverse");
+    QCOMPARE(m_window->text("diameter"), QStringLiteral("100.00"));
+    QCOMPARE(m_window->text("length"), QStringLiteral("314.16"));
 }
 
 void TestContourFiles::missingFileChangesNothing()
@@ -262,6 +270,16 @@ void TestContourFiles::fileCutAtEveryByte()
     }
 }
 
+void TestContourFiles::lostRowsAreZeros()
+{
+    const QByteArray file(lineFile);
+    write(QStringLiteral("cut"), file.left(file.indexOf("-2.50")));
+    load(QStringLiteral("cut"));
+    QCOMPARE(m_window->column(m_window->points(), 0), (QStringList{"0.00", "100.00", "0.00"}));
+    QCOMPARE(m_window->column(m_window->points(), 3), (QStringList{"Прямая", "Конец", "Конец"}));
+    QCOMPARE(m_window->tech()->rowCount(), 2);
+}
+
 void TestContourFiles::noise()
 {
     QRandomGenerator random(7);
@@ -288,21 +306,19 @@ void TestContourFiles::noise()
 void TestContourFiles::hugeCounts_data()
 {
     QTest::addColumn<QByteArray>("file");
-    QTest::newRow("points") << QByteArray("n\nXYZ\n-1 0 0\n0 -1\n0 1\n600\n1000000000\n1 2 3 0\n4 5 6 0");
-    QTest::newRow("ring") << QByteArray("n\nCircle\n100 0 0\n0 -1\n1 1e30\n600\n2000000000\n1 2 3 4\n5");
-    QTest::newRow("negative") << QByteArray("n\nXYZ\n-1 0 0\n0 -1\n1 -4\n600\n-5\n-7\n");
-    QTest::newRow("rows") << QByteArray("n\nXYZ\n-1 0 0\n0 -1\n0 1\n600\n0\n1999999999\n+ 1 2 3\n");
+    QTest::addColumn<int>("points");
+    QTest::newRow("points") << QByteArray("n\nXYZ\n-1 0 0\n0 -1\n1 1e30\n600\n1000000000\n1 2 3 0\n4 5 6 0")
+                            << int(SaveFile::maxRows);
+    QTest::newRow("negative") << QByteArray("n\nXYZ\n-1 0 0\n0 -1\n1 -4\n600\n-5\n-7\n") << 0;
+    QTest::newRow("rows") << QByteArray("n\nXYZ\n-1 0 0\n0 -1\n0 1\n600\n0\n1999999999\n+ 1 2 3\n") << 0;
 }
 
 void TestContourFiles::hugeCounts()
 {
     QFETCH(QByteArray, file);
     write(QStringLiteral("huge"), file);
-    QElapsedTimer timer;
-    timer.start();
     load(QStringLiteral("huge"));
-    QVERIFY(timer.elapsed() < 2000);
-    QVERIFY(m_window->points()->rowCount() <= 2);
+    QTEST(m_window->points()->rowCount(), "points");
     QCOMPARE(m_window->tech()->rowCount(), 2);
     QVERIFY(m_window->text("nrings").toInt() >= 1 && m_window->text("nrings").toInt() <= 1000);
 }
@@ -411,6 +427,8 @@ void TestContourFiles::fileDialogLists()
             !button("pbSave_as")->isVisible());
     QCOMPARE(button("pbDelete")->geometry().topLeft(), QPoint(410, 90));
     QVERIFY(!button("pbLoad")->isEnabled());
+    touchItem(open, QStringLiteral("z"), false); // its name may be taken, too
+    QVERIFY(button("pbLoad")->isEnabled());
     touchItem(open, QStringLiteral("z"), true); // contours have no folders to walk
     QCOMPARE(listed(open).size(), 3);
     touchItem(open, QStringLiteral("a.b"), true);

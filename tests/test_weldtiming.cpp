@@ -134,7 +134,6 @@ void Sample::ringContour()
     }
     if (closed)
         weld->closed(whole(1, 5));
-    contour().inverted = sense < 0;
     measure();
 }
 

@@ -191,8 +191,7 @@ private:
             contour.rows.append(
                 {{twoDecimals(first + turn * (i + jitter)), place[0], place[1], place[2]}, {}});
         }
-        contour.inverted = m_dice.one(3);
-        if (contour.inverted)
+        if (m_dice.one(3))
             std::reverse(contour.rows.begin() + 1, contour.rows.end());
     }
 

@@ -1,0 +1,475 @@
+#include "contourfixture.h"
+#include "deathtest.h"
+#include "schema.h"
+
+#include <QPlainTextEdit>
+#include <QSettings>
+
+namespace {
+
+const QColor offGray(192, 192, 192);
+
+} // namespace
+
+// What is laid along the contour and how it is started: technology table, settings and programs.
+class TestContourWeld : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+    void cleanup();
+
+    void startOfAWeld();
+    void stopsAndContinuation();
+    void startWithoutLinkWritesTheFiles();
+    void manualCurrent();
+    void editedProgramIsRun();
+
+    void techRows();
+    void pointsOfTheContourInTheTable_data();
+    void pointsOfTheContourInTheTable();
+    void invalidTableIsToldAndMarked();
+    void commentSwitchesItsBlock();
+    void insertedRowTakesTheXDefaultTwice();
+    void rasterOfARow();
+    void settingsOfTheTable();
+    void settingsDialog();
+    void anotherPlaneIsAnotherWay();
+    void techAssertions();
+
+    void rightsOfTheUser();
+    void settingsSurvive();
+
+private:
+    std::unique_ptr<SiteFixture> m_site;
+    std::unique_ptr<ContourWindow> m_window;
+    CONTOUR* m_contour = nullptr;
+
+    QStringList xs() const { return m_window->column(m_window->points(), 0); }
+};
+
+void TestContourWeld::init()
+{
+    m_site = std::make_unique<SiteFixture>();
+    m_window = std::make_unique<ContourWindow>();
+    m_contour = m_window->open();
+    m_window->ready();
+}
+
+void TestContourWeld::cleanup()
+{
+    m_window.reset();
+    m_site.reset();
+}
+
+// --- starting ---
+
+void TestContourWeld::startOfAWeld()
+{
+    laySampleWeld(*m_window);
+    QVERIFY(m_window->linkUp());
+    m_window->press("pbGcode");
+    QTRY_COMPARE(m_window->commands(),
+                 (QStringList{"EXEC_3(/programs/_temp3.npg)", "EXEC_1(/programs/_temp1.npg)"}));
+    const QString channel1 = QString::fromUtf8(m_site->read(QStringLiteral("/programs/_temp1.npg")));
+    const QString channel3 = QString::fromUtf8(m_site->read(QStringLiteral("/programs/_temp3.npg")));
+    QVERIFY(channel1.contains(QStringLiteral("N10 G90 G01 x=10.00 y=0.00 z=0.00 F600.000\n"
+                                             "N11 G90 G01 x=90.00 y=0.00 z=0.00 F600.000\n"
+                                             "N12 G90 G01 x=100.00 y=0.00 z=0.00 F600.000\n")));
+    QVERIFY(channel3.contains(QStringLiteral("N14 G90 G01 IR=20.0 IW=700 F1200.000\nN15 G4 F8.000\n"
+                                             "N16 G90 G01 IR=0.0 IW=700 F1200.000\n")));
+    QCOMPARE(m_window->find<QPlainTextEdit>("teGcode")->toPlainText(), channel1);
+    QCOMPARE(m_window->find<QPlainTextEdit>("teGcode_3")->toPlainText(), channel3);
+    QCOMPARE(m_window->text("lbProgName1"), QStringLiteral("Перемещение манипулятора"));
+    QCOMPARE(m_window->text("lbProgName3"), QStringLiteral("Технология"));
+    QVERIFY(QFileInfo(site().path(QStringLiteral("/programs/_temp1.npg"))).size() > 0);
+}
+
+void TestContourWeld::stopsAndContinuation()
+{
+    laySampleWeld(*m_window);
+    for (int i = 0; i < 2; ++i) {
+        m_window->choose("pbTemplate", 2);
+        m_contour->addTechPoint(2, 10, 600);
+    }
+    auto* start = m_window->find<QAbstractButton>("pbGcode");
+    QVERIFY(m_window->linkUp());
+    const QStringList whole{"EXEC_3(/programs/_temp3.npg)", "EXEC_1(/programs/_temp1.npg)"};
+    const QStringList motion{"EXEC_1(/programs/_temp1.npg)"};
+    QStringList expected;
+    const auto press = [&](const QString& label, const QStringList& commands) {
+        QCOMPARE(start->text(), label);
+        m_window->press("pbGcode");
+        expected += commands;
+        QTRY_COMPARE(m_window->commands(), expected);
+    };
+    press(QStringLiteral("ПУСК"), whole);
+    m_contour->onChannel1State(3);
+    QCOMPARE(start->text(), QStringLiteral("ПУСК")); // while the program still runs
+    m_contour->onChannel1State(1);
+    press(QStringLiteral("ДАЛЕЕ"), motion);
+    press(QStringLiteral("ДАЛЕЕ"), motion);
+    press(QStringLiteral("ПУСК"), whole); // the next weld begins from its first block
+    QVERIFY(m_site->read(QStringLiteral("/programs/_temp1.npg")).contains("N5 GOTO N6\n"));
+    QCOMPARE(start->text(), QStringLiteral("ДАЛЕЕ"));
+    m_window->choose("pbNew", 0); // nothing of the stopped weld can go on with another contour
+    QCOMPARE(start->text(), QStringLiteral("ПУСК"));
+}
+
+void TestContourWeld::startWithoutLinkWritesTheFiles()
+{
+    laySampleWeld(*m_window);
+    m_window->press("pbGcode");
+    QVERIFY(!m_site->read(QStringLiteral("/programs/_temp1.npg")).isEmpty());
+    QVERIFY(!m_site->read(QStringLiteral("/programs/_temp3.npg")).isEmpty());
+
+    QVERIFY(m_window->linkUp());
+    QDir(site().path(QStringLiteral("/programs"))).removeRecursively();
+    m_window->press("pbGcode"); // no file, no command
+    QTest::qWait(50);
+    QCOMPARE(m_window->commands(), QStringList());
+}
+
+void TestContourWeld::manualCurrent()
+{
+    laySampleWeld(*m_window);
+    m_contour->setTechSettings(true, false, false, false, 700, 0, 0, -1, -1);
+    QVERIFY(m_window->withoutCurrent);
+    QVERIFY(m_window->linkUp());
+    m_window->press("pbGcode");
+    QTRY_COMPARE(m_window->commands(), QStringList{"EXEC_1(/programs/_temp1.npg)"});
+    QVERIFY(m_site->read(QStringLiteral("/programs/_temp3.npg")).isEmpty());
+}
+
+void TestContourWeld::editedProgramIsRun()
+{
+    QVERIFY(m_window->linkUp());
+    const char* const edits[] = {"teGcode", "teGcode_2", "teGcode_3"};
+    const char* const buttons[] = {"pbRun", "pbRun_2", "pbRun_3"};
+    const char* const files[] = {"_temp.npg", "_temp2.npg", "_temp3.npg"};
+    QStringList expected;
+    for (int i = 0; i < 3; ++i) {
+        const QString program = QStringLiteral("N1 $%1\nN2 M30").arg(i + 1);
+        m_window->find<QPlainTextEdit>(edits[i])->setPlainText(program);
+        m_window->press(buttons[i]);
+        const QString path = QStringLiteral("/programs/") + QLatin1String(files[i]);
+        QCOMPARE(QString::fromUtf8(m_site->read(path)), program);
+        expected << QStringLiteral("EXEC_%1(%2)").arg(QString::number(i + 1), path);
+        QCOMPARE(m_window->journal.last(),
+                 QStringLiteral("[I]Нажата кнопка 'Пуск программы' панели 'Канал %1'").arg(i + 1));
+    }
+    QTRY_COMPARE(m_window->commands(), expected);
+}
+
+// --- technology ---
+
+void TestContourWeld::techRows()
+{
+    laySampleWeld(*m_window);
+    m_contour->addLinearTackPoint(95, 800, 1200);
+    m_contour->addPointToTech(50);
+    QTableWidget* tech = m_window->tech();
+    QCOMPARE(m_window->column(tech, 0), (QStringList{"0.00", "10.00", "50.00", "90.00", "95.00", "100.00"}));
+    QCOMPARE(m_window->column(tech, 1), (QStringList{"0.0", "20.0", "0.0", "20.0", "800.0", "0.0"}));
+    QCOMPARE(m_window->column(tech, 5)[4], QStringLiteral("1200.0"));
+
+    m_contour->addComment(QStringLiteral("Прихватки"));
+    m_contour->addTechPoint(1, 0, 600); // counts from the row above the comment
+    QCOMPARE(m_window->cell(tech, 6, 0), QStringLiteral("96.00"));
+
+    tech->setCurrentCell(0, 0);
+    QVERIFY(!m_window->find("pbInsTechPoint")->isEnabled());
+    QVERIFY(!m_window->find("pbDelTechPoint")->isEnabled());
+    tech->setCurrentCell(tech->rowCount() - 1, 0);
+    QVERIFY(m_window->find("pbInsTechPoint")->isEnabled());
+    QVERIFY(!m_window->find("pbDelTechPoint")->isEnabled());
+    tech->setCurrentCell(5, 0);
+    m_window->press("pbDelTechPoint");
+    QCOMPARE(m_window->column(tech, 0),
+             (QStringList{"0.00", "10.00", "50.00", "90.00", "95.00", "96.00", "100.00"}));
+
+    Answers answers({Answers::number(QStringLiteral("12.345"))});
+    m_window->touchCell(tech, 1, 0);
+    QCOMPARE(m_window->cell(tech, 1, 0), QStringLiteral("12.35"));
+    m_window->touchCell(tech, 0, 0); // the ends of the path are not asked for
+    QVERIFY(!QApplication::activeModalWidget());
+}
+
+void TestContourWeld::pointsOfTheContourInTheTable_data()
+{
+    QTest::addColumn<bool>("all");
+    QTest::addColumn<bool>("everyPass");
+    QTest::addColumn<QStringList>("paths");
+    QTest::newRow("all, every pass") << true << true
+                                     << QStringList{"0.00",   "100.00", "175.00", "300.00", "400.00",
+                                                    "475.00", "600.00", "700.00", "775.00"};
+    QTest::newRow("all once") << true << false << QStringList{"0.00", "100.00", "175.00"};
+    QTest::newRow("one, every pass") << false << true << QStringList{"100.00", "400.00", "1000.00"};
+    QTest::newRow("one, second pass") << false << false << QStringList{"400.00"};
+}
+
+void TestContourWeld::pointsOfTheContourInTheTable()
+{
+    m_window->choose("pbNew", 0);
+    m_window->teach(0, 0, 0);
+    m_window->teach(100, 0, 0);
+    m_window->teach(100, 75, 0);
+    m_window->choose("pbRing", 0); // 300 mm a pass
+    Answers answers({Answers::number(QStringLiteral("3"))});
+    m_window->press("nrings");
+    QFETCH(bool, all);
+    QFETCH(bool, everyPass);
+    m_contour->addContourPoint(all, everyPass, 2, 2);
+    QStringList paths = m_window->column(m_window->tech(), 0);
+    paths.removeLast();
+    paths.removeFirst();
+    std::sort(paths.begin(), paths.end(),
+              [](const QString& a, const QString& b) { return a.toFloat() < b.toFloat(); });
+    QTEST(paths, "paths");
+    QCOMPARE(deathOf([this] {
+                 m_contour->addContourPoint(false, false, 1, 4);
+             }).contains("rotate <= nrings->value()"),
+             true);
+}
+
+void TestContourWeld::invalidTableIsToldAndMarked()
+{
+    laySampleWeld(*m_window);
+    QTableWidget* tech = m_window->tech();
+    const auto red = [&] {
+        QString marks;
+        for (int row = 0; row < tech->rowCount(); ++row)
+            marks += tech->item(row, 0)->foreground().color() == QColor(Qt::red) ? 'r' : '.';
+        return marks;
+    };
+    const QString alarm = QStringLiteral("[A]Ошибка заполнения технологической таблицы!");
+    QCOMPARE(red(), QStringLiteral("...."));
+    {
+        Answers answers({Answers::number(QStringLiteral("120"))});
+        m_window->touchCell(tech, 2, 0); // beyond the end of the path
+    }
+    QCOMPARE(red(), QStringLiteral("..r."));
+    QCOMPARE(m_window->journal.last(), alarm);
+    {
+        Answers answers({Answers::number(QStringLiteral("10"))});
+        m_window->touchCell(tech, 2, 0); // the same place and the same currents: a change of speed
+    }
+    QVERIFY(m_contour->tableValid());
+    QCOMPARE(red(), QStringLiteral("...."));
+    {
+        Answers answers({Answers::number(QStringLiteral("21"))});
+        m_window->touchCell(tech, 2, 1); // the current jumps
+    }
+    QVERIFY(!m_contour->tableValid());
+    QCOMPARE(red(), QStringLiteral(".rr."));
+    QVERIFY(m_window->find("pbGcode")->isEnabled());
+}
+
+void TestContourWeld::commentSwitchesItsBlock()
+{
+    laySampleWeld(*m_window);
+    m_contour->addComment(QStringLiteral("Прихватки"));
+    m_contour->addTechPoint(1, 5, 600);
+    m_contour->addTechPoint(1, 0, 600);
+    m_contour->addComment(QStringLiteral("Сварка"));
+    m_contour->addTechPoint(1, 0, 600);
+    QTableWidget* tech = m_window->tech();
+    const auto state = [&] {
+        QString marks;
+        for (int row = 0; row < tech->rowCount(); ++row)
+            marks += tech->item(row, 0)->data(OnRole).toBool() ? '+' : '-';
+        return marks;
+    };
+    QCOMPARE(state(), QStringLiteral("+++-++-++"));
+    m_window->touchCell(tech, 3, 0);
+    QCOMPARE(state(), QStringLiteral("+++----++"));
+    QCOMPARE(tech->item(5, 6)->background().color(), offGray);
+    m_window->press("pbGcode"); // what is switched off is not in the program
+    QVERIFY(!m_site->read(QStringLiteral("/programs/_temp3.npg")).contains("IR=5.0"));
+    m_window->touchCell(tech, 3, 0);
+    QCOMPARE(state(), QStringLiteral("+++-++-++"));
+    QCOMPARE(tech->item(5, 6)->background().color(), QColor(Qt::white));
+}
+
+void TestContourWeld::insertedRowTakesTheXDefaultTwice()
+{
+    laySampleWeld(*m_window);
+    m_contour->setTechSettings(false, true, true, true, 650, 1.5, -2, -1, -1);
+    m_window->tech()->setCurrentCell(2, 1);
+    m_window->press("pbInsTechPoint");
+    QStringList cells;
+    for (int column = 0; column < 7; ++column)
+        cells << m_window->cell(m_window->tech(), 2, column);
+    QCOMPARE(cells, (QStringList{"0.00", "0.0", "650", "1.5", "1.5", "600.0", ""}));
+    QCOMPARE(m_window->column(m_window->tech(), 4), (QStringList{"-2.0", "-2.0", "1.5", "-2.0", "-2.0"}));
+}
+
+void TestContourWeld::rasterOfARow()
+{
+    laySampleWeld(*m_window);
+    QTableWidget* tech = m_window->tech();
+    const auto answer = [&](const char* button) {
+        Answers answers({Answers::button(button)});
+        m_window->touchCell(tech, 1, 6);
+        QVERIFY(answers.allGiven());
+    };
+    {
+        Answers answers({Answers::button("TRtype"), Answers::entry(5), Answers::button("TRamplXPlus"),
+                         Answers::button("TRfreqPlus"), Answers::button("pbTRrotation"),
+                         Answers::button("pbOn")});
+        m_window->touchCell(tech, 1, 6);
+        QVERIFY(answers.allGiven());
+    }
+    QCOMPARE(m_window->cell(tech, 1, 6), QStringLiteral("Прямоугольник; 0.10x0.00; 0; 1; 0.00x0.00; 0; 1"));
+    QCOMPARE(tech->item(1, 6)->data(RasterTypeRole).toInt(), 5);
+    answer("pbOn"); // opens with what is stored
+    QCOMPARE(m_window->cell(tech, 1, 6), QStringLiteral("Прямоугольник; 0.10x0.00; 0; 1; 0.00x0.00; 0; 1"));
+    answer("pbClear");
+    QCOMPARE(m_window->cell(tech, 1, 6), QString());
+    QCOMPARE(tech->item(1, 6)->data(RasterTypeRole).toInt(), 5);
+    answer("pbOff");
+    QCOMPARE(m_window->cell(tech, 1, 6), QStringLiteral("ВЫКЛ"));
+    Answers closed({Answers::cancel()});
+    m_window->touchCell(tech, 1, 6);
+    QCOMPARE(m_window->cell(tech, 1, 6), QStringLiteral("ВЫКЛ"));
+}
+
+void TestContourWeld::settingsOfTheTable()
+{
+    laySampleWeld(*m_window);
+    m_contour->addComment(QStringLiteral("Прихватки"));
+    QTableWidget* tech = m_window->tech();
+    QVERIFY(tech->isColumnHidden(2));
+    m_contour->setTechSettings(false, true, false, false, 655.4f, 1, 1, -1, -1);
+    QVERIFY(!tech->isColumnHidden(2));
+    QVERIFY(tech->isColumnHidden(3));
+    QCOMPARE(m_window->column(tech, 2), (QStringList{"655", "655", "655", "655", "655"}));
+    QCOMPARE(m_window->column(tech, 3)[1], QStringLiteral("0.0")); // a hidden column keeps its values
+    QCOMPARE(tech->item(0, 2)->background(), tech->palette().alternateBase());
+    QCOMPARE(m_contour->schema()->Aux(), -1);
+}
+
+void TestContourWeld::settingsDialog()
+{
+    const auto touch = [](const char* name) {
+        return [name] {
+            auto* label = Answers::shown<QLabel>(name);
+            if (label)
+                QTimer::singleShot(0, label, [label] { QTest::mouseClick(label, Qt::LeftButton); });
+            return label != nullptr;
+        };
+    };
+    laySampleWeld(*m_window);
+    m_window->journal.clear();
+    QString shown;
+    const auto look = [&shown] {
+        for (const char* name : {"IfTitle", "If", "IxTitle", "Ix", "IyTitle", "Iy"}) {
+            const auto* label = Answers::shown<QLabel>(name);
+            if (!label)
+                return false;
+            shown += label->text() + QLatin1Char('|');
+        }
+        return !Answers::shown<QWidget>("frmRoundParam")->isEnabled();
+    };
+    for (const char* end : {"pbSettingsCancel", "pbSettingsDone"}) {
+        Answers answers({look, touch("If"), Answers::number(QStringLiteral("650")), touch("Ix"),
+                         Answers::number(QStringLiteral("1.25")), touch("Iy"),
+                         Answers::number(QStringLiteral("-2")), Answers::button("cbTestMode"),
+                         Answers::button("cbFocus"), Answers::button("cbYokeY"), Answers::button(end)});
+        m_window->press("pbSettings");
+        QVERIFY(answers.allGiven());
+        const bool done = end == QLatin1String("pbSettingsDone");
+        QCOMPARE(m_window->withoutCurrent, done);
+        QCOMPARE(m_window->tech()->isColumnHidden(2), !done);
+        QCOMPARE(m_window->cell(m_window->tech(), 1, 2),
+                 done ? QStringLiteral("650") : QStringLiteral("700"));
+        QCOMPARE(m_window->cell(m_window->tech(), 1, 4),
+                 done ? QStringLiteral("-2.0") : QStringLiteral("0.0"));
+    }
+    // What was typed before a cancel is forgotten.
+    const QString fresh =
+        QStringLiteral("Ток фокуса, мА|700|Ток отклонения по X, мА|0.0|Ток отклонения по Y, мА|0.0|");
+    QCOMPARE(shown, fresh + fresh);
+    const QStringList told{"Задан новый ток фокусировки для контура - 650 мА",
+                           "Задан новый ток отклонения по X для контура - 1.25 мА",
+                           "Задан новый ток отклонения по Y для контура - -2 мА"};
+    QCOMPARE(m_window->journal, told + told);
+}
+
+// The seam length in the table must be that of the plane that the programs are written for.
+void TestContourWeld::anotherPlaneIsAnotherWay()
+{
+    m_window->newRound(QStringLiteral("100"));
+    m_window->teach(0, 0, 0);
+    m_window->teach(30, 0, 40);
+    QCOMPARE(m_window->text("length"), QStringLiteral("30.47"));
+    m_contour->setTechSettings(false, false, false, false, 700, 0, 0, 100, 1);
+    QCOMPARE(m_window->text("plane"), QStringLiteral("XZ"));
+    QCOMPARE(m_window->text("length"), QStringLiteral("52.36"));
+    QCOMPARE(m_window->cell(m_window->tech(), 1, 0), QStringLiteral("52.36"));
+}
+
+void TestContourWeld::techAssertions()
+{
+    laySampleWeld(*m_window);
+    QVERIFY(deathOf([this] { m_contour->addTechPoint(-1, 0, 0); }).contains("interval >= 0"));
+    QVERIFY(deathOf([this] {
+                m_contour->addLinearTackPoint(1, 801, 0);
+            }).contains("(IrVal >= 0) && (IrVal <= 800)"));
+    QVERIFY(deathOf([this] { m_contour->coords(2); }).contains("twi"));
+    QVERIFY(deathOf([this] {
+                m_contour->addPoint({1, 2, 3});
+            }).contains("point.size() == twContour->columnCount()"));
+    QVERIFY(deathOf([] {
+                CONTOUR bare;
+                bare.coords();
+            }).contains("m_schema"));
+}
+
+// --- rights, settings ---
+
+void TestContourWeld::rightsOfTheUser()
+{
+    m_contour->onUserChanged(1);
+    m_contour->setCurrentIndex(3);
+    m_contour->onUserChanged(2);
+    QCOMPARE(m_contour->currentIndex(), 0);
+    for (int tab = 0; tab < 5; ++tab)
+        QCOMPARE(m_contour->isTabEnabled(tab), tab < 2);
+    m_contour->onUserChanged(0);
+    QVERIFY(m_contour->isTabEnabled(4));
+}
+
+void TestContourWeld::settingsSurvive()
+{
+    laySampleWeld(*m_window);
+    {
+        Answers answers({Answers::number(QStringLiteral("450.5"))});
+        m_window->press("contourSpeed");
+    }
+    m_contour->setTechSettings(false, true, false, true, 640, 1.5, -2, -1, -1);
+    m_window->points()->setColumnWidth(1, 130);
+    m_window->tech()->setColumnWidth(0, 95);
+    m_contour->setCurrentIndex(1);
+    m_window.reset();
+
+    m_window = std::make_unique<ContourWindow>();
+    m_contour = m_window->open();
+    QCOMPARE(m_contour->currentIndex(), 1);
+    QCOMPARE(m_window->text("contourSpeed"), QStringLiteral("450.5"));
+    QCOMPARE(m_window->text("weldSpeed"), QStringLiteral("600.0"));
+    QCOMPARE(m_window->points()->columnWidth(1), 130);
+    QCOMPARE(m_window->tech()->columnWidth(0), 95);
+    QVERIFY(!m_window->tech()->isColumnHidden(2));
+    QVERIFY(m_window->tech()->isColumnHidden(3));
+    QCOMPARE(xs(), (QStringList{"0.00", "100.00"})); // the contour comes back as well
+    const QSettings settings(site().path(QStringLiteral("/home/oper/bin/settings.ini")),
+                             QSettings::IniFormat);
+    QCOMPARE(settings.value(QStringLiteral("Contour/Width_LXLYZ_LY")).toInt(), 130);
+    QCOMPARE(settings.value(QStringLiteral("Contour/Iy")).toFloat(), -2.0f);
+}
+
+QTEST_MAIN(TestContourWeld)
+
+#include "test_contourweld.moc"

@@ -91,6 +91,7 @@ public:
     bool drivesOn() const { return m_drives.on(); }
     bool pultOn() const { return m_pultOn; }
     Door door() const { return m_door; }
+    bool vacuum() const { return m_vacuum; }
     bool drivesAllowed() const { return m_vacuum || m_door == Door::Open; }
     // Raster settings as the programs last wrote them, by variable name such as "@RASTERTYPE%".
     QString variable(const QString& name) const { return m_variables.value(name); }

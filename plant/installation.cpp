@@ -1,5 +1,6 @@
 #include "plant/installation.h"
 
+#include "plant/beamunit.h"
 #include "plant/controller.h"
 #include "plant/controllerlink.h"
 #include "plant/instructor.h"
@@ -44,6 +45,9 @@ public:
         , m_instructor(m_controller, m_link)
         , m_speed(options.speed)
     {
+        if (options.shmSuffix)
+            m_beamUnit = std::make_unique<BeamUnit>(m_controller, *options.shmSuffix);
+        m_instructor.setBeamUnit(m_beamUnit.get());
         m_controller.setLog([this](const QString& line) { emit m_owner.logged(line); });
         connect(&m_link, &ControllerLink::logged, this,
                 [this](const QString& line) { emit m_owner.logged(line); });
@@ -80,6 +84,8 @@ private:
             m_carry -= stepTime;
         }
         m_controller.stepMessages(real);
+        if (m_beamUnit)
+            m_beamUnit->step(real);
     }
 
     void continueScript()
@@ -103,6 +109,7 @@ private:
     Installation& m_owner;
     MotionController m_controller;
     ControllerLink m_link;
+    std::unique_ptr<BeamUnit> m_beamUnit; // null without a segment
     Instructor m_instructor;
     QTimer m_tick;
     QElapsedTimer m_clock;

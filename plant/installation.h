@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 
 namespace plant {
 
@@ -16,12 +17,13 @@ class MotionController;
 
 struct InstallationOptions
 {
-    QString root;              // folder in front of "/programs/..."; empty: the machine's own root
-    std::uint16_t tcpPort = 0; // 0: any free port of the loopback
-    std::uint16_t udpPort = 0; // where the console listens; 0: a port that is free now
-    double speed = 1;          // simulated seconds for each real one
-    std::uint32_t seed = 1;    // of all that varies by chance: the same seed gives the same run
-    bool ownThread = true;     // false: everything happens in the caller's event loop
+    QString root;                     // folder in front of "/programs/..."; empty: the machine's own root
+    std::uint16_t tcpPort = 0;        // 0: any free port of the loopback
+    std::uint16_t udpPort = 0;        // where the console listens; 0: a port that is free now
+    double speed = 1;                 // simulated seconds for each real one
+    std::uint32_t seed = 1;           // of all that varies by chance: the same seed gives the same run
+    std::optional<QString> shmSuffix; // of the beam unit's segment; nothing: no beam unit
+    bool ownThread = true;            // false: everything happens in the caller's event loop
 };
 
 // The whole simulated installation: the controllers, their links on loopback, the instructor and the

@@ -1,5 +1,6 @@
 #include "plant/instructor.h"
 
+#include "plant/beamunit.h"
 #include "plant/controller.h"
 #include "plant/controllerlink.h"
 
@@ -117,6 +118,7 @@ const std::vector<Instructor::Entry>& Instructor::entries()
         {"frame", "frame bad|badtcp", "one datagram with a wrong signature, or text without a frame", 1, 1,
          &I::frame},
         {"speed", "speed N", "simulated seconds for each real one, 0.1 to 200", 1, 1, &I::speed},
+        {"beam", "beam on|off", "the beam unit's program runs or hangs", 1, 1, &I::beam},
         {"quit", "quit", "ends the simulation", 0, 0, &I::quit},
     };
     return table;
@@ -348,6 +350,17 @@ QString Instructor::speed(const Words& w)
     if (!factor || *factor < slowest || *factor > fastest)
         return usage;
     emit speedWanted(*factor);
+    return {};
+}
+
+QString Instructor::beam(const Words& w)
+{
+    const auto on = choice(w[0], "on", "off");
+    if (!on)
+        return usage;
+    if (!m_beamUnit)
+        return error(QStringLiteral("there is no beam unit"));
+    m_beamUnit->setRunning(*on);
     return {};
 }
 

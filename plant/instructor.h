@@ -8,6 +8,7 @@
 
 namespace plant {
 
+class BeamUnit;
 class ControllerLink;
 class MotionController;
 
@@ -20,6 +21,8 @@ class Instructor : public QObject
 public:
     // Both outlive the instructor.
     Instructor(MotionController& controller, ControllerLink& link, QObject* parent = nullptr);
+
+    void setBeamUnit(BeamUnit* unit) { m_beamUnit = unit; } // null for none; outlives the instructor
 
     QString execute(const QString& line); // an empty line and a comment (#) have an empty answer
 
@@ -63,10 +66,12 @@ private:
     QString link(const Words& w);
     QString frame(const Words& w);
     QString speed(const Words& w);
+    QString beam(const Words& w);
     QString quit(const Words& w);
 
     MotionController& m_controller;
     ControllerLink& m_link;
+    BeamUnit* m_beamUnit = nullptr;
 };
 
 } // namespace plant

@@ -51,6 +51,7 @@ bool readOptions(const QCommandLineParser& parser, plant::InstallationOptions* o
     options->root = parser.value(QStringLiteral("root"));
     options->tcpPort = parser.value(QStringLiteral("tcp")).toUShort(&tcp);
     options->udpPort = parser.value(QStringLiteral("udp")).toUShort(&udp);
+    options->shmSuffix = parser.value(QStringLiteral("shm-suffix"));
     options->speed = parser.value(QStringLiteral("speed")).toDouble(&speed);
     options->seed = parser.value(QStringLiteral("seed")).toUInt(&seed);
     options->ownThread = false;
@@ -75,6 +76,8 @@ int main(int argc, char* argv[])
          QStringLiteral("port"), QStringLiteral("5191")},
         {QStringLiteral("speed"), QStringLiteral("simulated seconds for each real one, 0.1 to 200"),
          QStringLiteral("n"), QStringLiteral("1")},
+        {QStringLiteral("shm-suffix"), QStringLiteral("end of the shared segments' keys"),
+         QStringLiteral("s")},
         {QStringLiteral("script"), QStringLiteral("file of instructor's lines"), QStringLiteral("file")},
         {QStringLiteral("seed"), QStringLiteral("seed of all that varies by chance"), QStringLiteral("n"),
          QStringLiteral("1")},

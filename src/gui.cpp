@@ -222,8 +222,8 @@ void Gui::onTimeChanged()
 {
     ui->lblTime->setText(QTime::currentTime().toString(QStringLiteral("hh:mm:ss")));
     shareWheels();
-    // The beam unit's heartbeat stands here; without a beam unit its label is red.
-    onChangedELAConnected(false);
+    m_elaShare.updateStatusEla();
+    onChangedELAConnected(m_elaShare.status());
 }
 
 void Gui::onUserChanged(int state)

@@ -2,6 +2,7 @@
 
 #include "consolehost.h"
 #include "drivecomm.h"
+#include "elashare.h"
 #include "lir940p.h"
 #include "pultshare.h"
 
@@ -280,6 +281,7 @@ private:
     QLabel* m_blockLabel = nullptr;           // the overlay of the key switch, null when there is none
     int m_modeMinutes = 0, m_modeSeconds = 0; // time of the vacuum algorithm
     QIcon m_iconError, m_iconInfo, m_iconRun, m_iconWarning, m_iconBasic;
+    ElaSharedMemory m_elaShare;
     PultShare m_pultShare;
     bool m_secondLX = false, m_secondU = false; // the second axis of the pair is shown
     bool m_drivesConnected = false;

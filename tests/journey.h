@@ -15,7 +15,7 @@ class Journey
 {
 public:
     explicit Journey(double speed = 20, bool firstDay = true)
-        : m_plant({QStringLiteral(PLANT_PROGRAM), m_site.root(), speed, QString()})
+        : m_plant({QStringLiteral(PLANT_PROGRAM), m_site.root(), speed, QString(), site().shmSuffix})
     {
         laySiteFolder(m_site.root(), firstDay);
         QString why;

@@ -118,7 +118,7 @@ int main(int argc, char* argv[])
     }
 
     PlantProcess plant({QCoreApplication::applicationDirPath() + "/plant", own.root,
-                        parser.value(speedOption).toDouble(), parser.value(scriptOption)});
+                        parser.value(speedOption).toDouble(), parser.value(scriptOption), own.shmSuffix});
     QString why;
     if (!plant.start(&why)) {
         std::fprintf(stderr, "%s\n", qPrintable(why));

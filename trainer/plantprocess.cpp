@@ -47,6 +47,7 @@ bool PlantProcess::start(QString* why)
                           "--tcp",        "0",
                           "--udp",        QString::number(m_udpPort),
                           "--speed",      QString::number(m_options.speed),
+                          "--shm-suffix", m_options.shmSuffix,
                           "--quit-on-eof"};
     if (!m_options.script.isEmpty())
         arguments << "--script" << m_options.script;

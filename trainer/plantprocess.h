@@ -17,10 +17,11 @@ class PlantProcess : public QObject
 public:
     struct Options
     {
-        QString program;  // path of the executable
-        QString root;     // root of the site, where it finds the programs
-        double speed = 1; // seconds of the installation in one real second
-        QString script;   // instructor's lines from a file, empty for none
+        QString program;   // path of the executable
+        QString root;      // root of the site, where it finds the programs
+        double speed = 1;  // seconds of the installation in one real second
+        QString script;    // instructor's lines from a file, empty for none
+        QString shmSuffix; // end of the shared segments' keys, as the site has it
     };
 
     explicit PlantProcess(const Options& options, QObject* parent = nullptr);

@@ -49,7 +49,7 @@ Gui::Gui()
     connect(&m_drives, &DriveTCPthread::disconnected, this, &Gui::disconnectedDrives);
     connectDrives();
     connectPanels();
-    // The message stack in frErrorDiagnostic and its server stand here.
+    initMessages();
     m_lirAxes = {QStringLiteral("LX"), QStringLiteral("LY"), QStringLiteral("A"),  QStringLiteral("B"),
                  QStringLiteral("C"),  QStringLiteral("D"),  QStringLiteral("U1"), QStringLiteral("V")};
     initGeometry();

@@ -16,6 +16,8 @@
 #include <array>
 #include <memory>
 
+class CMessageServer;
+class CMessageStack;
 class JogHold;
 class PoLabel;
 class PoSprite;
@@ -56,6 +58,9 @@ public:
     QString programName() const override { return m_programName; }
     void setProgramName(const QString& path, bool withoutCurrent) override;
 
+    // Journal line of a numbered event of the motion controller, with what the axes tell at this moment.
+    QString CNCMessage(uint number) const;
+
 signals:
     void signalUserChange(int rights); // group id; -1 after a cancelled login
     void signalSecondXPanelShow(bool show);
@@ -87,9 +92,21 @@ public slots:
     void onChangedChannelMode1(uint mode);
     void onChangedChannelMode2(uint mode);
     void onChangedChannelMode3(uint mode);
-    void onLightStateChanged(uint state);
     void onChangedStateVirtual(uint value);
     void VirtualAxisStateChanged(uint state); // above 4: lamps stay as they are
+
+    // What it tells in words and numbers (gui_messages.cpp). Called for changes only, but for the first
+    // datagram of a connection, which tells everything.
+    void onNewCNCMessage(uint number); // 0: no event
+    void onNewCNCError(uint number);   // 0: no error
+    void onDoorStateChanged(uint state);
+    void onTrModuleStateChanged(uint state);
+    void onDrivePowerStateChanged(uint state); // a bit for each breaker, set while it is closed
+    void onLightStateChanged(uint state);
+    void onAlarmStateChanged(uint state); // bits of the emergency buttons and ropes
+    void onSpiralPowerOff(bool on);       // true: healthy
+    void onDrivesPowerOff(bool on);       // true: healthy
+    void onPhaseAlarm(bool on);           // true: the phases are wrong
 
     // Virtual axes: coordinates and soft limits in mm or deg, end switches.
     void onChangedX(float value) { showVirtualCoord(X, value); }
@@ -231,12 +248,14 @@ private:
     void initDrives();
     void loadIni();
     void connectPanels();
+    void initMessages();
     void initGeometry();
     void initPresets();
     void startClock();
     void openJournal();
 
     void connectMachine();
+    void connectMessages();
     void connectAxes();
     void connectVirtualAxes();
     void connectVirtualJog();
@@ -246,6 +265,8 @@ private:
     void drawChannelState(int channel, PoLabel* label, uint state);
     void drawChannelMode(PoLabel* label, uint mode);
     void updateTrans();
+    void raiseAlarm(int numId); // with the buzzer
+    void showAlarm(bool on, int numId, const char* line);
     void showVirtualCoord(VirtualIndex index, float value);
     void setVirtualEnd(VirtualIndex index, bool maximum, bool on);
     void speedSelector(VirtualIndex index);
@@ -272,7 +293,9 @@ private:
     QMap<QString, int> m_maxSpeed;   // mm/min or deg/min by axis name
     QMap<QString, PoLabel*> m_coord; // coordinate labels by axis name
     QMap<QString, Lock*> m_locks;
-    QString m_userRights, m_userName; // as they stood after the first login
+    QString m_userRights, m_userName;   // as they stood after the first login
+    CMessageStack* m_stack = nullptr;   // child of the window
+    CMessageServer* m_server = nullptr; // left to the end of the process
     QTimer m_timer;
     Lir940p m_lir;
     QMap<QString, int> m_lirMult;             // handwheel multiplier index by axis, 0 to 3
@@ -285,6 +308,7 @@ private:
     PultShare m_pultShare;
     bool m_secondLX = false, m_secondU = false; // the second axis of the pair is shown
     bool m_drivesConnected = false;
+    uint m_drivePower = 0;
     uint m_lightState = 0;
     uint m_channel1State = 0;
     uint m_virtualState = 0;

@@ -156,9 +156,8 @@ void Gui::connectMachine()
     connect(&m_drives, &DriveTCPthread::changedAxisMoving, ui->contour, &CONTOUR::onAxisMoving);
     connect(&m_drives, &DriveTCPthread::changedPortPultRegime, this, &Gui::onChangedPultRegime);
     connect(&m_drives, &DriveTCPthread::changedDoorState, ui->kvs, &KVS::onDoorStateChanged);
-    connect(&m_drives, &DriveTCPthread::changedLightState, this, &Gui::onLightStateChanged);
     connect(&m_drives, &DriveTCPthread::changedKeyAccess, this, &Gui::onAccessChanged);
     connect(&m_drives, &DriveTCPthread::changedDrivesLock, this, &Gui::changedDrivesLock);
     connect(&m_drives, &DriveTCPthread::changedPointNo, ui->contour, &CONTOUR::onChangedPointNo);
-    // The numbered events, errors, breakers, alarms and the transport module are decoded here as well.
+    connectMessages();
 }

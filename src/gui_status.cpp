@@ -1,7 +1,6 @@
 #include "gui.h"
 
 #include "contour.h"
-#include "statebutton.h"
 #include "ui_gui.h"
 #include "widgets.h"
 
@@ -69,22 +68,6 @@ const ChannelState kRegimes[] = {
     {"Напуск в камеру", "[I]Запущен алгоритм 'Напуск в камеру' вакуумной системы"},
     {"Завершение работы", "[I]Запущен алгоритм 'Завершение работы' вакуумной системы"},
 };
-
-struct LightLines
-{
-    const char* on;
-    const char* off;
-};
-
-// By the bit of the light word.
-const LightLines kLights[] = {
-    {"[I]Освещение камеры светодиодными лентами включено",
-     "[I]Освещение камеры светодиодными лентами выключено"},
-    {"[I]Освещение камеры светодиодными прожекторами включено",
-     "[I]Освещение камеры светодиодными прожекторами выключено"},
-    {"[I]Освещение зоны сварки спиралями включено", "[I]Освещение зоны сварки спиралями выключено"},
-};
-constexpr uint kSpiralBit = 1U << 2;
 
 template <typename T, std::size_t N>
 constexpr uint count(const T (&)[N])
@@ -175,18 +158,6 @@ void Gui::onChangedChannelMode2(uint mode)
 void Gui::onChangedChannelMode3(uint mode)
 {
     drawChannelMode(ui->channel3Mode, mode);
-}
-
-void Gui::onLightStateChanged(uint state)
-{
-    const uint changed = state ^ m_lightState;
-    for (uint bit = 0; bit < count(kLights); ++bit) {
-        if (!(changed >> bit & 1U))
-            continue;
-        prgMessage(QString::fromUtf8(state >> bit & 1U ? kLights[bit].on : kLights[bit].off), true);
-    }
-    m_lightState = state;
-    ui->sbLightSpiral->setState(bool(state & kSpiralBit));
 }
 
 void Gui::onChangedStateVirtual(uint value)

@@ -183,3 +183,10 @@ void CUniButton::leaveEvent(QEvent*)
     m_mouseOver = false;
     update();
 }
+
+// A finger that is down on it lifts unseen.
+void CUniButton::hideEvent(QHideEvent*)
+{
+    if (!isToggle())
+        m_pressed = false;
+}

@@ -81,24 +81,32 @@ inline void GuiFixture::start()
     QVERIFY(m_controller->accept());
     drivewire::put(m_datagram, drivewire::fieldNamed("KeyAccess"), 1);
     drivewire::put(m_datagram, drivewire::fieldNamed("DrivesPower"), 1);
+    drivewire::put(m_datagram, drivewire::fieldNamed("SpiralPower"), 1);
     tell({});
 }
 
 inline void GuiFixture::tell(std::initializer_list<std::pair<const char*, double>> fields)
 {
-    // The error word is told last; its change says that the window has taken the whole datagram.
-    static quint32 mark = 100'000;
+    // A limit that the window only remembers marks each datagram. The datagram is sent twice, with two marks:
+    // when the second has come, the window has taken the whole of the first.
+    static float mark = 100'000;
     QEventLoop loop;
-    const auto connection = connect(m_gui->drives(), &DriveStatus::changedCNCError, &loop, &QEventLoop::quit);
+    const auto connection = connect(m_gui->drives(), &DriveStatus::changedMinLimPHI, &loop, [&](float value) {
+        if (value >= mark)
+            loop.quit();
+    });
     for (const auto& field : fields)
         drivewire::put(m_datagram, drivewire::fieldNamed(field.first), field.second);
-    drivewire::put(m_datagram, drivewire::fieldNamed("CNCError"), ++mark);
     QTimer again; // the telemetry thread may not have bound its port yet
     connect(&again, &QTimer::timeout, this, [this] { m_controller->datagram(m_datagram); });
     again.start(20);
-    m_controller->datagram(m_datagram);
     QTimer::singleShot(10'000, &loop, [&loop] { loop.exit(1); });
-    const int lost = loop.exec();
+    int lost = 0;
+    for (int time = 0; time < 2 && !lost; ++time) {
+        drivewire::put(m_datagram, drivewire::fieldNamed("MinLimPHI"), double(++mark));
+        m_controller->datagram(m_datagram);
+        lost = loop.exec();
+    }
     disconnect(connection);
     QVERIFY2(!lost, "the console does not take the datagram");
 }

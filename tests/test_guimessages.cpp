@@ -1,0 +1,436 @@
+#include "axis.h"
+#include "cmessagestack.h"
+#include "guifixture.h"
+#include "journey.h"
+
+// What the window makes of the words and numbers of the motion controller: journal lines, the stack's
+// messages, the buzzer.
+class TestGuiMessages : public GuiFixture
+{
+    Q_OBJECT
+
+private slots:
+    void init() { begin(); }
+    void cleanup() { end(); }
+
+    void channelStates();
+    void events();
+    void errors();
+    void doorAndTransportModule_data();
+    void doorAndTransportModule();
+    void breakers();
+    void commonBreakerIsTakenOffByAnother();
+    void cabinet_data();
+    void cabinet();
+    void alarmWord();
+    void alarmsAreRaisedTwice();
+    void lights();
+    void virtualLamps();
+    void regimes();
+    void theStackStandsInTheHead();
+
+    void told_data();
+    void told();
+
+private:
+    QStringList since(); // lines of the list since the last time
+    QList<int> shown() const;
+    int m_seen = 0;
+};
+
+namespace {
+
+constexpr uint allClosed = 0x7FF;
+
+} // namespace
+
+QStringList TestGuiMessages::since()
+{
+    const QStringList all = list();
+    return all.mid(std::exchange(m_seen, all.size()));
+}
+
+QList<int> TestGuiMessages::shown() const
+{
+    QList<int> numbers;
+    for (int number = 0; number <= 30; ++number) {
+        if (w<CMessageStack>(QString())->getMessageIndex(number) >= 0)
+            numbers << number;
+    }
+    return numbers;
+}
+
+void TestGuiMessages::channelStates()
+{
+    const struct
+    {
+        const char* text;
+        const char* line;
+    } states[] = {{"неопределено\n(0)", "состояние неопределено - ошибка связи"},
+                  {"бездействие", "бездействие"},
+                  {"готов", "готовность"},
+                  {"выполнение", "выполнение автоматической программы"},
+                  {"резервное", nullptr},
+                  {"резервное", nullptr},
+                  {"ошибка", "ошибка в канале"},
+                  {"резервное", nullptr},
+                  {"сброс", "сброс состояния канала"},
+                  {"загрузка\nпрограммы", "загрузка программы"},
+                  {"cancel distance to go\nPreparation", nullptr},
+                  {"cancel distance to go\nRunning", nullptr},
+                  {"готовность", "готовность к старту программы"},
+                  {"ожидание\nпродолжения", "готовность к продолжению программы"},
+                  {"неопределено\n(14)", "состояние неопределено - ошибка связи"}};
+    void (Gui::*slots_[])(uint) = {&Gui::onChangedChannelState1, &Gui::onChangedChannelState2,
+                                   &Gui::onChangedChannelState3};
+    for (int channel = 1; channel <= 3; ++channel) {
+        for (uint state = 0; state < std::size(states); ++state) {
+            since();
+            (m_gui.get()->*slots_[channel - 1])(state);
+            const QString label = QStringLiteral("channel%1State").arg(channel);
+            QCOMPARE(w<QLabel>(label)->text(), QString::fromUtf8(states[state].text));
+            QCOMPARE(colour(label), state == 3 ? QColor(0, 255, 128) : QColor(189, 255, 180));
+            QStringList expected;
+            if (states[state].line)
+                expected << QStringLiteral("Канал %1: ").arg(channel) + states[state].line;
+            QCOMPARE(since(), expected);
+        }
+    }
+}
+
+void TestGuiMessages::events()
+{
+    tell({{"MinLimLX", -10.25}, {"MinLimU", -20.5}, {"MaxLimV", 30.125}, {"LY", 40.006}, {"U1", 50.5}});
+    m_gui->onChangedMinLimitX(-1.5F);
+    m_gui->onChangedMaxLimitX(1.5F);
+    m_gui->onChangedMinLimitZ(-2.5F);
+    m_gui->onChangedMaxLimitZ(2.5F);
+    m_gui->onChangedMinLimitPHI(-3.5F);
+    m_gui->onChangedMaxLimitPHI(3.5F);
+    const std::pair<uint, const char*> values[] = {
+        {161, "LX, новое значение -10.25"}, {167, "U, новое значение -20.50"},
+        {188, "V, новое значение 30.13"},   {203, "LY, новая координата 40.01"},
+        {208, "U, новая координата 50.50"}, {169, "X, новое значение -1.50"},
+        {170, "Z, новое значение -2.50"},   {171, "PHI, новое значение -3.50"},
+        {189, "X, новое значение 1.50"},    {190, "Z, новое значение 2.50"},
+        {191, "PHI, новое значение 3.50"},
+    };
+    for (const auto& [number, end] : values)
+        QVERIFY2(m_gui->CNCMessage(number).endsWith(QString::fromUtf8(end)),
+                 qPrintable(m_gui->CNCMessage(number)));
+    for (uint number = 0; number <= 260; ++number)
+        QVERIFY(m_gui->CNCMessage(number).startsWith('[')); // every axis that an event names exists
+
+    // A number that goes is no event; one that comes stands after the values of its own datagram.
+    since();
+    tell({{"Message", 201}, {"LX1", -7.5}});
+    QCOMPARE(since(), QStringList{"CML75: Выполнено референцирование оси LX, новая координата -7.50"});
+    tell({{"Message", 0}});
+    QCOMPARE(since(), QStringList());
+    tell({{"Message", 202}});
+    QCOMPARE(since(), QStringList{"CML75: Неизвестное сообщение (202)"});
+    QCOMPARE(shown(), QList<int>());
+}
+
+void TestGuiMessages::errors()
+{
+    since();
+    tell({{"CNCError", 4000000000.0}});
+    QCOMPARE(since(), QStringList{"CML75: Ошибка контроллера ЧПУ номер 4000000000!"});
+    QVERIFY(journal().contains("[A]CML75: Ошибка контроллера ЧПУ номер 4000000000!\n"));
+    tell({{"CNCError", 0}});
+    QCOMPARE(since(), QStringList());
+    QCOMPARE(shown(), QList<int>());
+    QCOMPARE(takeCommands(), QStringList());
+}
+
+void TestGuiMessages::doorAndTransportModule_data()
+{
+    QTest::addColumn<uint>("value");
+    QTest::addColumn<QStringList>("door");
+    QTest::addColumn<QStringList>("module");
+    QTest::newRow("0") << 0U << QStringList{"Дверь закрыта"} << QStringList{"Транспортный модуль в камере"};
+    QTest::newRow("1") << 1U << QStringList{"Дверь открыта"}
+                       << QStringList{"Транспортный модуль на загрузочной платформе"};
+    QTest::newRow("2") << 2U << QStringList{"Дверь в зоне торможения закрытия"}
+                       << QStringList{"Транспортный модуль в зоне торможения камеры"};
+    QTest::newRow("3") << 3U << QStringList{"Дверь в зоне торможения открытия"}
+                       << QStringList{"Транспортный модуль в зоне торможения загрузочной платформы"};
+    QTest::newRow("4") << 4U << QStringList() << QStringList();
+    QTest::newRow("top") << 0xFFFFFFFFU << QStringList() << QStringList();
+}
+
+void TestGuiMessages::doorAndTransportModule()
+{
+    QFETCH(uint, value);
+    const double other = value ? 0 : 1;
+    tell({{"DoorState", other}, {"TrModuleState", other}});
+    since();
+    tell({{"DoorState", double(value)}});
+    QTEST(since(), "door");
+    tell({{"TrModuleState", double(value)}});
+    QTEST(since(), "module");
+}
+
+void TestGuiMessages::breakers()
+{
+    const char* drives[] = {"31 питания привода координаты LX1", "32 питания привода координаты LX2",
+                            "33 питания привода координаты LY",  "34 питания привода координаты A",
+                            "35 питания привода координаты B",   "36 питания привода координаты C",
+                            "37 питания привода координаты D",   "38 питания привода координаты U1",
+                            "39 питания привода координаты U2",  "40 питания привода координаты V",
+                            "18 питания всех приводов"};
+    QStringList all;
+    tell({{"DrivePowerState", allClosed}});
+    QCOMPARE(shown(), QList<int>());
+    for (uint bit = 0; bit < 11; ++bit) {
+        since();
+        const QString line = QStringLiteral("Сработал автомат QF%1 в ШУК!").arg(drives[bit]);
+        all << line;
+        tell({{"DrivePowerState", allClosed & ~(1U << bit)}});
+        QCOMPARE(since(), QStringList{line});
+        QCOMPARE(shown(), bit == 10 ? QList<int>{0} : QList<int>());
+        QCOMPARE(takeCommands(), bit == 10 ? QStringList{"ZOOMMER"} : QStringList());
+        m_gui->onDrivePowerStateChanged(allClosed & ~(1U << bit)); // the same word says nothing
+        QCOMPARE(since(), QStringList());
+        QCOMPARE(shown(), bit == 10 ? QList<int>{0} : QList<int>());
+        tell({{"DrivePowerState", allClosed}});
+        QCOMPARE(since(), QStringList());
+        QCOMPARE(shown(), QList<int>());
+    }
+    tell({{"DrivePowerState", 0xFFFFF800U}}); // all at once, in order of the bits; those above are not told
+    QCOMPARE(since(), all);
+    QCOMPARE(shown(), QList<int>{0});
+    QVERIFY(journal().contains("[W]Сработал автомат QF18 питания всех приводов в ШУК!\n"));
+    QCOMPARE(takeCommands(), QStringList{"ZOOMMER"});
+}
+
+void TestGuiMessages::commonBreakerIsTakenOffByAnother()
+{
+    tell({{"DrivePowerState", allClosed}});
+    tell({{"DrivePowerState", 0x3FF}});
+    QCOMPARE(shown(), QList<int>{0});
+    tell({{"DrivePowerState", 0x3F7}});
+    QCOMPARE(list().last(), QStringLiteral("Сработал автомат QF34 питания привода координаты A в ШУК!"));
+    QCOMPARE(shown(), QList<int>());
+}
+
+void TestGuiMessages::cabinet_data()
+{
+    QTest::addColumn<QByteArray>("word");
+    QTest::addColumn<int>("trouble"); // its value while something is wrong
+    QTest::addColumn<QString>("line");
+    QTest::addColumn<int>("number");
+    QTest::addColumn<bool>("buzzer");
+    QTest::newRow("QF28") << QByteArray("DrivesPower") << 0
+                          << "[A]Сработал автомат питания приводов 24В в ШУК (QF28)!" << 8 << true;
+    QTest::newRow("phases") << QByteArray("PhaseAlarm") << 1 << "[A]Ошибка фаз 380 Вольт в ШУК!" << 7 << true;
+    QTest::newRow("spirals") << QByteArray("SpiralPower") << 0
+                             << "[W]Сработал автомат питания спиралей в ШУК (QF23 или QF24)!" << 20 << false;
+}
+
+void TestGuiMessages::cabinet()
+{
+    QFETCH(QByteArray, word);
+    QFETCH(int, trouble);
+    QFETCH(QString, line);
+    QFETCH(int, number);
+    QFETCH(bool, buzzer);
+    for (int time = 0; time < 2; ++time) {
+        since();
+        tell({{word.constData(), double(trouble)}});
+        QCOMPARE(since(), QStringList{line.mid(3)});
+        QVERIFY(journal().contains(line + '\n'));
+        QCOMPARE(shown(), QList<int>{number});
+        QCOMPARE(takeCommands(), buzzer ? QStringList{"ZOOMMER"} : QStringList());
+        tell({{word.constData(), double(1 - trouble)}});
+        QCOMPARE(since(), QStringList());
+        QCOMPARE(shown(), QList<int>());
+        QCOMPARE(takeCommands(), QStringList());
+    }
+}
+
+// Every word of four bits after every other.
+void TestGuiMessages::alarmWord()
+{
+    const char* lines[] = {"Нажата кнопка аварийного останова на пульте оператора!",
+                           "Нажата кнопка аварийного останова на пульте переносном!",
+                           "Сработал левый тросовый выключатель в камере!",
+                           "Сработал правый тросовый выключатель в камере!"};
+    for (uint state = 0; state < 16; ++state) {
+        m_gui->onAlarmStateChanged(0);
+        QCOMPARE(shown(), QList<int>());
+        since();
+        takeCommands();
+        m_gui->onAlarmStateChanged(state | 0x10);
+        QStringList expected, buzzes;
+        QList<int> numbers;
+        for (int bit = 0; bit < 4; ++bit) {
+            if (!(state >> bit & 1U))
+                continue;
+            expected << QString::fromUtf8(lines[bit]);
+            numbers << 3 + bit;
+            buzzes << QStringLiteral("ZOOMMER");
+        }
+        QCOMPARE(since(), expected);
+        QCOMPARE(shown(), numbers);
+        QTRY_COMPARE(commands(), buzzes);
+    }
+    QVERIFY(journal().contains(QStringLiteral("[A]") + QString::fromUtf8(lines[3])));
+}
+
+// A button that stays pressed while a rope is pulled is told and raised again, and each release takes one.
+void TestGuiMessages::alarmsAreRaisedTwice()
+{
+    tell({{"AlarmState", 1}});
+    tell({{"AlarmState", 5}});
+    QCOMPARE(list().filter(QStringLiteral("пульте оператора")).size(), 2);
+    QTRY_COMPARE(commands(), QStringList({"ZOOMMER", "ZOOMMER", "ZOOMMER"}));
+    tell({{"AlarmState", 0}});
+    QCOMPARE(shown(), QList<int>{3});
+    tell({{"AlarmState", 8}});
+    QCOMPARE(shown(), QList<int>{6});
+}
+
+void TestGuiMessages::lights()
+{
+    const char* names[] = {"Освещение камеры светодиодными лентами",
+                           "Освещение камеры светодиодными прожекторами", "Освещение зоны сварки спиралями"};
+    uint former = 0;
+    for (uint state : {1U, 3U, 7U, 7U, 0U, 5U, 2U, 0xFFFFFFFFU, 0xFFFFFFF8U}) {
+        since();
+        m_gui->onLightStateChanged(state);
+        QStringList expected;
+        for (uint bit = 0; bit < 3; ++bit) {
+            if ((state ^ former) >> bit & 1U)
+                expected << names[bit] +
+                                QStringLiteral(" %1").arg(state >> bit & 1U ? "включено" : "выключено");
+        }
+        QCOMPARE(since(), expected);
+        QCOMPARE(int(w<StateButton>("sbLightSpiral")->state()), state & 4U ? 1 : 0);
+        former = state;
+    }
+}
+
+void TestGuiMessages::virtualLamps()
+{
+    const auto picture = [this](const char* name) {
+        return w<PoSprite>(name)->pixmap(Qt::ReturnByValue).toImage();
+    };
+    const QString files[] = {"gray", "yellow", "green", "red", "yellow"};
+    for (uint state : {3U, 2U, 1U, 0U, 4U, 5U, 0xFFFFFFFFU}) {
+        m_gui->onChangedStateVirtual(state);
+        const QImage lamp(":/images/indicator_" + files[qMin(state, 4U)] + ".png");
+        for (const char* name : {"indX", "indZ", "indPHI"})
+            QCOMPARE(picture(name), lamp.convertToFormat(picture(name).format()));
+    }
+}
+
+void TestGuiMessages::regimes()
+{
+    const std::pair<const char*, const char*> regimes[] = {
+        {"Режим наладки", "Выполнено переключение в Наладочный режим работы вакуумной системы"},
+        {"Ручной режим", "Выполнено переключение в Ручной режим работы вакуумной системы"},
+        {"Подготовка", "Запущен алгоритм 'Подготовка' вакуумной системы"},
+        {"Форвакуумная откачка", "Запущен алгоритм 'Форвакуумная откачка' вакуумной системы"},
+        {"Откачка камеры", "Запущен алгоритм 'Откачка камеры' вакуумной системы"},
+        {"Напуск в камеру", "Запущен алгоритм 'Напуск в камеру' вакуумной системы"},
+        {"Завершение работы", "Запущен алгоритм 'Завершение работы' вакуумной системы"},
+    };
+    for (uint regime = 0; regime < 7; ++regime) {
+        since();
+        m_gui->changedMode(regime);
+        QCOMPARE(w<QLabel>("lblVacuumState")->text(), QString::fromUtf8(regimes[regime].first));
+        QCOMPARE(since(), QStringList{QString::fromUtf8(regimes[regime].second)});
+        QCOMPARE(colour("lblVacuumState"), regime ? QColor(189, 255, 180) : QColor(255, 128, 128));
+        QCOMPARE(w("lblVacuumState")->palette().color(QPalette::WindowText),
+                 QColor(regime ? Qt::black : Qt::white));
+    }
+    const std::pair<const char*, QColor> states[] = {{"Не запущен", QColor(189, 255, 180)},
+                                                     {"Выполняется", QColor(0, 255, 128)},
+                                                     {"Выполнен", QColor(0, 255, 128)},
+                                                     {"Не запущен", QColor(189, 255, 180)}};
+    for (uint state = 0; state < 4; ++state) {
+        m_gui->changedModeState(state);
+        QCOMPARE(w<QLabel>("lblVacuumActive")->text(), QString::fromUtf8(states[state].first));
+        QCOMPARE(colour("lblVacuumActive"), states[state].second);
+    }
+    m_gui->changedModeTime(360'000);
+    QCOMPARE(w<QLabel>("lblVacuumTime")->text(), QStringLiteral("100:00:00"));
+    QCOMPARE(colour("lblVacuumTime"), QColor(0, 255, 128));
+    m_gui->changedModeTime(0);
+    QCOMPARE(w<QLabel>("lblVacuumTime")->text(), QStringLiteral("00:00:00"));
+    QCOMPARE(colour("lblVacuumTime"), QColor(189, 255, 180));
+}
+
+void TestGuiMessages::theStackStandsInTheHead()
+{
+    const auto* stack = w<CMessageStack>(QString());
+    QCOMPARE(stack->parentWidget(), w("frErrorDiagnostic"));
+    QCOMPARE(stack->pos(), QPoint(5, 24));
+    QVERIFY(stack->isVisible());
+    QVERIFY(w("frErrorDiagnostic")->rect().contains(stack->geometry()));
+    tell({{"SpiralPower", 0}, {"AlarmState", 4}});
+    const QString folder = qEnvironmentVariable("PICTURES"); // to be looked at
+    for (const char* name : {"first", "second"}) {
+        if (!folder.isEmpty())
+            QVERIFY(m_gui->grab().save(folder + '/' + name + ".png"));
+        w<CMessageStack>(QString())->slotTimer();
+    }
+    m_gui.reset(); // with messages on view
+}
+
+void TestGuiMessages::told_data()
+{
+    QTest::addColumn<QString>("instruction");
+    QTest::addColumn<QStringList>("lines"); // of the journal, in this order
+    QTest::addColumn<bool>("buzzer");
+    QTest::newRow("common breaker") << "breaker qf18 off"
+                                    << QStringList{"[W]Сработал автомат QF18 питания всех приводов в ШУК!"}
+                                    << true;
+    QTest::newRow("button") << "emergency console on"
+                            << QStringList{"[A]Нажата кнопка аварийного останова на пульте оператора!"}
+                            << true;
+    QTest::newRow("spirals") << "breaker qf23 off"
+                             << QStringList{"[W]Сработал автомат питания спиралей в ШУК (QF23 или QF24)!"}
+                             << false;
+    QTest::newRow("door") << "door close"
+                          << QStringList{"[I]Дверь в зоне торможения закрытия", "[I]Дверь закрыта"} << false;
+    QTest::newRow("event") << "message 128"
+                           << QStringList{"[W]CML75: Перегрузка по току привода V - движение по оси и "
+                                          "выполнение программы остановлено"}
+                           << false;
+}
+
+// From the installation to the journal, and the buzzer back.
+void TestGuiMessages::told()
+{
+    QFETCH(QString, instruction);
+    QFETCH(QStringList, lines);
+    QFETCH(bool, buzzer);
+    end();
+    Journey journey(10);
+    const QString trouble = journey.runLoggedIn([&] {
+        const auto heard = [&] {
+            return !journey.plant().lines().filter(QStringLiteral("buzzer")).isEmpty();
+        };
+        Hand::expect(!heard(), "a healthy installation is quiet");
+        journey.plant().instruct(instruction);
+        journey.hand.waitFor("the line", [&] { return journey.journal().contains(lines.last()); });
+        if (buzzer)
+            journey.hand.waitFor("the buzzer", heard);
+        journey.hand.tap("pbCloseProgram");
+        journey.hand.tap("pbYes");
+    });
+    QCOMPARE(trouble, QString());
+    int at = 0;
+    for (const QString& line : lines) {
+        at = journey.journal().indexOf(line, at);
+        QVERIFY2(at >= 0, qPrintable(line));
+    }
+    QCOMPARE(!journey.plant().lines().filter(QStringLiteral("buzzer")).isEmpty(), buzzer);
+    begin(); // for cleanup
+}
+
+QTEST_MAIN(TestGuiMessages)
+#include "test_guimessages.moc"

@@ -250,8 +250,12 @@ void Gui::onChangedPultState(bool state)
     if (m_pultRegime == 2 || m_pultRegime == 3)
         ui->frmDrives->setDisabled(state);
     // The panel takes its wheel from the beam unit, and says so at each change of its regime.
-    if (state)
+    if (state) {
+        // A menu that is still open would be disabled with the frame and hold every touch.
+        for (QMenu* menu : ui->lblLir3->findChildren<QMenu*>())
+            menu->close();
         freeWheel(QStringLiteral("'Выносной'"), &m_lirDist, ui->lblLir3Use);
+    }
     ui->frmLir3->setDisabled(state);
 }
 

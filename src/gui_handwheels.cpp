@@ -1,6 +1,7 @@
 #include "gui.h"
 
 #include "statebutton.h"
+#include "touchmenu.h"
 #include "ui_gui.h"
 #include "widgets.h"
 
@@ -76,7 +77,11 @@ public:
     }
 
     // The entry touched, null for none. Blocks until the operator answers.
-    QAction* exec(QWidget* parent) { return QMenu::exec(m_actions, QCursor::pos(), nullptr, parent); }
+    QAction* exec(QWidget* parent)
+    {
+        parent->setStyleSheet(touchMenuLook()); // the menu takes it from there
+        return QMenu::exec(m_actions, QCursor::pos(), nullptr, parent);
+    }
 
 private:
     QObject m_owner;

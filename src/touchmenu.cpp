@@ -15,10 +15,15 @@ const char* const titleLook = "background: #3c4a6b; color: white; font-size: 14p
 
 } // namespace
 
+QString touchMenuLook()
+{
+    return QLatin1String(menuLook);
+}
+
 int touchMenu(QWidget* button, const QString& title, const QStringList& entries)
 {
     QMenu menu(title, button);
-    menu.setStyleSheet(QLatin1String(menuLook));
+    menu.setStyleSheet(touchMenuLook());
     auto* head = new QWidgetAction(&menu);
     auto* label = new QLabel(title);
     label->setStyleSheet(QLatin1String(titleLook));

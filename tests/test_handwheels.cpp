@@ -54,10 +54,18 @@ class TestHandwheels : public GuiFixture
     Q_OBJECT
 
 private slots:
-    void initTestCase() { LirDevice::replace(&m_wheels); }
+    void initTestCase()
+    {
+        LirDevice::replace(&m_wheels);
+        connect(&m_alive, &QTimer::timeout, this, [this] { m_controller->datagram(m_datagram); });
+    }
     void cleanupTestCase() { LirDevice::replace(nullptr); }
     void init();
-    void cleanup() { end(); }
+    void cleanup()
+    {
+        m_alive.stop();
+        end();
+    }
 
     void stepsOfTheAxes_data();
     void stepsOfTheAxes();
@@ -94,11 +102,13 @@ private:
     }
 
     WheelCounters m_wheels{1000}; // any turn is one reading
+    QTimer m_alive;               // a controller that says nothing for a second is given up
 };
 
 void TestHandwheels::init()
 {
     begin();
+    m_alive.start(100);
     QTRY_VERIFY(m_wheels.readings() > 9); // the counters have settled
     takeCommands();
     takeLines();
@@ -431,7 +441,7 @@ void TestHandwheels::shareThatIsTooSmall()
 
 void TestHandwheels::wheelMovesTheMachine()
 {
-    end();
+    cleanup();
     Journey journey;
     Operator& hand = journey.hand;
     const QString trouble = journey.runLoggedIn([&] {

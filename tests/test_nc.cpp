@@ -822,7 +822,7 @@ void TestNc::hugeProgram()
     QElapsedTimer timer;
     timer.start();
     QVERIFY(bench.start(1, program(1, lines)));
-    QVERIFY2(timer.elapsed() < 5000, qPrintable(QString::number(timer.elapsed())));
+    QVERIFY2(timer.elapsed() < 30000, qPrintable(QString::number(timer.elapsed())));
     bench.forSeconds(5);
     QCOMPARE(bench.nc.state(1), ChannelState::Running);
 }

@@ -1,8 +1,11 @@
 #pragma once
 
+#include "elashare.h"
 #include "weldprogram.h"
 #include "weldtables.h"
 
+#include <QFile>
+#include <QStringList>
 #include <QTabWidget>
 
 #include <memory>
@@ -10,6 +13,7 @@
 class ConsoleHost;
 class PoLabel;
 class SaveFile;
+class QDateTime;
 class QLabel;
 class QPlainTextEdit;
 class QTableWidget;
@@ -85,6 +89,11 @@ public:
     // Writes the program and starts it on the channel; nothing is sent when the file cannot be written.
     void run(int channel, const QString& text);
 
+    // Opens the record of a run: the long form when the last start was a weld, else the short one. It ends
+    // by itself when the channel (3 or 1) no longer runs. A file that cannot be opened leaves no record;
+    // asserts while another record is open.
+    void startPassport();
+
 public slots:
     void onDriveState(bool on);
     void onVirtualMode(bool on);
@@ -100,6 +109,9 @@ public slots:
 
 signals:
     void message(const QString& text, bool show); // a journal line
+
+protected:
+    void timerEvent(QTimerEvent* event) override; // a sample of the record; `event` is null for the first
 
 private slots:
     void on_pbNew_clicked();
@@ -210,6 +222,15 @@ private:
     void execute(int channel, const QString& path);
     void runEdited(int channel, const QString& file);
 
+    // The record of a run.
+    QString passportHead(const QDateTime& start) const;
+    QString passportWeld() const;
+    QString passportTitles() const;
+    QString beamSample();
+    void writePassport(const QString& text);
+    void followTechnology();
+    void endPassport();
+
     // Files.
     void chooseSave();
     void chooseLoad();
@@ -227,7 +248,7 @@ private:
 
     std::unique_ptr<Ui::CONTOUR> ui;
     std::unique_ptr<Schema> m_schema; // null until the first init
-    QString m_contourDir;             // both without the site's root
+    QString m_contourDir;             // all directories without the site's root
     QString m_prgDir;
     QString m_programName;
 
@@ -258,4 +279,16 @@ private:
     WeldStage m_weld;
     bool m_techRun = false;
     bool m_testMode = false; // the beam current is in the operator's hand
+
+    QFile m_ppf; // the record, open while a run is recorded
+    QString m_passportsDir;
+    QStringList m_passportAxes;
+    ElaSharedMemory m_elaShare;
+    float m_passportTime = 0; // s since its start
+    float m_moveTime = 0;     // s in motion
+    float m_segTime = 0;      // s in motion since the technology row in force
+    float m_segPath = 0;      // mm, path of that row
+    float m_curSpeed = 0;     // mm/min, its speed
+    float m_path = 0;         // mm, estimated
+    int m_curTechRow = 0;
 };

@@ -124,6 +124,7 @@ void CONTOUR::on_pbRun_clicked()
 {
     runEdited(1, QStringLiteral("_temp.npg"));
     m_techRun = false;
+    startPassport();
 }
 
 void CONTOUR::on_pbRun_2_clicked()

@@ -11,6 +11,8 @@ namespace {
 
 constexpr quint16 signature = 0x5650;
 constexpr int fieldBytes = 294;
+constexpr int positionsAt = 28; // of the drives, LX1 first
+constexpr int dumpedPositions = 10;
 
 using Status = DriveStatus;
 using wire::row;
@@ -257,10 +259,22 @@ void DriveUDPthread::run()
 
 void DriveUDPthread::take(const Pack& pack)
 {
+    storePositions(pack);
     // Channel 1 is the first to be raised: who hears of it finds the new state here.
     m_owner->m_channelState = wire::load<unsigned int>(pack.data() + driveTable[0].offset);
     wire::raiseChanges(driveTable, static_cast<DriveStatus&>(*this), pack.data(),
                        m_stored ? m_last.data() : nullptr);
     m_stored = true;
     m_last = pack;
+}
+
+void DriveUDPthread::storePositions(const Pack& pack)
+{
+    float* const values = m_owner->m_dumpValues;
+    if (!values)
+        return;
+    for (int i = 0; i < dumpedPositions; ++i) {
+        float position = wire::load<float>(pack.data() + positionsAt + i * int(sizeof(float)));
+        __atomic_store(values + i, &position, __ATOMIC_RELAXED);
+    }
 }

@@ -146,6 +146,10 @@ public:
 
     bool connected() const;
 
+    // Where each good datagram leaves the positions of the ten drives, LX1 to V, in mm or deg: ten floats
+    // that outlive the link, written by the telemetry thread, each as a whole. Before the first connect.
+    void setDumpValues(float* values) { m_dumpValues = values; }
+
     // Ends the connection and waits for the thread, without limit. False when there was none.
     bool disconnect();
 
@@ -173,6 +177,7 @@ private:
     std::atomic<bool> m_stop{false};
     std::atomic<int> m_socket{-1}; // -1 while closed
     DriveUDPthread* m_telemetry = nullptr;
+    float* m_dumpValues = nullptr;
     // Kept here for the telemetry thread, which may be ending while the window reads it.
     std::atomic<unsigned int> m_channelState{0};
 };
@@ -200,6 +205,7 @@ private:
     using Pack = std::array<char, packSize>;
 
     void take(const Pack& pack);
+    void storePositions(const Pack& pack);
 
     std::atomic<bool> m_stop{false};
     int m_port;

@@ -22,9 +22,15 @@ ElaSharedMemory::ElaSharedMemory()
     : m_shared(std::make_unique<QSharedMemory>(QStringLiteral("ELA_SHM_KEY") + site().shmSuffix))
 {
     // The second attempt to attach is for a beam unit that made the segment just now.
-    if (m_shared->attach() || m_shared->create(sizeof(Block)) || m_shared->attach())
-        m_data = m_shared->data();
-    Q_ASSERT(m_data);
+    if (!m_shared->attach() && !m_shared->create(sizeof(Block)) && !m_shared->attach()) {
+        qWarning("ElaSharedMemory: no segment: %s", qPrintable(m_shared->errorString()));
+        return;
+    }
+    if (m_shared->size() < int(sizeof(Block))) {
+        qWarning("ElaSharedMemory: the segment has %d bytes only", m_shared->size());
+        return;
+    }
+    m_data = m_shared->data();
     m_shared->lock();
     std::memset(m_data, 0, sizeof(Block));
     m_shared->unlock();
@@ -34,6 +40,8 @@ ElaSharedMemory::~ElaSharedMemory() = default;
 
 void ElaSharedMemory::updateStatusEla()
 {
+    if (!m_data)
+        return;
     m_shared->lock();
     quint64 heartbeat;
     std::memcpy(&heartbeat, m_data, sizeof heartbeat);

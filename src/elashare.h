@@ -43,7 +43,7 @@ class ElaSharedMemory
 {
 public:
     // Attaches to the segment or makes it, and zeroes it: a beam unit that already runs restores it with its
-    // next write. Asserts when the segment cannot be had.
+    // next write. Without the segment, told in the debug output, the unit counts as silent for good.
     ElaSharedMemory();
     ~ElaSharedMemory(); // detaches
     ElaSharedMemory(const ElaSharedMemory&) = delete;
@@ -62,7 +62,7 @@ private:
     using Block = std::array<quint64, 64>;
 
     std::unique_ptr<QSharedMemory> m_shared;
-    void* m_data = nullptr; // of the segment
+    void* m_data = nullptr; // of the segment, null without one
 
 public:
     Block m_copy{}; // the last block read

@@ -3,6 +3,7 @@
 #include "autorization_manager.h"
 #include "axis.h"
 #include "contour.h"
+#include "dumpcreator.h"
 #include "joghold.h"
 #include "kvs.h"
 #include "lockview.h"
@@ -56,12 +57,13 @@ Gui::Gui()
     initPresets();
     startClock();
     openJournal();
-    // The dump of telemetry starts here.
+    startDump();
     emit signalSystemStarted();
 }
 
 Gui::~Gui()
 {
+    m_dump->stopDump();
     // A jog that a finger still holds is stopped while the link and the journal are there.
     for (JogHold* hold : findChildren<JogHold*>())
         hold->letGo();
@@ -198,6 +200,14 @@ void Gui::startClock()
     // Set once: a run that passes midnight belongs to the day on which it began, like its journal.
     ui->lblDate->setText(
         QLocale(QLocale::Russian).toString(QDate::currentDate(), QStringLiteral("dd.MM.yyyy, ddd")));
+}
+
+// The recorder is left to the end of the process: the console waits for no disk.
+void Gui::startDump()
+{
+    m_dump = new DumpCreator(QStringLiteral("pass"), 20, m_dumpValues);
+    m_dump->setDumpPath(site().root.isEmpty() ? QStringLiteral("dump") : site().programDir() + "/dump");
+    m_dump->startDump();
 }
 
 void Gui::connectDrives()

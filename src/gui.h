@@ -18,6 +18,7 @@
 
 class CMessageServer;
 class CMessageStack;
+class DumpCreator;
 class JogHold;
 class PoLabel;
 class PoSprite;
@@ -253,6 +254,7 @@ private:
     void initPresets();
     void startClock();
     void openJournal();
+    void startDump();
 
     void connectMachine();
     void connectMessages();
@@ -287,6 +289,8 @@ private:
     QString m_programName;
     int m_userGroup = -1;
     QFile m_logFile;
+    float m_dumpValues[10] = {}; // positions of the drives, for the flight recorder
+    DumpCreator* m_dump = nullptr;
     DriveTCPthread m_drives;
     QList<QString> m_lirAxes; // axes that a handwheel can take
     QMap<QString, Axis*> m_axis;

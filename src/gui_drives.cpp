@@ -67,6 +67,7 @@ void Gui::initDrives()
     connectVirtualAxes();
     connectMachine();
     onChangedTransOn(false);
+    m_drives.setDumpValues(m_dumpValues);
 }
 
 void Gui::connectAxes()

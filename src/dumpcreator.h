@@ -1,0 +1,42 @@
+#pragma once
+
+#include <QThread>
+
+#include <condition_variable>
+#include <mutex>
+
+// The flight recorder: a file of ten values, twenty times a second, from the console's start to its end.
+// A file that still can be written belongs to a run that did not end cleanly.
+//
+// The file is a plain sequence of records of 44 bytes in host byte order: u32 milliseconds since the start
+// of the recording, then ten floats.
+class DumpCreator : public QThread
+{
+    Q_OBJECT
+
+public:
+    // `source`: ten floats, read without a lock, each as a whole; they stay until the thread has seen its
+    // stop. Name and rate belong to the recorder's identity and change nothing: it has one file name and
+    // one pace.
+    DumpCreator(const QString& name, int rate, float* source);
+
+    // The folder of the files, which nobody makes: without it there is no recording.
+    void setDumpPath(const QString& newDumpPath);
+    void startDump();
+    void stopDump(); // from any thread; does not wait
+
+signals:
+    void signalDumpProblem(const QString& text); // the file cannot be opened; the thread ends
+
+protected:
+    void run() override;
+
+private:
+    bool pause(); // false when it was time to stop
+
+    QString m_dumpPath; // with a final "/"
+    float* m_source;
+    std::mutex m_mutex;
+    std::condition_variable m_stopping;
+    bool m_stop = true; // guarded by the mutex
+};

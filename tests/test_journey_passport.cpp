@@ -1,0 +1,130 @@
+#include "journey.h"
+
+#include <QLabel>
+#include <QRegularExpression>
+#include <QTextCodec>
+
+// The record of a program that an operator starts on the simulated installation, and the beam unit beside it.
+class TestJourneyPassport : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void aProgramOfChannelOneIsRecorded();
+
+private:
+    static QColor beamUnitLabel(Hand& hand);
+};
+
+QColor TestJourneyPassport::beamUnitLabel(Hand& hand)
+{
+    QColor colour;
+    hand.onScreen([&colour] {
+        for (QWidget* top : QApplication::topLevelWidgets()) {
+            if (auto* label = top->findChild<QLabel*>("lblELA"))
+                colour = label->palette().color(QPalette::Window);
+        }
+    });
+    return colour;
+}
+
+void TestJourneyPassport::aProgramOfChannelOneIsRecorded()
+{
+    Journey journey(1);
+    Operator& hand = journey.hand;
+    const QStringList program{"N1 $1",
+                              "N2 COORD(1)",
+                              "N3 G4 F0.2",
+                              "N4 COORD(2)",
+                              "N5 G90 G01 x=0.00 y=0.00 z=0.00 F600.000",
+                              "WAIT",
+                              "1 @AXISMOVING?=TRUE",
+                              "N6 G90 G01 x=10.00 y=0.00 z=0.00 F600.000",
+                              "WAIT",
+                              "2 @AXISMOVING?=FALSE",
+                              "N7 G4 F0.5",
+                              "N8 COORD(0,2)",
+                              "N9 M30"};
+    QFile file(site().path("/programs/ch1/record.npg"));
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write(program.join('\n').toUtf8());
+    file.close();
+
+    QString welder;
+    const QString trouble = journey.runLoggedIn([&] {
+        welder = hand.text("lblUserRight") + " " + hand.text("lblUserName");
+        const auto waitLabel = [&hand](bool alive) {
+            QElapsedTimer timer;
+            timer.start();
+            const auto green = [&hand] {
+                const QColor colour = beamUnitLabel(hand);
+                return colour.green() > colour.red();
+            };
+            while (green() != alive) {
+                Hand::expect(timer.elapsed() < hand.patience(), "the label of the beam unit");
+                QThread::msleep(20);
+            }
+        };
+        waitLabel(true);
+        journey.plant().instruct("beam off");
+        waitLabel(false);
+        journey.plant().instruct("beam on");
+        waitLabel(true);
+
+        hand.switchOn(true);
+        hand.waitIdle();
+        hand.tapTab("contour", 2);
+        hand.tap("pbPrgOpen_1");
+        hand.tapItem("listWidget_prog", "record");
+        hand.tap("pbLoad");
+        hand.waitText("lbProgName1", "record");
+        hand.tap("pbRun");
+        hand.waitText("channel1State", "выполнение");
+        hand.waitIdle();
+    });
+    QCOMPARE(trouble, QString());
+
+    const QDir folder(site().path("/home/oper/bin/passports"));
+    const QStringList names = folder.entryList(QDir::Files);
+    QCOMPARE(names.size(), 1);
+    const QRegularExpressionMatch name =
+        QRegularExpression("^(\\d{4})-(\\d\\d)-(\\d\\d)-(\\d\\d-\\d\\d-\\d\\d)-(.*)\\.csv$").match(names[0]);
+    QVERIFY2(name.hasMatch(), qPrintable(names[0]));
+    const QByteArray record = journey.files().read("/home/oper/bin/passports/" + names[0]);
+
+    QString head = QString("\"_temp\"\n\"Дата: %1-%2-%3\"\n\"Сварщик: %4\"\n\"Время запуска: %5\"\n\n"
+                           "\"ПРОГРАММА ПЕРЕМЕЩЕНИЯ (канал 1)\"\n")
+                       .arg(name.captured(3), name.captured(2), name.captured(1), welder,
+                            name.captured(4).replace('-', ':'));
+    for (const QString& line : program)
+        head += "\"" + line + "\";\n";
+    head += "\n\"Время\";\"LX\";\"LY\";\"A\";\"B\";\"C\";\"D\";\"U1\";\"V\";\n";
+    const QByteArray bytes = QTextCodec::codecForName("Windows-1251")->fromUnicode(head);
+    QCOMPARE(record.left(bytes.size()), bytes);
+
+    // One line without an end: ten fields for each tenth of a second.
+    const QByteArray data = record.mid(bytes.size());
+    QVERIFY(!data.contains('\n'));
+    const QList<QByteArray> fields = data.split(';');
+    QVERIFY(fields.last().isEmpty());
+    QCOMPARE((fields.size() - 1) % 10, 0);
+    const int samples = (fields.size() - 1) / 10;
+    QVERIFY2(samples >= 15 && samples <= 60, qPrintable(QString::number(samples)));
+    double path = 0;
+    for (int i = 0; i < samples; ++i) {
+        QCOMPARE(fields[10 * i], QByteArray::number(i * 0.1, 'f', 1));
+        for (int field = 1; field < 10; ++field) {
+            const QByteArray& text = fields[10 * i + field];
+            QCOMPARE(text, QByteArray::number(text.toDouble(), 'f', 2));
+        }
+        QVERIFY(fields[10 * i + 1].toDouble() >= path);
+        path = fields[10 * i + 1].toDouble();
+    }
+    // A second in motion at the 600 mm/min of the table, told apart from what the axis did.
+    QVERIFY2(path >= 7 && path <= 13, qPrintable(QString::number(path)));
+    QCOMPARE(fields[10 * (samples - 1) + 2], QByteArray("10.00"));
+}
+
+QTEST_MAIN(TestJourneyPassport)
+
+#include "test_journey_passport.moc"

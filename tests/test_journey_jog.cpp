@@ -122,8 +122,8 @@ void TestJourneyJog::oneStopForEachMove()
                          "the switch itself stops nothing from the console's side");
         } else if (trouble == "link falls") {
             journey.plant().instruct("link drop 1");
-            hand.waitFor(
-                "the journal of the return", [&] { return true; }, 1'000);
+            hand.waitColour("lblCNC", Qt::red);
+            hand.waitColour("lblCNC", Qt::green);
         }
         hand.release();
         if (trouble == "console ends")

@@ -32,8 +32,7 @@ void TestJourneyOperate::teachTriangle(Operator& hand)
         hand.tap("pbIns");
     }
     Hand::expect(hand.rows("twContour") == 3, "three points");
-    hand.tap("contourSpeed");
-    hand.enterNumber("1200");
+    hand.setNumber("contourSpeed", "1200");
 }
 
 void TestJourneyOperate::firstLogin()
@@ -90,7 +89,6 @@ void TestJourneyOperate::navigationByTouchingPoints()
             hand.tapCell("twContour", row, 0);
             hand.waitText("coordLX", x);
             hand.waitText("coordLY", y);
-            hand.waitFor("highlight on the point", [&] { return true; });
             hand.waitText("channel1State", "бездействие");
             Hand::expect(hand.currentRow("twContour") == row, QString("highlight on row %1").arg(row));
         };
@@ -131,7 +129,6 @@ void TestJourneyOperate::contourSurvivesARestart()
                      "the name in the head: " + hand.text("lblContour"));
         hand.tap("pbNew");
         hand.tapMenu("Смешаная интерполяция");
-        hand.waitFor("an empty table", [&] { return true; });
         Hand::expect(hand.rows("twContour") == 0, "a new contour is empty");
         hand.tap("pbLoad");
         hand.tapItem("listWidget_prog", "contour");
@@ -164,25 +161,13 @@ void TestJourneyOperate::linkLostInTheMiddleOfARun()
         hand.waitText("coordLY", "0.00");
         hand.waitIdle();
         hand.tapTab("contour", 1);
-        hand.tap("weldSpeed");
-        hand.enterNumber("60"); // a run of a minute and a half of the machine's time
+        hand.setNumber("weldSpeed", "60"); // a run of a minute and a half of the machine's time
         hand.tap("pbGcode");
         hand.waitText("channel1State", "выполнение");
-        hand.waitFor("some way along the seam", [&] { return true; });
         journey.plant().instruct("link drop 2");
-        const auto colour = [](const char* name) {
-            for (QWidget* top : QApplication::topLevelWidgets()) {
-                if (auto* label = top->findChild<QWidget*>(name))
-                    return label->palette().color(QPalette::Window);
-            }
-            return QColor();
-        };
-        hand.waitFor("a red label",
-                     [&] { return colour("lblCNC").red() > 200 && colour("lblCNC").green() < 100; });
+        hand.waitColour("lblCNC", Qt::red);
         const QString stale = hand.text("coordLX");
-        hand.waitFor(
-            "a green label again", [&] { return colour("lblCNC").green() > 100; }, 15'000);
-        hand.waitFor("a fresh coordinate", [&] { return true; });
+        hand.waitColour("lblCNC", Qt::green);
         hand.waitText("channel1State", "бездействие", 60'000);
         hand.waitText("coordLY", "30.00");
         Hand::expect(hand.text("coordLX") != stale || stale == "0.00", "the run went on");

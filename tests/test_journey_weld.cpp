@@ -19,6 +19,9 @@ private slots:
 private:
     // A row of the technology table above the last: path, current.
     static void addTechRow(Operator& hand, const QString& path, const QString& current);
+    static void addStop(Operator& hand);
+    // A straight seam along LX from 0, the machine back at its start, the technology tab open.
+    static void teachLine(Operator& hand, const QString& length);
     static void startAndWait(Journey& journey, bool withBeam = true);
     static void waitEnd(Journey& journey);
     static void expectNoErrors(Journey& journey);
@@ -29,13 +32,36 @@ void TestJourneyWeld::addTechRow(Operator& hand, const QString& path, const QStr
     const int last = hand.rows("twTechTab") - 1;
     hand.tapCell("twTechTab", last, 0);
     hand.tap("pbInsTechPoint");
-    hand.waitFor("new technology row", [&] { return true; });
     hand.tapCell("twTechTab", last, 0);
     hand.enterNumber(path);
     hand.tapCell("twTechTab", last, 1);
     hand.enterNumber(current);
     Hand::expect(hand.cell("twTechTab", last, 1) == QString::number(current.toDouble(), 'f', 1),
                  "current " + current + " in row " + QString::number(last));
+}
+
+void TestJourneyWeld::addStop(Operator& hand)
+{
+    hand.tap("pbTemplate");
+    hand.tapMenu("Останов");
+}
+
+void TestJourneyWeld::teachLine(Operator& hand, const QString& length)
+{
+    hand.setSpeed("LX", "3000");
+    for (const char* axis : {"LX", "LY", "Z"})
+        hand.moveTo(axis, "0");
+    hand.tap("pbNew");
+    hand.tapMenu("Смешаная интерполяция");
+    hand.tap("pbIns");
+    hand.moveTo("LX", length);
+    hand.tap("pbIns");
+    hand.setNumber("contourSpeed", "1200");
+    hand.tapCell("twContour", 0, 0);
+    hand.waitText("coordLX", "0.00");
+    hand.waitIdle();
+    hand.tapTab("contour", 1);
+    hand.setNumber("weldSpeed", "600");
 }
 
 void TestJourneyWeld::startAndWait(Journey& journey, bool withBeam)
@@ -75,8 +101,6 @@ void TestJourneyWeld::lineTaughtByJogging()
         hand.tap("pbNew");
         hand.tapMenu("Смешаная интерполяция");
         hand.tap("pbIns");
-        hand.waitFor("first point", [&] { return true; });
-
         hand.jog("pbMinusZ", "Z", 5); // the button of this name jogs towards positive Z
         Hand::expect(hand.text("coordZ").toDouble() > 4, "Z went up");
         hand.moveTo("Z", "0");
@@ -86,15 +110,13 @@ void TestJourneyWeld::lineTaughtByJogging()
         hand.tap("pbIns");
         Hand::expect(hand.rows("twContour") == 2, "two points");
         hand.waitText("length", "100.00");
-        hand.tap("contourSpeed");
-        hand.enterNumber("1200");
+        hand.setNumber("contourSpeed", "1200");
 
         hand.tapCell("twContour", 0, 0); // back to the start of the seam
         hand.waitText("coordLX", "0.00");
 
         hand.tapTab("contour", 1);
-        hand.tap("weldSpeed");
-        hand.enterNumber("600");
+        hand.setNumber("weldSpeed", "600");
         addTechRow(hand, "10", "20");
         addTechRow(hand, "90", "20");
         startAndWait(journey);
@@ -132,11 +154,9 @@ void TestJourneyWeld::ringJointOfTwoPasses()
         Hand::expect(hand.rows("twContour") == 4, "four points");
         hand.tap("pbRing");
         hand.waitText("pbRing", "Контур\nзамкнут");
-        hand.tap("nrings");
-        hand.enterNumber("2");
+        hand.setNumber("nrings", "2");
         hand.tapTab("contour", 1);
-        hand.tap("weldSpeed");
-        hand.enterNumber("1200");
+        hand.setNumber("weldSpeed", "1200");
         addTechRow(hand, "30", "50");
         addTechRow(hand, "1400", "50");
         startAndWait(journey);
@@ -174,8 +194,7 @@ void TestJourneyWeld::circularSeamOfThreePoints()
         Hand::expect(hand.rows("twContour") == 3, "three points");
         hand.tap("pbRing");
         hand.waitText("pbRing", "Контур\nзамкнут");
-        hand.tap("contourSpeed");
-        hand.enterNumber("1200");
+        hand.setNumber("contourSpeed", "1200");
         hand.tapCell("twContour", 0, 0);
         hand.waitText("coordLX", "150.00");
         hand.waitText("coordLY", "100.00");
@@ -183,8 +202,7 @@ void TestJourneyWeld::circularSeamOfThreePoints()
         Hand::expect(hand.text("diameter") == "100.00",
                      "diameter from three points: " + hand.text("diameter"));
         Hand::expect(hand.text("centerX") == "100.00" && hand.text("centerY") == "100.00", "centre");
-        hand.tap("weldSpeed");
-        hand.enterNumber("900");
+        hand.setNumber("weldSpeed", "900");
         addTechRow(hand, "20", "30");
         startAndWait(journey);
         Hand::expect(hand.text("coordLX") == "150.00" && hand.text("coordLY") == "100.00",
@@ -229,8 +247,7 @@ void TestJourneyWeld::arcFrameInEachPlane()
         hand.tap("pbLoad");
         hand.waitGone("listWidget_prog");
         hand.waitText("length", "31.42");
-        hand.tap("contourSpeed");
-        hand.enterNumber("1200");
+        hand.setNumber("contourSpeed", "1200");
         hand.tapCell("twContour", 0, 0);
         hand.waitText("coordLX", "20.00");
         hand.tapTab("contour", 1);
@@ -252,26 +269,10 @@ void TestJourneyWeld::twoTechnologicalStops()
     Operator& hand = journey.hand;
     const QString trouble = journey.runLoggedIn([&] {
         hand.switchOn(true);
-        hand.setSpeed("LX", "3000");
-        for (const char* axis : {"LX", "LY", "Z"})
-            hand.moveTo(axis, "0");
-        hand.tap("pbNew");
-        hand.tapMenu("Смешаная интерполяция");
-        hand.tap("pbIns");
-        hand.moveTo("LX", "90");
-        hand.tap("pbIns");
-        hand.tap("contourSpeed");
-        hand.enterNumber("1200");
-        hand.tapCell("twContour", 0, 0);
-        hand.waitText("coordLX", "0.00");
-        hand.waitIdle();
-        hand.tapTab("contour", 1);
-        hand.tap("weldSpeed");
-        hand.enterNumber("600");
+        teachLine(hand, "90");
         addTechRow(hand, "30", "20");
         for (const char* path : {"60", "80"}) {
-            hand.tap("pbTemplate");
-            hand.tapMenu("Останов");
+            addStop(hand);
             addTechRow(hand, path, "20");
         }
         for (const char* x : {"30.00", "60.00"}) {
@@ -304,12 +305,10 @@ void TestJourneyWeld::twoTechnologicalStopsInARing()
         hand.tap("pbRing");
         hand.waitText("pbRing", "Контур\nзамкнут");
         hand.tapTab("contour", 1);
-        hand.tap("weldSpeed");
-        hand.enterNumber("900");
+        hand.setNumber("weldSpeed", "900");
         addTechRow(hand, "60", "20");
         for (const char* path : {"160", "250"}) {
-            hand.tap("pbTemplate");
-            hand.tapMenu("Останов");
+            addStop(hand);
             addTechRow(hand, path, "20");
         }
         for (int stop = 0; stop < 2; ++stop) {
@@ -336,20 +335,7 @@ void TestJourneyWeld::manualCurrentControl()
     const CommandLog log;
     const QString trouble = journey.runLoggedIn([&] {
         hand.switchOn(true);
-        hand.setSpeed("LX", "3000");
-        hand.moveTo("LX", "0");
-        hand.tap("pbNew");
-        hand.tapMenu("Смешаная интерполяция");
-        hand.tap("pbIns");
-        hand.moveTo("LX", "50");
-        hand.tap("pbIns");
-        hand.tap("contourSpeed");
-        hand.enterNumber("1200");
-        hand.tapCell("twContour", 0, 0);
-        hand.waitText("coordLX", "0.00");
-        hand.tapTab("contour", 1);
-        hand.tap("weldSpeed");
-        hand.enterNumber("600");
+        teachLine(hand, "50");
         hand.tap("pbSettings");
         hand.tap("cbTestMode");
         hand.tap("pbSettingsDone");

@@ -139,6 +139,17 @@ void Hand::waitText(const QString& name, const QString& text, int ms)
         ms);
 }
 
+void Hand::waitColour(const QString& name, const QColor& colour, int ms)
+{
+    waitFor(
+        QStringLiteral("%1 in %2").arg(name, colour.name()),
+        [&] {
+            QWidget* widget = find(name);
+            return widget && widget->palette().color(QPalette::Window) == colour;
+        },
+        ms);
+}
+
 void Hand::touch(const QString& name, const std::function<QPoint(QWidget*)>& where, bool down, bool up)
 {
     waitVisible(name);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QColor>
 #include <QPoint>
 #include <QString>
 #include <QWidget>
@@ -54,6 +55,9 @@ public:
     void waitVisible(const QString& name, int ms = 0);
     void waitGone(const QString& name, int ms = 0);
     void waitEnabled(const QString& name, int ms = 0);
+
+    // The window colour of a label.
+    void waitColour(const QString& name, const QColor& colour, int ms = 0);
 
     // Runs a function on the window's thread and waits for it.
     void onScreen(const std::function<void()>& function);

@@ -32,6 +32,12 @@ void Operator::switchOn(bool virtualAxes)
     waitVisible("frmVirtual");
 }
 
+void Operator::setNumber(const QString& label, const QString& number)
+{
+    tap(label);
+    enterNumber(number);
+}
+
 void Operator::setSpeed(const QString& axis, const QString& speed)
 {
     tap("speed" + axis);

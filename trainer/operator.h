@@ -14,6 +14,9 @@ public:
     // Drives on and, if wanted, the mode of the virtual axes.
     void switchOn(bool virtualAxes);
 
+    // Touches a label that opens the keypad and types a number into it.
+    void setNumber(const QString& label, const QString& number);
+
     // Sets the jog speed of an axis by the free entry of its selector.
     void setSpeed(const QString& axis, const QString& speed);
 

@@ -63,7 +63,6 @@ private:
         m_hand.enterNumber("1500");
         m_hand.setSpeed("LY", "1500");
         m_hand.press("pbPlusLX");
-        m_hand.waitFor("motion", [] { return true; });
         QThread::msleep(500);
         picture("jogging");
         m_hand.release();
@@ -90,8 +89,7 @@ private:
             m_hand.moveTo("LY", point[1]);
             m_hand.tap("pbIns");
         }
-        m_hand.tap("contourSpeed");
-        m_hand.enterNumber("2400");
+        m_hand.setNumber("contourSpeed", "2400");
         m_hand.tap("pbRing");
         QThread::msleep(200);
         picture("closing");
@@ -128,8 +126,7 @@ private:
     void technology()
     {
         m_hand.tapTab("contour", 1);
-        m_hand.tap("weldSpeed");
-        m_hand.enterNumber("900");
+        m_hand.setNumber("weldSpeed", "900");
         addTechRow("20", "35");
         m_hand.tap("pbTemplate");
         QThread::msleep(200);

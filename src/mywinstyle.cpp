@@ -13,6 +13,7 @@ constexpr int metricOfTouch = 65; // QStyle::PM_SmallIconSize
 const QColor plainFace(158, 172, 255);
 const QColor alarmFace(255, 32, 32);
 const QColor accent(0, 214, 255);
+const QColor disabledText(92, 98, 112); // on the grounds of window and dialogs
 
 bool isAlarm(const QWidget* button)
 {
@@ -150,6 +151,13 @@ void MyWinStyle::setFace(QPalette& palette, const QColor& face)
 {
     palette.setColor(QPalette::Button, face);
     palette.setColor(QPalette::Disabled, QPalette::Button, washedOut(face));
+}
+
+void MyWinStyle::polish(QPalette& palette)
+{
+    QProxyStyle::polish(palette);
+    for (QPalette::ColorRole role : {QPalette::WindowText, QPalette::Text})
+        palette.setColor(QPalette::Disabled, role, disabledText);
 }
 
 void MyWinStyle::polish(QWidget* widget)

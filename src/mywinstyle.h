@@ -26,7 +26,8 @@ public:
                   QStyleHintReturn* data = nullptr) const override;
 
     using QProxyStyle::polish;
-    void polish(QWidget* widget) override; // gives a push button its colours, alarm buttons by object name
+    void polish(QPalette& palette) override; // what is disabled stays legible in the dialogs, too
+    void polish(QWidget* widget) override;   // gives a push button its colours, alarm buttons by object name
 
     // The outline of a button that fills `rect`.
     static QPainterPath getRoundRect(const QRect& rect);

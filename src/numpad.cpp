@@ -27,8 +27,8 @@ Numpad::Numpad(const QString& title, QWidget* parent, float value, bool noDecima
 {
     m_ui->setupUi(this);
     drawSigns();
-    m_ui->pbDecimal->setDisabled(m_noDecimal);
-    m_ui->pbSign->setDisabled(m_noSign);
+    m_ui->pbDecimal->setDisabled(m_noDecimal || m_password);
+    m_ui->pbSign->setDisabled(m_noSign || m_password);
 
     QFont font = m_ui->leValue->font();
     font.setPointSize(m_password ? 24 : 30);

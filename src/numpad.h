@@ -17,7 +17,7 @@ class Numpad : public QDialog
 
 public:
     // A start `value` above 0 stands on the display, otherwise the display is empty. The flags switch off
-    // the keys for the decimal point and the sign; `password` shows dots for what is typed.
+    // the keys for the decimal point and the sign; `password` does both and shows dots for what is typed.
     Numpad(const QString& title, QWidget* parent, float value, bool noDecimal, bool noSign, bool password);
     ~Numpad() override;
 

@@ -372,6 +372,10 @@ void TestGui::lastContourIsNamed()
 
 void TestGui::pressures()
 {
+    for (const char* name : {"VacuumChamber", "VacuumGun"})
+        QCOMPARE(colour(name), QColor(255, 192, 192)); // nothing measured yet
+    m_gui->onChangedChamberValid(true);
+    QCOMPARE(colour("VacuumChamber"), QColor(189, 255, 180));
     m_gui->onChangedChamberPressure(133.322);
     QCOMPARE(m_gui->pressure(), 133.322F);
     QCOMPARE(w<PoLabel>("VacuumChamber")->text(), QStringLiteral("1.3E+02"));

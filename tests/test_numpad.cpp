@@ -139,7 +139,7 @@ void TestNumpad::keyboard()
 
 void TestNumpad::accessCode()
 {
-    Numpad pad(QStringLiteral("Пароль:"), nullptr, 0, true, true, true);
+    Numpad pad(QStringLiteral("Пароль:"), nullptr, 0, false, false, true);
     const auto* line = pad.findChild<QLineEdit*>();
     QTest::keyClicks(&pad, QStringLiteral("305729"));
     QVERIFY(line->displayText() != QStringLiteral("305729"));

@@ -39,6 +39,7 @@ private slots:
     void touchMetric();
     void buttonColours_data();
     void buttonColours();
+    void disabledTextIsLegible();
     void aFaceShowsThroughItsShading();
 
     void missingStyleSheet();
@@ -401,6 +402,15 @@ void TestWidgets::buttonColours()
     QCOMPARE(colours.color(QPalette::Active, QPalette::Highlight), QColor(0, 214, 255));
     QCOMPARE(colours.color(QPalette::Active, QPalette::HighlightedText), QColor(Qt::black));
     QVERIFY(colours.color(QPalette::Disabled, QPalette::ButtonText) != text);
+}
+
+void TestWidgets::disabledTextIsLegible()
+{
+    QDialog dialog; // of its own, without the window's palette
+    QLabel label(QStringLiteral("Диаметр, мм"), &dialog);
+    label.setEnabled(false);
+    const QColor paper = label.palette().color(QPalette::Window);
+    QVERIFY(paper.lightness() - label.palette().color(QPalette::WindowText).lightness() > 110);
 }
 
 void TestWidgets::aFaceShowsThroughItsShading()

@@ -5,6 +5,7 @@
 #include "site.h"
 #include "ui_contour.h"
 
+#include <QDebug>
 #include <QFile>
 #include <QTextStream>
 #include <QThread>
@@ -25,8 +26,14 @@ bool writeProgram(const QString& path, const QString& text)
     file.setPermissions(QFileDevice::Permissions(everyone));
     if (!file.open(QIODevice::WriteOnly))
         return false;
-    QTextStream(&file) << text;
-    return true;
+    QTextStream stream(&file);
+    stream << text;
+    stream.flush();
+    if (stream.status() == QTextStream::Ok && file.flush())
+        return true;
+    // The rest of a program that was cut off is an end that nobody wrote.
+    qWarning() << "program not written:" << file.fileName() << file.errorString();
+    return false;
 }
 
 } // namespace

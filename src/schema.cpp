@@ -9,6 +9,10 @@
 
 namespace {
 
+// Files keep a diameter with six digits. A chord that is the diameter itself must not miss it by that
+// rounding: without its length a frame would lose its cuts.
+constexpr double sixDigits = 5e-6;
+
 QStringList numbered(int* block, std::initializer_list<QString> statements)
 {
     QStringList lines;
@@ -39,6 +43,17 @@ PlaneColumns planeColumns(int plane)
     default:
         return {0, 1, 2};
     }
+}
+
+bool fitsDiameter(double chord, float diameter)
+{
+    return chord <= double(diameter) * (1 + sixDigits);
+}
+
+double arcOverChord(double chord, float diameter)
+{
+    const double part = chord / double(diameter);
+    return double(diameter) * std::asin(fitsDiameter(chord, diameter) ? std::min(part, 1.0) : part);
 }
 
 Schema::Schema(const QString& id, float D, float P, int Aux, const QStringList& axisNames)
@@ -124,14 +139,13 @@ double SchemaXYZr::chord(const QList<float>& c1, const QList<float>& c2) const
 double SchemaXYZr::distance(const QList<float>& c1, const QList<float>& c2) const
 {
     Q_ASSERT(c1.size() == c2.size());
-    const double diameter = double(D());
-    return diameter * std::asin(chord(c1, c2) / diameter);
+    return arcOverChord(chord(c1, c2), D());
 }
 
 bool SchemaXYZr::validDistance(const QList<float>& c1, const QList<float>& c2) const
 {
     Q_ASSERT(c1.size() == c2.size());
-    return chord(c1, c2) <= double(D());
+    return fitsDiameter(chord(c1, c2), D());
 }
 
 QStringList SchemaXYZr::gCodeInitChan1(int* block) const

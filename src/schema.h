@@ -15,6 +15,12 @@ struct PlaneColumns
 // Plane 1 is XZ, 2 is YZ, anything else XY.
 PlaneColumns planeColumns(int plane);
 
+// Whether a circle has such a chord, both in mm. What a diameter is rounded by in files counts as fitting.
+bool fitsDiameter(double chord, float diameter);
+
+// Length of the shorter arc over a chord, mm; not a number where the chord does not fit.
+double arcOverChord(double chord, float diameter);
+
 // How the coordinates of a contour are read: what lies between two points, how long it is and how the
 // controller is told to go there. Coordinates are in mm, those of the turning part in degrees.
 //

@@ -35,8 +35,7 @@ double frameLength(const WeldContour& contour, int row, const QList<float>& from
         const PlaneColumns plane = planeColumns(frame.plane);
         const double chord = std::hypot(double(to[plane.first]) - double(from[plane.first]),
                                         double(to[plane.second]) - double(from[plane.second]));
-        const double r = double(frame.radius);
-        return 2 * r * std::asin(chord / (2 * r));
+        return arcOverChord(chord, 2 * frame.radius);
     }
     default:
         return 0;

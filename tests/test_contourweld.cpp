@@ -5,6 +5,9 @@
 #include <QPlainTextEdit>
 #include <QSettings>
 
+#include <csignal>
+#include <sys/resource.h>
+
 namespace {
 
 const QColor offGray(192, 192, 192);
@@ -23,6 +26,7 @@ private slots:
     void startOfAWeld();
     void stopsAndContinuation();
     void startWithoutLinkWritesTheFiles();
+    void programCutOffIsNotStarted();
     void manualCurrent();
     void editedProgramIsRun();
 
@@ -129,6 +133,26 @@ void TestContourWeld::startWithoutLinkWritesTheFiles()
     m_window->press("pbGcode"); // no file, no command
     QTest::qWait(50);
     QCOMPARE(m_window->commands(), QStringList());
+}
+
+// The disk takes the first bytes of the program only.
+void TestContourWeld::programCutOffIsNotStarted()
+{
+    QVERIFY(m_window->linkUp());
+    m_window->find<QPlainTextEdit>("teGcode_2")->setPlainText(QStringLiteral("N1 $2\n").repeated(2000));
+    rlimit before{};
+    QCOMPARE(getrlimit(RLIMIT_FSIZE, &before), 0);
+    const rlimit full{2048, before.rlim_max};
+    const auto handler = std::signal(SIGXFSZ, SIG_IGN);
+    setrlimit(RLIMIT_FSIZE, &full);
+    QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("^program not written")));
+    m_window->press("pbRun_2");
+    setrlimit(RLIMIT_FSIZE, &before);
+    std::signal(SIGXFSZ, handler);
+    QCOMPARE(m_site->read(QStringLiteral("/programs/_temp2.npg")).size(), 2048);
+
+    m_window->press("pbRun_3"); // comes through, so the one before would have
+    QTRY_COMPARE(m_window->commands(), QStringList{"EXEC_3(/programs/_temp3.npg)"});
 }
 
 void TestContourWeld::manualCurrent()

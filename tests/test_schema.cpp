@@ -3,6 +3,7 @@
 
 #include <QtTest>
 
+#include <cmath>
 #include <limits>
 #include <memory>
 
@@ -80,6 +81,22 @@ private slots:
         QVERIFY(!SchemaXYZr(100, 0, 1).validDistance(a, b));
         QVERIFY(SchemaXYZr(100, 0, 2).validDistance(a, b));
         QVERIFY(SchemaXYZ().validDistance(a, b));
+    }
+
+    // The diameter of a half circle, taught or read from a file, is rounded below its chord: it is half a
+    // turn all the same.
+    void chordThatIsTheDiameter()
+    {
+        const QList<float> a{0, 0, 0}, b{10, 10, 0};
+        const double diameter = std::sqrt(200.0);
+        for (float kept : {float(diameter), 14.1421f}) {
+            const SchemaXYZr circle(kept, 0, 0);
+            QVERIFY(double(kept) < diameter);
+            QVERIFY(circle.validDistance(a, b));
+            QVERIFY(qAbs(circle.distance(a, b) - diameter * M_PI / 2) < 1e-4);
+            QVERIFY(!circle.validDistance(a, {10.01f, 10, 0}));
+            QVERIFY(std::isnan(circle.distance(a, {10.01f, 10, 0})));
+        }
     }
 
     void pointTexts()

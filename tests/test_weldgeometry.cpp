@@ -39,6 +39,11 @@ private slots:
         QCOMPARE(frameLength(contour, 0, a, b), 0.0);
         contour.rows[0].frame = arc(20, 1, 1); // cannot reach
         QVERIFY(std::isnan(frameLength(contour, 0, a, b)));
+        // Half a turn whose radius is rounded below half of the chord.
+        const double half = std::sqrt(50.0);
+        contour.rows[0].frame = arc(float(half), 1, 1);
+        QVERIFY(double(float(half)) < half);
+        QVERIFY(near(frameLength(contour, 0, {0, 0, 0}, {10, 0, 10}), half * M_PI));
     }
 
     void lengthsOfPassAndProgram_data()
@@ -395,7 +400,7 @@ private slots:
         QCOMPARE(passesLeftOut(90, 100), 0);
         QCOMPARE(passesLeftOut(100, 100), 0);
         QCOMPARE(passesLeftOut(100.005, 100), 1); // a pass as the table's two decimals may write it
-        QCOMPARE(passesLeftOut(200, 100), 1); // exactly two passes: the second is still run
+        QCOMPARE(passesLeftOut(200, 100), 1);     // exactly two passes: the second is still run
         QCOMPARE(passesLeftOut(350, 100), 3);
         QCOMPARE(passesLeftOut(350, 0), 0);
         QCOMPARE(passesLeftOut(-350, 100), 0);

@@ -16,8 +16,9 @@ const char exampleWeld[] = "contour\nXYZ\n-1 0 0\n2 -1\n0 1\n600\n2\n"
 
 bool laySiteFolder(const QString& root, bool firstDay)
 {
-    for (const char* folder : {"/home/oper/bin/contours", "/home/oper/bin/passports", "/programs/ch1",
-                               "/programs/ch2", "/programs/ch3", "/points", "/log", "/var/tmp"}) {
+    for (const char* folder :
+         {"/home/oper/bin/contours", "/home/oper/bin/dump", "/home/oper/bin/passports", "/programs/ch1",
+          "/programs/ch2", "/programs/ch3", "/points", "/log", "/var/tmp"}) {
         if (!QDir().mkpath(root + QLatin1String(folder)))
             return false;
     }

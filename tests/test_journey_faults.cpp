@@ -80,7 +80,9 @@ void TestJourneyFaults::anHourOfFaults()
             QThread::msleep(static_cast<unsigned long>(150 + dice.bounded(100)));
             ++injected;
         }
-        // After all of it the machine can be put to work again.
+        // After all of it the machine can be put to work again, once the last loss of the link is over.
+        QThread::sleep(4);
+        hand.waitColour("lblCNC", Qt::green);
         hand.waitEnabled("frameHead");
         hand.switchOn(true);
     });

@@ -285,10 +285,10 @@ void TestJourneyWeld::twoTechnologicalStops()
             addTechRow(hand, path, "20");
         }
         for (const char* x : {"30.00", "60.00"}) {
-            hand.tap("pbGcode");
-            hand.waitText("pbGcode", "ДАЛЕЕ");
-            hand.waitText("channel1State", "бездействие");
+            press(journey);
             hand.waitText("coordLX", x);
+            hand.waitIdle(); // the program ends a moment after its last move
+            hand.waitText("pbGcode", "ДАЛЕЕ");
             Hand::expect(hand.text("channel3State") == "выполнение", "channel 3 waits with the beam");
         }
         hand.tap("pbGcode");

@@ -26,7 +26,7 @@ bool resolve(const QString& host, int port, const char* link, sockaddr_in& addre
 {
     const hostent* found = gethostbyname(host.toUtf8().constData());
     if (!found || found->h_addrtype != AF_INET) {
-        qDebug().noquote() << link << "gethostbyname() error:" << hstrerror(h_errno);
+        qDebug("%s%sgethostbyname() error: %s", link, *link ? " " : "", hstrerror(h_errno));
         return false;
     }
     address = {};

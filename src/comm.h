@@ -26,8 +26,8 @@ struct FrameHead
 static_assert(sizeof(FrameHead) == 4);
 
 // A non-blocking TCP connection, or -1 with the reason in the debug output. `link` leads the line about an
-// unknown host. A peer that has not answered after one millisecond counts as absent: the caller runs in the
-// window's thread and tries again a second later.
+// unknown host, if not empty. A peer that has not answered after one millisecond counts as absent: the
+// caller runs in the window's thread and tries again a second later.
 int openStream(const QString& host, int port, const char* link);
 
 // One frame with the UTF-8 text in a single send. False when the send reports an error; a partial send is

@@ -1,11 +1,6 @@
 #include "drivecomm.h"
 
 #include "comm.h"
-#include "wiretable.h"
-
-#include <QTime>
-
-#include <unistd.h>
 
 namespace {
 
@@ -119,56 +114,24 @@ constexpr WireRow<DriveStatus> driveTable[] = {
 
 static_assert(wire::fits(driveTable, sizeof signature, fieldBytes));
 
+constexpr LinkTexts driveTexts{"DRIVE",
+                               nullptr,
+                               nullptr,
+                               "DriveTCPthread: >",
+                               "DriveTCPthread started",
+                               "Drive TCP thread stopped",
+                               {"Drive TCP thread stopped", "DriveTCPthread finished"}};
+
 } // namespace
 
 DriveTCPthread::DriveTCPthread(QObject* parent)
     : DriveStatus(parent)
+    , TcpLink(*this, driveTexts)
 {}
 
 DriveTCPthread::~DriveTCPthread()
 {
-    m_stop = true;
-    wait();
-}
-
-bool DriveTCPthread::connect(const QString& host, int tcpPort, int udpPort)
-{
-    if (connected())
-        return false;
-    wait(); // the former connection may still be giving up its telemetry
-
-    const int stream = comm::openStream(host, tcpPort, "DRIVE");
-    if (stream < 0)
-        return false;
-
-    m_socket = stream;
-    m_telemetry = new DriveUDPthread(this, udpPort);
-    // Direct, so that a loss is acted on even while the window's thread is busy.
-    QObject::connect(m_telemetry, &DriveUDPthread::UDPdisconnected, this, &DriveTCPthread::UDPdisconnected,
-                     Qt::DirectConnection);
-    m_stop = false;
-    start();
-    return true;
-}
-
-bool DriveTCPthread::command(const QString& text)
-{
-    qDebug() << "DriveTCPthread: >" << text;
-    const int stream = m_socket;
-    return stream >= 0 && comm::sendText(stream, signature, text);
-}
-
-bool DriveTCPthread::connected() const
-{
-    return m_socket >= 0;
-}
-
-bool DriveTCPthread::disconnect()
-{
-    if (!connected())
-        return false;
-    m_stop = true;
-    return wait();
+    end();
 }
 
 unsigned int DriveTCPthread::channelState() const
@@ -176,54 +139,27 @@ unsigned int DriveTCPthread::channelState() const
     return m_channelState;
 }
 
-QString DriveTCPthread::timeStamp()
+std::unique_ptr<QThread> DriveTCPthread::listen(int udpPort)
 {
-    return QTime::currentTime().toString(QStringLiteral("[hh:mm:ss] "));
+    auto telemetry = std::make_unique<DriveUDPthread>(this, udpPort);
+    // Direct, so that a loss is acted on even while the window's thread is busy.
+    QObject::connect(telemetry.get(), &DriveUDPthread::UDPdisconnected, this,
+                     &DriveTCPthread::UDPdisconnected, Qt::DirectConnection);
+    return telemetry;
 }
 
-void DriveTCPthread::UDPdisconnected()
-{
-    m_stop = true;
-}
-
-void DriveTCPthread::run()
-{
-    qDebug("DriveTCPthread started");
-    const int stream = m_socket;
-    while (!m_stop) {
-        const comm::Wait wait = comm::waitForInput(stream);
-        if (wait == comm::Wait::Failed)
-            break;
-        if (wait == comm::Wait::Ready && receiveFrame(stream) == Turn::End)
-            break;
-    }
-    qDebug("Drive TCP thread stopped");
-    qDebug("DriveTCPthread finished");
-
-    m_socket = -1;
-    ::close(stream);
-    QObject::disconnect(m_telemetry, &DriveUDPthread::UDPdisconnected, this,
-                        &DriveTCPthread::UDPdisconnected);
-    delete m_telemetry;
-    m_telemetry = nullptr;
-    emit disconnected();
-}
-
-DriveTCPthread::Turn DriveTCPthread::receiveFrame(int stream)
+TcpLink::Turn DriveTCPthread::receiveFrame(int socket)
 {
     comm::FrameHead head;
-    const int got = comm::receiveHead(stream, head);
+    const int got = comm::receiveHead(socket, head);
     if (got <= 0)
         return Turn::End;
     // Behind a bad frame nothing can be found again, so it ends the connection; so does half a head.
-    if (got < int(sizeof head) || head.signature != signature) {
+    if (got < int(sizeof head) || head.signature != textSignature) {
         qDebug("Bad packet signature");
         return Turn::End;
     }
-    const QByteArray body = comm::receiveBody(stream, head.length, m_stop, "Drive TCP thread stopped");
-    const QString text = QString::fromUtf8(body.constData()); // up to the first zero byte
-    qDebug().noquote() << "DriveTCPthread: <" << text;
-    emit message(timeStamp() + text);
+    emit message(timeStamp() + receiveText(socket, head.length, "DriveTCPthread: <"));
     return Turn::Go;
 }
 
@@ -262,10 +198,7 @@ void DriveUDPthread::take(const Pack& pack)
     storePositions(pack);
     // Channel 1 is the first to be raised: who hears of it finds the new state here.
     m_owner->m_channelState = wire::load<unsigned int>(pack.data() + driveTable[0].offset);
-    wire::raiseChanges(driveTable, static_cast<DriveStatus&>(*this), pack.data(),
-                       m_stored ? m_last.data() : nullptr);
-    m_stored = true;
-    m_last = pack;
+    m_last.take(driveTable, static_cast<DriveStatus&>(*this), pack);
 }
 
 void DriveUDPthread::storePositions(const Pack& pack)

@@ -1,5 +1,8 @@
 #pragma once
 
+#include "tcplink.h"
+#include "wiretable.h"
+
 #include <QThread>
 
 #include <array>
@@ -129,54 +132,39 @@ signals:
 // Owns the TCP connection, and the telemetry thread as long as the connection stands. The same object is
 // connected again and again; consumers connect to its status signals once. It lives in the window's thread,
 // where the status signals arrive.
-class DriveTCPthread : public DriveStatus
+class DriveTCPthread : public DriveStatus, public TcpLink
 {
     Q_OBJECT
 public:
     explicit DriveTCPthread(QObject* parent = nullptr);
     ~DriveTCPthread() override; // ends an open connection; waits without limit
 
-    // Opens the connection and starts both threads. The peer has one millisecond to answer; a slower one is
-    // met by the next try. False when already open or on any failure, told in the debug output.
-    bool connect(const QString& host, int tcpPort, int udpPort);
-
-    // Sends one command as one frame: u16 0x5650, u16 length, UTF-8 without terminator. Fire and forget: true
-    // says that the system took it. Only one thread may send. False on a closed link.
-    bool command(const QString& text);
-
-    bool connected() const;
+    using TcpLink::connect;
+    using TcpLink::disconnect;
 
     // Where each good datagram leaves the positions of the ten drives, LX1 to V, in mm or deg: ten floats
     // that outlive the link, written by the telemetry thread, each as a whole. Before the first connect.
     void setDumpValues(float* values) { m_dumpValues = values; }
 
-    // Ends the connection and waits for the thread, without limit. False when there was none.
-    bool disconnect();
-
     // Channel 1 as last told by telemetry, 0 before the first datagram of a connection. Any thread.
     unsigned int channelState() const;
 
-    static QString timeStamp(); // local time, "[hh:mm:ss] "
-
 public slots:
-    void UDPdisconnected(); // asks the thread to end, from any thread
+    void UDPdisconnected() { stop(); } // asks the thread to end, from any thread
 
 signals:
     void disconnected();               // the connection is over, both threads' work is done
     void message(const QString& text); // a text frame came: time stamp and text
 
 protected:
-    void run() override;
+    void run() override { serve(); }
+    Turn receiveFrame(int socket) override;
+    std::unique_ptr<QThread> listen(int udpPort) override;
+    void tellDisconnected() override { emit disconnected(); }
 
 private:
     friend class DriveUDPthread;
 
-    enum class Turn { Go, End };
-    Turn receiveFrame(int socket);
-
-    std::atomic<bool> m_stop{false};
-    std::atomic<int> m_socket{-1}; // -1 while closed
-    DriveUDPthread* m_telemetry = nullptr;
     float* m_dumpValues = nullptr;
     // Kept here for the telemetry thread, which may be ending while the window reads it.
     std::atomic<unsigned int> m_channelState{0};
@@ -209,7 +197,6 @@ private:
 
     std::atomic<bool> m_stop{false};
     int m_port;
-    bool m_stored = false; // a good datagram of this connection stands in m_last
     DriveTCPthread* m_owner;
-    Pack m_last{};
+    wire::LastPack<packSize> m_last;
 };

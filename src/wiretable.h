@@ -2,6 +2,7 @@
 
 #include <QObject>
 
+#include <array>
 #include <cstddef>
 #include <cstring>
 
@@ -129,6 +130,25 @@ void raiseChanges(const WireRow<Source> (&table)[Rows], Source& source, const ch
             row.raise(source, now + row.offset);
     }
 }
+
+// The last good datagram of a connection, and what to raise when the next one comes.
+template <std::size_t Size>
+class LastPack
+{
+public:
+    // Raises what changed since the datagram before, all rows at the first, and keeps `pack`.
+    template <class Source, std::size_t Rows>
+    void take(const WireRow<Source> (&table)[Rows], Source& source, const std::array<char, Size>& pack)
+    {
+        raiseChanges(table, source, pack.data(), m_stored ? m_pack.data() : nullptr);
+        m_stored = true;
+        m_pack = pack;
+    }
+
+private:
+    bool m_stored = false;
+    std::array<char, Size> m_pack{};
+};
 
 // Each signal of the table goes on to the like-named signal of `to`. As the signals are raised on the
 // telemetry thread and `to` lives in another, they arrive queued.

@@ -1,0 +1,106 @@
+#include "tcplink.h"
+
+#include "comm.h"
+
+#include <QTime>
+
+#include <unistd.h>
+
+namespace {
+
+void tell(const char* line)
+{
+    if (line)
+        qDebug("%s", line);
+}
+
+} // namespace
+
+TcpLink::TcpLink(QThread& thread, const LinkTexts& texts)
+    : m_thread(thread)
+    , m_texts(texts)
+{}
+
+TcpLink::~TcpLink() = default;
+
+bool TcpLink::connect(const QString& host, int tcpPort, int udpPort)
+{
+    tell(m_texts.opening);
+    if (connected())
+        return false;
+    m_thread.wait(); // the former connection may still be giving up its telemetry
+
+    const int stream = comm::openStream(host, tcpPort, m_texts.host);
+    if (stream < 0)
+        return false;
+
+    m_socket = stream;
+    m_stop = false;
+    m_telemetry = listen(udpPort);
+    tell(m_texts.opened);
+    m_thread.start();
+    return true;
+}
+
+bool TcpLink::command(const QString& text)
+{
+    qDebug() << m_texts.sent << text;
+    const int stream = m_socket;
+    return stream >= 0 && comm::sendText(stream, textSignature, text);
+}
+
+bool TcpLink::connected() const
+{
+    return m_socket >= 0;
+}
+
+bool TcpLink::disconnect()
+{
+    if (!connected())
+        return false;
+    stop();
+    return m_thread.wait();
+}
+
+QString TcpLink::timeStamp()
+{
+    return QTime::currentTime().toString(QStringLiteral("[hh:mm:ss] "));
+}
+
+void TcpLink::end()
+{
+    stop();
+    m_thread.wait();
+}
+
+void TcpLink::serve()
+{
+    tell(m_texts.started);
+    const int stream = m_socket;
+    while (!m_stop) {
+        const comm::Wait wait = comm::waitForInput(stream);
+        if (wait == comm::Wait::Failed)
+            break;
+        if (wait == comm::Wait::Ready && receiveFrame(stream) == Turn::End)
+            break;
+    }
+    for (const char* line : m_texts.ended)
+        tell(line);
+
+    m_socket = -1;
+    ::close(stream);
+    m_telemetry.reset();
+    tellDisconnected();
+}
+
+QString TcpLink::receiveText(int socket, int length, const char* label)
+{
+    const QString text = QString::fromUtf8(receiveBody(socket, length).constData());
+    qDebug().noquote() << label << text;
+    return text;
+}
+
+QByteArray TcpLink::receiveBody(int socket, int length)
+{
+    return comm::receiveBody(socket, length, m_stop, m_texts.stopped);
+}

@@ -1,6 +1,7 @@
 #!/bin/sh
 # Renders every image of the console from its drawing: first what draw.py draws, then the SVG files that
-# lie here in folders named after the collections. Needs python3 and rsvg-convert.
+# lie here in folders named after the collections; last writes the form of the vacuum panel, which shares
+# its layout with its pictures. Needs python3 and rsvg-convert.
 set -eu
 art=$(cd "$(dirname "$0")" && pwd)
 resources=$(dirname "$art")
@@ -18,3 +19,4 @@ render() { # FOLDER: each FOLDER/x.svg becomes resources/x.png in the size the d
 python3 "$art/draw.py" "$drawn"
 render "$drawn"
 render "$art"
+python3 "$art/vacuum_form.py" "$(dirname "$resources")/forms/kvs.ui"

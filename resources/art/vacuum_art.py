@@ -1,0 +1,187 @@
+"""The pictures of the vacuum panel: symbols of pumps and valves, pipes, lamps of the cooling water.
+
+A state is told by form as well as by colour. Valves: a bar across the passage is closed, a free passage
+open, a slanting bar on the way. Pumps wear the marks of the console's lamps: check, pointer, cross. A pipe
+is hollow when unlit and has a bright core when lit.
+"""
+import vacuum_layout as layout
+from strokes import *
+
+OFF, ON, MOVING, FAULT = "0", "1", "23", "4"
+FACES = {OFF: (PAPER, INK), ON: (GREEN, PAPER), MOVING: (YELLOW, INK), FAULT: (RED, PAPER)}
+RIMS = {OFF: INK, ON: GREEN_RIM, MOVING: YELLOW_RIM, FAULT: RED_RIM}
+
+VACUUM, VACUUM_CORE = "#00aee0", "#c4f6ff"
+HOLLOW, HOLLOW_RIM = "#f4f5f8", "#8a90a4"
+WATER = "#2f7fd6"
+
+
+def states(stem, drawing):
+    """The four pictures of a device: drawing(state, fill, mark, rim)."""
+    for state, (fill, mark) in FACES.items():
+        image(f"vacuum/{stem}_{state}", layout.STEMS[stem], drawing(state, fill, mark, RIMS[state]))
+
+
+# --- marks of state -----------------------------------------------------------------------------------
+
+def badge(state, x, y):
+    """The lamp's mark in small at the symbol's corner."""
+    if state == ON:
+        return disc(x, y, 10, PAPER, GREEN_RIM, 2.5) + line(check(x, y, 4.6), GREEN_RIM, 3.4)
+    if state == MOVING:
+        return (solid(polygon(regular(4, x, y, 11)), PAPER, YELLOW_RIM, 3)
+                + solid(f"M{x - 2.5} {y - 4.5} L{x + 5} {y} L{x - 2.5} {y + 4.5} Z", INK, INK, 1.5))
+    if state == FAULT:
+        return solid(plate(x, y, 9.5, 2), PAPER, RED_RIM, 2.5) + line(cross(x, y, 4.4), RED_RIM, 3.4)
+    return ""
+
+
+# --- pumps ----------------------------------------------------------------------------------------------
+
+def pump(stem, marks):
+    def drawing(state, fill, mark, rim):
+        return disc(30, 30, 28, fill, rim, 3) + marks(mark) + badge(state, 49, 49)
+    states(stem, drawing)
+
+
+def rotary(mark):
+    """An eccentric rotor with its vane."""
+    return (f'<circle cx="30" cy="34" r="15" fill="none" stroke="{mark}" stroke-width="3.2"/>'
+            + line("M30 5 V55", mark, 3.2))
+
+
+def roots(mark):
+    """Two lobed rotors that roll on one another."""
+    return "".join(f'<ellipse cx="{x}" cy="30" rx="{rx}" ry="{ry}" fill="none" stroke="{mark}" '
+                   f'stroke-width="3.2"/>' for x, rx, ry in ((17.5, 7, 13), (37.5, 13, 7)))
+
+
+def turbine(mark):
+    """Rows of blades on a shaft."""
+    return (line("M6 30 H54", mark, 3.2)
+            + line("M17 17 L11 43 M27 11 L21 49 M33 11 L39 49 M43 17 L49 43", mark, 3.2))
+
+
+def impeller(mark):
+    return line("M19 10 L54 30 L19 50 Z", mark, 3.2)
+
+
+def booster(mark):
+    return line("M12 16 L32 30 L12 44 Z M30 14 L52 30 L30 46 Z", mark, 3.2)
+
+
+def compressor(mark):
+    return line("M12 11 L54 23 M12 49 L54 37", mark, 3.2)
+
+
+def diffusion(state, fill, mark, rim):
+    body = "M6 2 H94 V12 H84 V70 L78 108 H22 L16 70 V12 H6 Z"
+    jets = "".join(line(f"M{50 - w} {y + w * 0.55} L50 {y} L{50 + w} {y + w * 0.55}", mark, 4)
+                   for y, w in ((22, 14), (40, 18), (58, 22)))
+    return (f'<rect x="0" y="74" width="22" height="16" fill="{fill}" stroke="{rim}" stroke-width="3"/>'
+            + solid(body, fill, rim, 3) + line("M50 22 V90", mark, 4) + jets
+            + line("M30 98 L36 90 L42 98 L48 90 L54 98 L60 90 L66 98", mark, 3) + badge(state, 84, 96))
+
+
+# --- valves ---------------------------------------------------------------------------------------------
+
+def passage(state, angle, way):
+    """The bar in the valve's middle, turned against the flow; `way` is the free passage."""
+    if state == OFF:
+        return turned(angle, 30, 30, line("M9 30 H51", PAPER, 9) + line("M9 30 H51", INK, 6))
+    if state == ON:
+        return f'<path d="{way}" fill="none" stroke="{PAPER}" stroke-width="6"/>'
+    if state == MOVING:
+        return turned(angle + 45, 30, 30, line("M9 30 H51", PAPER, 9) + line("M9 30 H51", INK, 6))
+    return solid(plate(30, 30, 13, 3), RED, PAPER, 3) + line(cross(30, 30, 6), PAPER, 4.6)
+
+
+def valve(stem, angle, base, way, actuator=""):
+    def drawing(state, fill, _, rim):
+        return ((line(actuator, rim, 4) if actuator else "") + solid(base, fill, rim, 3)
+                + passage(state, angle, way))
+    states(stem, drawing)
+
+
+# --- pipes ----------------------------------------------------------------------------------------------
+
+def pipe(ways, lit):
+    """Pipes along the given ways; what meets joins without a seam."""
+    rim, fill, core, edge = (INK, VACUUM, VACUUM_CORE, 5) if lit else (HOLLOW_RIM, HOLLOW, HOLLOW, 4)
+
+    def strokes(colour, width):
+        return "".join(f'<path d="{way}" fill="none" stroke="{colour}" stroke-width="{width}"/>' for way in ways)
+    return strokes(rim, layout.PIPE) + strokes(fill, layout.PIPE - edge) + strokes(core, 4)
+
+
+def pipes():
+    half = layout.BEND / 2
+    side = layout.BEND
+    out = {"t": f"M{half} 0", "b": f"M{half} {side}", "l": f"M0 {half}", "r": f"M{side} {half}"}
+    end = {"t": f"{half} 0", "b": f"{half} {side}", "l": f"0 {half}", "r": f"{side} {half}"}
+    ways = {"vpipe": [f"M{layout.PIPE / 2} 0 V{layout.PIPE}"], "hpipe": [f"M0 {layout.PIPE / 2} H{layout.PIPE}"]}
+    for stem in ("lbpipe", "ltpipe", "rbpipe", "rtpipe"):
+        a, b = layout.OPEN_SIDES[stem]
+        ways[stem] = [f"{out[a]} Q{half} {half} {end[b]}"]
+    for stem, side_open in (("lpipe", "r"), ("rpipe", "l")):
+        ways[stem] = [f"M{half} 0 V{side}", f"{out[side_open]} L{half} {half}"]
+    for lit in (0, 1):
+        for stem, way in ways.items():
+            image(f"vacuum/{stem}_{lit}", layout.STEMS[stem], pipe(way, lit))
+        ink = INK if lit else HOLLOW_RIM
+        image(f"vacuum/hlt_{lit}", layout.STEMS["hlt"],
+              pipe([f"M36 {half} H16"], lit) + line("M15 2 V26", ink, 4) + line("M3 8 L9 14 L3 20", ink, 3.4))
+        image(f"vacuum/vbt_{lit}", layout.STEMS["vbt"],
+              pipe([f"M{half} 0 V20"], lit) + line("M2 21 H26", ink, 4) + line("M8 33 L14 27 L20 33", ink, 3.4))
+
+
+# --- cooling water ----------------------------------------------------------------------------------------
+
+DROP = "M14 5 C17 10 20 13 20 17 A6 6 0 0 1 8 17 C8 13 11 10 14 5 Z"
+
+
+def thermometer(colour, level):
+    return (line("M14 7 V15", colour, 5) + disc(14, 19, 4.4, colour)
+            + line(f"M18.5 8 H21 M18.5 12 H21", colour, 2) + level)
+
+
+def water_lamps():
+    good = disc(14, 14, 12.5, GREEN, GREEN_RIM, 2)
+    bad = solid(plate(14, 14, 12.5, 3), RED, RED_RIM, 2)
+    warning = solid("M14 3 L26 25 H2 Z", YELLOW, YELLOW_RIM, 2.5)
+    size = layout.STEMS["w"]
+    image("vacuum/w_1", size, good + solid(DROP, PAPER, PAPER, 1))
+    image("vacuum/w_0", size, bad + solid(DROP, PAPER, PAPER, 1) + line("M5 23 L23 5", RED_RIM, 3))
+    image("vacuum/t_1", size, good + thermometer(PAPER, ""))
+    image("vacuum/t_0", size, bad + thermometer(PAPER, line("M6 6 V16 M3.5 9 L6 6 L8.5 9", PAPER, 2)))
+    image("vacuum/t_2", size, warning + line("M14 11 V17", INK, 3.4) + disc(14, 21.6, 1.9, INK))
+
+
+# --- what does not change -----------------------------------------------------------------------------------
+
+def door():
+    _, _, width, height = layout.DOOR
+    return (f'<rect x="1" y="1" width="{width - 2}" height="{height - 2}" rx="4" fill="none" stroke="{INK}" '
+            f'stroke-width="2"/>'
+            + "".join(disc(15, y, 5, GRAY, INK, 2) for y in (22, height - 22)))
+
+
+def plant(strips):
+    return "".join(f'<rect x="{x}" y="{y}" width="{w}" height="{h}" fill="{HOLLOW}" stroke="{HOLLOW_RIM}"/>'
+                   for x, y, w, h in strips)
+
+
+def draw():
+    strips = layout.build()
+    for stem, marks in (("NL", rotary), ("NZ", roots), ("TMN", turbine), ("NW", impeller), ("NW2", booster),
+                        ("NP", compressor)):
+        pump(stem, marks)
+    states("ND", diffusion)
+    valve("vv", 0, "M9 2 H51 L9 58 H51 Z", "M30 1 V59")
+    valve("vh", 90, "M2 9 V51 L58 9 V51 Z", "M1 30 H59")
+    valve("VE", 90, "M2 14 V46 L58 14 V46 Z", "M1 30 H59", "M30 30 V4 M20 4 H40")
+    valve("VT", 135, "M2 12 L30 30 L48 58 H12 L30 30 L2 48 Z", "M1 30 H30 V59", "M30 30 L50 10 M43 3 L57 17")
+    pipes()
+    water_lamps()
+    image("vacuum/door", layout.DOOR[2:], door())
+    image("vacuum/plant", (layout.SIZE, 830), plant(strips))

@@ -1,18 +1,13 @@
 #pragma once
 
-#include "site.h"
+#include "linkcontroller.h"
 
-#include <QFile>
-#include <QTcpServer>
-#include <QTcpSocket>
-#include <QUdpSocket>
 #include <QtEndian>
 
 #include <algorithm>
 #include <iterator>
-#include <memory>
 
-// The motion controller as far as the wire goes: the layout of its status datagram, its frames, its sockets.
+// The motion controller as far as the wire goes: the layout of its status datagram, its sockets.
 // Written from the tables of the wire, not from the console's.
 namespace drivewire {
 
@@ -98,53 +93,12 @@ inline const Field& fieldNamed(const char* name)
                          [&](const Field& f) { return !qstrcmp(f.name, name); });
 }
 
-inline QByteArray frame(const QByteArray& text)
-{
-    QByteArray bytes("\x50\x56", 2);
-    bytes += char(text.size() & 0xff);
-    bytes += char(text.size() >> 8);
-    return bytes + text;
-}
-
 } // namespace drivewire
 
 // The controller's side of the link, at the endpoint of the site.
-struct DriveController
+struct DriveController : LinkController
 {
-    DriveController() { server.listen(QHostAddress::LocalHost, quint16(site().drive.tcpPort)); }
-    bool accept()
-    {
-        if (!server.hasPendingConnections())
-            server.waitForNewConnection(5000);
-        peer.reset(server.nextPendingConnection());
-        return peer != nullptr;
-    }
-    void send(const QByteArray& bytes)
-    {
-        peer->write(bytes);
-        peer->flush();
-    }
-    void datagram(const QByteArray& bytes)
-    {
-        udp.writeDatagram(bytes, QHostAddress::LocalHost, quint16(site().drive.udpPort));
-    }
-    // True when the console has taken all that was sent over TCP.
-    bool taken() const
-    {
-        QFile table(QStringLiteral("/proc/net/tcp"));
-        if (!table.open(QIODevice::ReadOnly))
-            return false;
-        const QByteArray local = QByteArray::number(peer->peerPort(), 16).toUpper().rightJustified(4, '0');
-        const QByteArray remote = QByteArray::number(peer->localPort(), 16).toUpper().rightJustified(4, '0');
-        for (const QByteArray& line : table.readAll().split('\n')) {
-            const QList<QByteArray> columns = line.simplified().split(' ');
-            if (columns.size() > 4 && columns[1].endsWith(":" + local) && columns[2].endsWith(":" + remote))
-                return columns[4].endsWith(":00000000");
-        }
-        return true; // the console's end is gone
-    }
-
-    QTcpServer server;
-    std::unique_ptr<QTcpSocket> peer;
-    QUdpSocket udp;
+    DriveController()
+        : LinkController(site().drive)
+    {}
 };

@@ -4,7 +4,6 @@
 #include "sitefixture.h"
 
 #include <QElapsedTimer>
-#include <QMetaMethod>
 #include <QProcess>
 #include <QTimer>
 #include <QtTest>
@@ -12,87 +11,20 @@
 #include <cmath>
 #include <limits>
 #include <memory>
-#include <mutex>
 #include <netinet/in.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
 using namespace drivewire;
 
-namespace {
-
-// What went to the debug output; written by all threads.
-std::mutex debugMutex;
-QStringList debugLines;
-
-void collectDebug(QtMsgType, const QMessageLogContext&, const QString& text)
-{
-    const std::lock_guard<std::mutex> guard(debugMutex);
-    debugLines += text;
-}
-
-int debugCount(const QString& start)
-{
-    const std::lock_guard<std::mutex> guard(debugMutex);
-    return int(std::count_if(debugLines.cbegin(), debugLines.cend(),
-                             [&](const QString& line) { return line.startsWith(start); }));
-}
-
-} // namespace
-
-// Writes down every status signal of a link, in order.
-class Recorder : public QObject
-{
-    Q_OBJECT
-public:
-    struct Entry
-    {
-        QString name;
-        QVariant value;
-    };
-
-    explicit Recorder(DriveTCPthread& link)
-    {
-        const QMetaObject& signalsOf = DriveStatus::staticMetaObject;
-        for (int i = signalsOf.methodOffset(); i < signalsOf.methodCount(); ++i) {
-            const QByteArray type = signalsOf.method(i).parameterTypes().at(0);
-            const int target = metaObject()->indexOfSlot("on_" + type + "(" + type + ")");
-            Q_ASSERT(target >= 0);
-            QMetaObject::connect(&link, i, this, target);
-            ++count;
-        }
-    }
-
-    int count = 0;
-    QVector<Entry> entries;
-
-public slots:
-    void on_uint(uint value) { note(value); }
-    void on_int(int value) { note(value); }
-    void on_float(float value) { note(value); }
-    void on_bool(bool value) { note(value); }
-
-private:
-    void note(const QVariant& value)
-    {
-        const QString name =
-            QString::fromLatin1(DriveStatus::staticMetaObject.method(senderSignalIndex()).name());
-        entries.append({name.mid(int(qstrlen("changed"))), value});
-    }
-};
-
 class TestDriveComm : public QObject
 {
     Q_OBJECT
 
 private slots:
-    void initTestCase() { qInstallMessageHandler(collectDebug); }
+    void initTestCase() { DebugLines::collect(); }
     void cleanupTestCase() { qInstallMessageHandler(nullptr); }
-    void init()
-    {
-        const std::lock_guard<std::mutex> guard(debugMutex);
-        debugLines.clear();
-    }
+    void init() { DebugLines::clear(); }
 
     void firstDatagramTellsEverythingInOrder();
     void everyFieldIsToldAlone();
@@ -121,7 +53,7 @@ private:
         SiteFixture fixture;
         DriveController controller;
         DriveTCPthread link;
-        Recorder recorder{link};
+        StatusRecorder recorder{link, DriveStatus::staticMetaObject};
         QStringList messages;
         int ends = 0;
 
@@ -146,7 +78,7 @@ private:
             });
         }
         // What the window hears of these datagrams: a mark behind them tells when all were taken.
-        QVector<Recorder::Entry> hear(const QList<QByteArray>& datagrams, const QByteArray& last)
+        QVector<StatusRecorder::Entry> hear(const QList<QByteArray>& datagrams, const QByteArray& last)
         {
             recorder.entries.clear();
             for (const QByteArray& d : datagrams)
@@ -176,7 +108,7 @@ private:
 void TestDriveComm::firstDatagramTellsEverythingInOrder()
 {
     Setup s;
-    QCOMPARE(s.recorder.count, 93);
+    QCOMPARE(s.recorder.count(), 93);
     QVERIFY(s.open());
 
     // Each field holds a value found nowhere else, as far as its type allows.
@@ -197,11 +129,8 @@ void TestDriveComm::firstDatagramTellsEverythingInOrder()
     }
     QVERIFY(s.prime(datagram));
 
-    QStringList names;
-    for (const Recorder::Entry& entry : s.recorder.entries)
-        names += entry.name;
-    QCOMPARE(names.join(' '), QString::fromLatin1(order));
-    for (const Recorder::Entry& entry : s.recorder.entries) {
+    QCOMPARE(s.recorder.names().join(' '), QString::fromLatin1(order));
+    for (const StatusRecorder::Entry& entry : s.recorder.entries) {
         if (entry.name != QLatin1String("Message"))
             QVERIFY2(entry.value == expected.value(entry.name), qPrintable(entry.name));
     }
@@ -280,7 +209,7 @@ void TestDriveComm::badSignatureIsDropped()
     bad[0] = 0x51;
     put(bad, fieldNamed("X"), 5);
     QCOMPARE(s.hear({bad, good}, good).size(), 0); // neither told nor remembered
-    QCOMPARE(debugCount(QStringLiteral("Bad signature of drive UDP packet")), 1);
+    QCOMPARE(DebugLines::count(QStringLiteral("Bad signature of drive UDP packet")), 1);
     QVERIFY(s.link.connected());
 }
 
@@ -291,7 +220,7 @@ void TestDriveComm::badSignatureCountsAsLife()
     QTimer beat;
     connect(&beat, &QTimer::timeout, this, [&] { s.controller.datagram(QByteArray(296, 'x')); });
     beat.start(100);
-    QTRY_VERIFY(debugCount(QStringLiteral("Bad signature of drive UDP packet")) >= 16);
+    QTRY_VERIFY(DebugLines::count(QStringLiteral("Bad signature of drive UDP packet")) >= 16);
     QVERIFY(s.link.connected());
     QCOMPARE(s.recorder.entries.size(), 0);
 }
@@ -326,7 +255,7 @@ void TestDriveComm::commandBytes()
     Setup s;
     // Closed: a debug line and nothing else.
     QVERIFY(!s.link.command(QStringLiteral("MOVE(A,0)")));
-    QCOMPARE(debugCount(QStringLiteral("DriveTCPthread: > \"MOVE(A,0)\"")), 1);
+    QCOMPARE(DebugLines::count(QStringLiteral("DriveTCPthread: > \"MOVE(A,0)\"")), 1);
 
     QVERIFY(s.open());
     const QString longest(1000, QLatin1Char('z'));
@@ -394,7 +323,7 @@ void TestDriveComm::badFramesEndTheConnection()
     s.controller.send(bytes);
     QTRY_COMPARE(s.ends, 1);
     QVERIFY(!s.link.connected());
-    QCOMPARE(debugCount(QStringLiteral("Bad packet signature")), 1);
+    QCOMPARE(DebugLines::count(QStringLiteral("Bad packet signature")), 1);
     QCOMPARE(s.messages.size(), 0);
 }
 
@@ -427,9 +356,9 @@ void TestDriveComm::connectRefusals()
 
     s.controller.server.close();
     QVERIFY(!s.link.connect(site().drive.host, site().drive.tcpPort, site().drive.udpPort));
-    QCOMPARE(debugCount(QStringLiteral("tcp connect() error: Connection refused")), 1);
+    QCOMPARE(DebugLines::count(QStringLiteral("tcp connect() error: Connection refused")), 1);
     QVERIFY(!s.link.connect(QString(), site().drive.tcpPort, site().drive.udpPort));
-    QCOMPARE(debugCount(QStringLiteral("DRIVE gethostbyname() error: ")), 1);
+    QCOMPARE(DebugLines::count(QStringLiteral("DRIVE gethostbyname() error: ")), 1);
     QVERIFY(!s.link.connected());
 
     // A peer that does not answer is given up after a millisecond: here one whose queue is full.
@@ -450,7 +379,7 @@ void TestDriveComm::connectRefusals()
     timer.start();
     QVERIFY(!s.link.connect(site().drive.host, ntohs(address.sin_port), site().drive.udpPort));
     QVERIFY(timer.elapsed() < 500);
-    QCOMPARE(debugCount(QStringLiteral("tcp connect() error: Operation already in progress")), 1);
+    QCOMPARE(DebugLines::count(QStringLiteral("tcp connect() error: Operation already in progress")), 1);
     QVERIFY(!s.link.connected());
     for (int client : qAsConst(queue))
         ::close(client);

@@ -4,6 +4,7 @@
 #include <QVarLengthArray>
 
 #include <cerrno>
+#include <cstdio>
 #include <cstring>
 #include <fcntl.h>
 #include <netdb.h>
@@ -14,19 +15,23 @@
 
 namespace comm {
 
-namespace {
-
-void tell(const char* what, int error)
+void tell(Outlet outlet, const char* what, const QString& why)
 {
-    qDebug().noquote() << what << qt_error_string(error);
+    if (outlet == Outlet::Debug)
+        qDebug().noquote() << what << why;
+    else
+        std::fprintf(stderr, "%s%s%s\n", what, why.isEmpty() ? "" : " ", qPrintable(why));
 }
 
+namespace {
+
 // False when the name means nothing to the resolver.
-bool resolve(const QString& host, int port, const char* link, sockaddr_in& address)
+bool resolve(const QString& host, int port, const char* link, Outlet outlet, sockaddr_in& address)
 {
     const hostent* found = gethostbyname(host.toUtf8().constData());
     if (!found || found->h_addrtype != AF_INET) {
-        qDebug("%s%sgethostbyname() error: %s", link, *link ? " " : "", hstrerror(h_errno));
+        const QByteArray what = QByteArray(link) + (*link ? " " : "") + "gethostbyname() error:";
+        tell(outlet, what.constData(), QString::fromLocal8Bit(hstrerror(h_errno)));
         return false;
     }
     address = {};
@@ -38,15 +43,15 @@ bool resolve(const QString& host, int port, const char* link, sockaddr_in& addre
 
 } // namespace
 
-int openStream(const QString& host, int port, const char* link)
+int openStream(const QString& host, int port, const char* link, const char* refused, Outlet outlet)
 {
     sockaddr_in address;
-    if (!resolve(host, port, link, address))
+    if (!resolve(host, port, link, outlet, address))
         return -1;
 
     const int stream = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
     if (stream < 0) {
-        tell("socket() error:", errno);
+        tell(outlet, "socket() error:", qt_error_string(errno));
         return -1;
     }
     ::fcntl(stream, F_SETFL, ::fcntl(stream, F_GETFL) | O_NONBLOCK);
@@ -55,7 +60,7 @@ int openStream(const QString& host, int port, const char* link)
         // A peer that is still pending after the pause answers EALREADY and is given up. This short patience
         // is deliberate: the window's thread stands still here.
         if (errno != EINPROGRESS) {
-            tell("tcp connect() error:", errno);
+            tell(outlet, refused, qt_error_string(errno));
             ::close(stream);
             return -1;
         }
@@ -74,7 +79,7 @@ bool sendText(int socket, quint16 signature, const QString& text)
     return ::send(socket, frame.constData(), static_cast<size_t>(frame.size()), MSG_NOSIGNAL) >= 0;
 }
 
-Wait waitForInput(int socket)
+Wait waitForInput(int socket, Outlet outlet)
 {
     fd_set readable;
     FD_ZERO(&readable);
@@ -82,7 +87,7 @@ Wait waitForInput(int socket)
     timeval limit{0, pollMs * 1000};
     const int count = ::select(socket + 1, &readable, nullptr, nullptr, &limit);
     if (count < 0) {
-        tell("select() error:", errno);
+        tell(outlet, "select() error:", qt_error_string(errno));
         return Wait::Failed;
     }
     return count > 0 ? Wait::Ready : Wait::Silent;
@@ -93,7 +98,7 @@ int receiveHead(int socket, FrameHead& head)
     head = {};
     const ssize_t got = ::recv(socket, &head, sizeof head, 0);
     if (got <= 0)
-        tell("recv() error:", got < 0 ? errno : 0);
+        tell(Outlet::Debug, "recv() error:", qt_error_string(got < 0 ? errno : 0));
     return static_cast<int>(got);
 }
 
@@ -113,7 +118,7 @@ QByteArray receiveBody(int socket, int length, const std::atomic<bool>& stop, co
             break;
         const ssize_t got = ::recv(socket, body.data() + have, static_cast<size_t>(length - have), 0);
         if (got <= 0) {
-            tell("recv() error:", got < 0 ? errno : 0);
+            tell(Outlet::Debug, "recv() error:", qt_error_string(got < 0 ? errno : 0));
             break;
         }
         have += static_cast<int>(got);
@@ -121,8 +126,6 @@ QByteArray receiveBody(int socket, int length, const std::atomic<bool>& stop, co
     body.truncate(have);
     return body;
 }
-
-namespace detail {
 
 void bindTelemetry(QUdpSocket& socket, int port)
 {
@@ -139,7 +142,5 @@ qint64 nextDatagramSize(QUdpSocket& socket)
     }
     return socket.waitForReadyRead(pollMs) ? socket.pendingDatagramSize() : -1;
 }
-
-} // namespace detail
 
 } // namespace comm

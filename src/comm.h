@@ -1,16 +1,20 @@
 #pragma once
 
+#include "element.h"
+
 #include <QByteArray>
 #include <QDebug>
+#include <QMap>
 #include <QString>
+#include <QThread>
 #include <QUdpSocket>
 
 #include <array>
 #include <atomic>
 #include <cstring>
 
-// What the links to the controllers share. Each link keeps what it does with a bad frame, a loss or a field
-// to itself.
+// What the links to the controllers share, and below it the generic link. Each link keeps what it does with a
+// bad frame, a loss or a field to itself.
 namespace comm {
 
 constexpr int pollMs = 100;          // no wait lasts longer, so that a stop is seen within it
@@ -25,17 +29,22 @@ struct FrameHead
 };
 static_assert(sizeof(FrameHead) == 4);
 
-// A non-blocking TCP connection, or -1 with the reason in the debug output. `link` leads the line about an
-// unknown host, if not empty. A peer that has not answered after one millisecond counts as absent: the
-// caller runs in the window's thread and tries again a second later.
-int openStream(const QString& host, int port, const char* link);
+// Where a link tells its troubles; never to the operator.
+enum class Outlet { Debug, StandardError };
+void tell(Outlet outlet, const char* what, const QString& why = QString());
+
+// A non-blocking TCP connection, or -1 with the reason told. `link`, if not empty, leads the line about
+// an unknown host, `refused` the one about a peer that is not there. A peer that has not answered after one
+// millisecond counts as absent: the caller runs in the window's thread and tries again a second later.
+int openStream(const QString& host, int port, const char* link,
+               const char* refused = "tcp connect() error:", Outlet outlet = Outlet::Debug);
 
 // One frame with the UTF-8 text in a single send. False when the send reports an error; a partial send is
 // not noticed. The head carries the low 16 bits of the length.
 bool sendText(int socket, quint16 signature, const QString& text);
 
 enum class Wait { Ready, Silent, Failed };
-Wait waitForInput(int socket); // at most pollMs; a failure is told in the debug output
+Wait waitForInput(int socket, Outlet outlet = Outlet::Debug); // at most pollMs; a failure is told
 
 // One read of at most 4 bytes. The number of bytes read, 0 or less when the peer is gone, with the reason in
 // the debug output. What did not come is zero.
@@ -53,26 +62,22 @@ template <int Size, class OnPack, class OnSilence>
 void receiveTelemetry(int port, quint16 signature, const std::atomic<bool>& stop, OnPack onPack,
                       OnSilence onSilence);
 
-namespace detail {
-
-void bindTelemetry(QUdpSocket& socket, int port);
-qint64 nextDatagramSize(QUdpSocket& socket); // waits at most pollMs; -1 when none came
-
-} // namespace detail
+void bindTelemetry(QUdpSocket& socket, int port); // on all addresses
+qint64 nextDatagramSize(QUdpSocket& socket);      // waits at most pollMs; -1 when none came
 
 template <int Size, class OnPack, class OnSilence>
 void receiveTelemetry(int port, quint16 signature, const std::atomic<bool>& stop, OnPack onPack,
                       OnSilence onSilence)
 {
     QUdpSocket socket;
-    detail::bindTelemetry(socket, port);
+    bindTelemetry(socket, port);
 
     std::array<char, Size> pack;
     int waits = 0;
     while (!stop) {
         if (++waits > silentWaits)
             onSilence();
-        const qint64 s = detail::nextDatagramSize(socket);
+        const qint64 s = nextDatagramSize(socket);
         if (s < 0)
             continue;
         // The text of this assertion is known to those who look after the machine; it stands as it is.
@@ -90,3 +95,83 @@ void receiveTelemetry(int port, quint16 signature, const std::atomic<bool>& stop
 }
 
 } // namespace comm
+
+class UDPthread;
+
+// The generic link: a client subscribes to named values, and the unit sends them back at a fixed period in
+// one block. Nothing in the console builds one yet; it stands ready for a further unit.
+//
+// Owns the TCP connection, and the telemetry thread as long as the connection stands. It lives in the
+// window's thread. Nothing is retried: the owner connects again after `disconnected`.
+class TCPthread : public QThread
+{
+    Q_OBJECT
+public:
+    explicit TCPthread(QObject* parent = nullptr);
+    ~TCPthread() override; // ends an open connection; waits without limit
+
+    // Opens the connection, gives each element its place in the block, in ascending order of the keys, and
+    // subscribes to them by name. Map and elements stay the owner's; the elements outlive the connection. The
+    // peer has one millisecond to answer. False when already open or on any failure, told on standard error.
+    // Asserts when an element would move: console and unit would disagree about the block.
+    bool connect(const QString& host, int tcpPort, int udpPort, QMap<QString, Element*>* elements);
+
+    // Sends one frame: u16 0x5153, u16 length, UTF-8 without terminator. True says that the system took it.
+    // Only one thread may send. False on a closed link, and for a text that no frame can carry.
+    bool command(const QString& text);
+
+    bool connected() const;
+
+    // Ends the connection and waits for the thread, without limit. False when there was none.
+    bool disconnect();
+
+public slots:
+    void UDPdisconnected(); // telemetry is lost: asks the thread to end, from any thread
+
+signals:
+    void disconnected();               // the connection is over, both threads' work is done
+    void message(const QString& text); // a text frame came
+
+protected:
+    void run() override;
+
+private:
+    enum class Turn { Go, End };
+    Turn receiveFrame(int socket);
+    Turn receiveHead(int socket, comm::FrameHead& head);
+
+    std::atomic<bool> m_stop{false};
+    std::atomic<bool> m_lost{false};
+    std::atomic<int> m_socket{-1}; // -1 while closed
+    UDPthread* m_telemetry = nullptr;
+};
+
+// Receives the blocks and writes the elements. It starts itself. A block is u16 0x5153, u16 number of data
+// bytes, the elements without gaps; it may come in several datagrams.
+class UDPthread final : public QThread
+{
+    Q_OBJECT
+public:
+    // The elements of the map at this moment, their offsets set; they outlive the thread.
+    UDPthread(QMap<QString, Element*>* elements, int port);
+    ~UDPthread() override; // may be called from another thread; waits without limit
+
+signals:
+    // Nothing came for a second; raised again every further 100 ms until the thread is ended.
+    void disconnected();
+
+protected:
+    void run() override;
+
+private:
+    std::size_t receiveBlock(QUdpSocket& sock, std::size_t s);
+    void writeElements(std::size_t bytes);
+
+    static constexpr std::size_t largestDatagram = 65507;
+
+    std::atomic<bool> m_stop{false};
+    const QMap<QString, Element*> m_elements;
+    const int m_port;
+    bool m_warned = false; // of a block that is too short
+    std::array<char, largestDatagram> m_packet{};
+};

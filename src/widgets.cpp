@@ -1,5 +1,7 @@
 #include "widgets.h"
 
+#include "element.h"
+
 #include <QDialog>
 #include <QMouseEvent>
 #include <QPushButton>
@@ -78,6 +80,15 @@ void PoLabel::setCoeff(float coeff)
 void PoLabel::changedValue(float value)
 {
     setValue(value, m_depth);
+}
+
+void PoLabel::setElement(Element* element)
+{
+    setDepth(element->dec());
+    // A variable turns invalid when its unit falls silent, but nothing would ever call it valid again.
+    if (!element->isVariable())
+        connect(element, qOverload<bool>(&Element::validChanged), this, &PoLabel::changedValid);
+    connect(element, qOverload<float>(&Element::numberValChanged), this, &PoLabel::changedValue);
 }
 
 void PoLabel::changedValid(bool valid)

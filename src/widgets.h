@@ -9,6 +9,7 @@
 #include <QMap>
 #include <QPixmap>
 
+class Element;
 class QDialog;
 class QPushButton;
 
@@ -63,6 +64,10 @@ public:
     void setValue(float value, int decimals);
     void setDepth(int decimals); // decimals of the values that changedValue brings
     void setCoeff(float coeff);  // shows the present value anew
+
+    // Follows the element from its next change on: its number, with its decimals, and its validity if it
+    // comes with one.
+    void setElement(Element* element);
 
 public slots:
     void changedValid(bool valid); // an invalid number stays on view in black on pink

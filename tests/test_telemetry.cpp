@@ -1,0 +1,462 @@
+#include "comm.h"
+
+#include "deathtest.h"
+#include "sitefixture.h"
+#include "widgets.h"
+
+#include <QTcpSocket>
+#include <QtEndian>
+#include <QtTest>
+
+#include <limits>
+#include <memory>
+#include <thread>
+
+namespace {
+
+using Map = QMap<QString, Element*>;
+
+QByteArray frame(const QByteArray& text, quint16 signature = 0x5153)
+{
+    QByteArray bytes(4, '\0');
+    qToLittleEndian(signature, bytes.data());
+    qToLittleEndian(quint16(text.size()), bytes.data() + 2);
+    return bytes + text;
+}
+
+QByteArray f32(float value)
+{
+    QByteArray bytes(4, '\0');
+    qToLittleEndian(value, bytes.data());
+    return bytes;
+}
+
+// Owns the elements of a map.
+struct Elements
+{
+    void add(int type, const char* name, int dec = 1, float min = -100, float max = 100)
+    {
+        own.push_back(
+            std::make_unique<Element>(Element::Type(type), QString::fromLatin1(name), dec, min, max));
+        map.insert(own.back()->name(), own.back().get());
+    }
+    Element& operator[](const char* name) { return *map.value(QString::fromLatin1(name)); }
+
+    std::vector<std::unique_ptr<Element>> own;
+    Map map;
+};
+
+// A unit that publishes values: its TCP side, and the blocks.
+struct Unit
+{
+    Unit() { server.listen(QHostAddress::LocalHost, quint16(where.tcpPort)); }
+    bool open(TCPthread& link, Map* map)
+    {
+        if (!link.connect(where.host, where.tcpPort, where.udpPort, map))
+            return false;
+        if (!server.hasPendingConnections())
+            server.waitForNewConnection(5000);
+        peer.reset(server.nextPendingConnection());
+        return peer != nullptr;
+    }
+    QByteArray heard(int bytes)
+    {
+        while (peer->bytesAvailable() < bytes && peer->waitForReadyRead(5000)) {
+        }
+        return peer->readAll();
+    }
+    void datagram(const QByteArray& bytes)
+    {
+        udp.writeDatagram(bytes, QHostAddress::LocalHost, quint16(where.udpPort));
+    }
+    void send(const QByteArray& bytes)
+    {
+        peer->write(bytes);
+        peer->flush();
+    }
+
+    SiteFixture fixture;
+    Endpoint where = site().drive;
+    QTcpServer server;
+    std::unique_ptr<QTcpSocket> peer;
+    QUdpSocket udp;
+};
+
+// What an element tells: "valid 1", "raw 2.5" ..., each signal in its short form; the long form must agree.
+struct Diary
+{
+    explicit Diary(Element& element)
+    {
+        watch(element, &Element::validChanged, &Element::validChanged, "valid");
+        watch(element, &Element::rawNumberValChanged, &Element::rawNumberValChanged, "raw");
+        watch(element, &Element::numberValChanged, &Element::numberValChanged, "number");
+        watch(element, &Element::boolValChanged, &Element::boolValChanged, "bool");
+        QObject::connect(&element, qOverload<const QString&>(&Element::stringValChanged), &here,
+                         [this](const QString& v) { lines += "string " + v; });
+    }
+    QStringList take()
+    {
+        QStringList all;
+        all.swap(lines);
+        return all;
+    }
+
+    QObject here;
+    QStringList lines;
+    QString before;
+
+private:
+    template <class T>
+    void watch(Element& element, void (Element::*full)(const Element*, T), void (Element::*plain)(T),
+               const char* name)
+    {
+        QObject::connect(&element, full, &here, [this, &element, name](const Element* sender, T v) {
+            before = sender == &element ? QStringLiteral("%1 %2").arg(QLatin1String(name)).arg(v) : "?";
+        });
+        QObject::connect(&element, plain, &here, [this, name](T v) {
+            const QString line = QStringLiteral("%1 %2").arg(QLatin1String(name)).arg(v);
+            lines += before == line ? line : "only one form of " + line;
+        });
+    }
+};
+
+} // namespace
+
+class TestTelemetry : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase()
+    {
+        qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString&) {});
+    }
+    void cleanupTestCase() { qInstallMessageHandler(nullptr); }
+
+    void elementTellsFirstValuesAndChanges();
+    void assertions();
+    void subscriptionAndOffsets();
+    void labelFollowsElement();
+    void framesBothWays();
+    void blockFillsTheElements();
+    void blockOverSeveralDatagrams();
+    void brokenBlocks_data();
+    void brokenBlocks();
+    void silenceEndsTheConnection();
+    void secondConnect();
+    void valuesReadWhileTheyCome();
+};
+
+void TestTelemetry::elementTellsFirstValuesAndChanges()
+{
+    Element e(Element::CheckedNumberA, QStringLiteral("I"), 2, -1, 5);
+    QVERIFY(!e.valid() && e.numberVal() == 0 && e.offset() == -1 && !e.isVariable());
+    Diary diary(e);
+    e.setValid(false);
+    e.setRawNumberVal(0);
+    e.setNumberVal(0);
+    e.setBoolVal(false);
+    e.setStringVal(QString());
+    QCOMPARE(diary.take(), (QStringList{"valid 0", "raw 0", "number 0", "bool 0", "string "}));
+    e.setValid(false);
+    e.setRawNumberVal(0);
+    e.setNumberVal(0);
+    e.setBoolVal(false);
+    e.setStringVal(QString());
+    QCOMPARE(diary.take(), QStringList());
+
+    // The scaled value is kept within the limits, the raw one is not.
+    for (const float v : {7.0F, 9.0F, -8.0F, 2.5F, std::numeric_limits<float>::quiet_NaN()}) {
+        e.setRawNumberVal(v);
+        e.setNumberVal(v);
+    }
+    QCOMPARE(diary.take(), (QStringList{"raw 7", "number 5", "raw 9", "raw -8", "number -1", "raw 2.5",
+                                        "number 2.5", "raw nan", "number -1"}));
+    QCOMPARE(e.numberVal(), -1.0F);
+
+    // The mutex is free while a change is told.
+    float seen = 0;
+    connect(&e, qOverload<float>(&Element::numberValChanged), &e, [&](float) { seen = e.numberVal(); });
+    e.setNumberVal(4);
+    QCOMPARE(seen, 4.0F);
+}
+
+void TestTelemetry::assertions()
+{
+    QVERIFY(deathOf([] { Element(Element::FlagA, "a", 0, 1, 0); }).contains("\"min <= max\""));
+    QVERIFY(deathOf([] {
+                Element e(Element::FlagA, "a", 0, 0, 1);
+                e.setOffset(3);
+                e.setOffset(3);
+                e.setOffset(4);
+            }).contains("\"(m_offs < 0) || (m_offs == offs)\""));
+}
+
+void TestTelemetry::subscriptionAndOffsets()
+{
+    // One of each type, and one that is not known; the order is that of the names.
+    Elements all;
+    const char* const names[] = {"h", "g", "f", "e", "d", "c", "b", "a%1"};
+    for (int type = 0; type < 8; ++type)
+        all.add(type, names[type]);
+
+    Unit unit;
+    TCPthread link;
+    QVERIFY(!link.command("nobody there"));
+    QVERIFY(unit.open(link, &all.map));
+    QVERIFY(!link.connect(unit.where.host, unit.where.tcpPort, unit.where.udpPort, &all.map));
+    const QByteArray text =
+        "SUBSCRIBE PORT " + QByteArray::number(unit.where.udpPort) + " DELAY 50 a%1, b, c, d, e, f, g, h";
+    QCOMPARE(unit.heard(4 + text.size()), frame(text));
+    const int offsets[] = {26, 24, 15, 6, 5, 4, 0, 0}; // of type 0, 1 ...
+    for (size_t type = 0; type < 8; ++type)
+        QCOMPARE(all.own[type]->offset(), offsets[type]);
+
+    Unit second;
+    Map nothing;
+    TCPthread idle;
+    QVERIFY(second.open(idle, &nothing));
+    const QByteArray bare = "SUBSCRIBE PORT " + QByteArray::number(second.where.udpPort) + " DELAY 50 ";
+    QCOMPARE(second.heard(4 + bare.size()), frame(bare));
+
+    second.server.close();
+    TCPthread refused;
+    QVERIFY(deathOf([&] {
+                refused.connect(second.where.host, second.where.tcpPort, second.where.udpPort, &nothing);
+                refused.connect(QString(), 1, 2, &nothing);
+                abort();
+            }).contains("comm.cpp connect() error: Connection refused\nCOMM gethostbyname() error: "));
+    QVERIFY(!refused.connect(second.where.host, second.where.tcpPort, second.where.udpPort, &nothing));
+    QVERIFY(!refused.connected() && !refused.disconnect());
+}
+
+void TestTelemetry::labelFollowsElement()
+{
+    Elements all;
+    all.add(2, "sensor", 2);
+    all.add(6, "variable", 0);
+    PoLabel sensor;
+    PoLabel variable;
+    sensor.setElement(&all["sensor"]);
+    variable.setElement(&all["variable"]);
+    all["sensor"].setNumberVal(1.255F);
+    all["variable"].setNumberVal(12.4F);
+    for (Element* element : qAsConst(all.map))
+        element->setValid(false);
+    QCOMPARE(sensor.text(), QStringLiteral("1.25"));
+    QCOMPARE(variable.text(), QStringLiteral("12"));
+    const auto pink = [](const PoLabel& label) {
+        return label.palette().color(label.backgroundRole()) == QColor(255, 192, 192);
+    };
+    QVERIFY(pink(sensor) && !pink(variable));
+}
+
+void TestTelemetry::framesBothWays()
+{
+    Unit unit;
+    Map nothing;
+    TCPthread link;
+    QStringList messages;
+    connect(&link, &TCPthread::message, this, [&](const QString& text) { messages += text; });
+    QVERIFY(unit.open(link, &nothing));
+    unit.heard(1);
+    QVERIFY(link.command(QStringLiteral("SET ток := 1;")));
+    const QByteArray sent = frame(QStringLiteral("SET ток := 1;").toUtf8());
+    QCOMPARE(unit.heard(sent.size()), sent);
+    QVERIFY(!link.command(QString(65536, 'x')));
+
+    // A frame byte by byte, an empty one, a bad head that does not end the connection, a good frame.
+    for (const char byte : frame("slow")) {
+        unit.send(QByteArray(1, byte));
+        QTest::qWait(2);
+    }
+    unit.send(frame(""));
+    unit.send(frame("", 0x5650));
+    unit.send(frame(QByteArray("good\0hidden", 11)));
+    QTRY_COMPARE(messages, (QStringList{"slow", "", "good"}));
+    QVERIFY(link.connected());
+
+    // The unit goes away.
+    int ends = 0;
+    connect(&link, &TCPthread::disconnected, this, [&] { ++ends; });
+    unit.peer->close();
+    QTRY_COMPARE(ends, 1);
+    QVERIFY(!link.connected() && !link.command("too late"));
+}
+
+void TestTelemetry::blockFillsTheElements()
+{
+    Elements all;
+    for (const char* name : {"a0", "b1", "c2", "d3", "e4", "f5", "g6"})
+        all.add(name[1] - '0', name);
+    Unit unit;
+    TCPthread link;
+    QVERIFY(unit.open(link, &all.map));
+
+    std::vector<std::unique_ptr<Diary>> diaries;
+    for (Element* element : qAsConst(all.map))
+        diaries.push_back(std::make_unique<Diary>(*element));
+    // Bytes other than 0 are true; what follows the elements is not looked at.
+    const QByteArray data = QByteArray("\1\0\0\5", 4) + '\1' + f32(12.5F) + f32(4095) + '\0' + f32(-300) +
+                            f32(-7) + '\x80' + '\0' + f32(1e9F) + "rest";
+    const QList<QStringList> told = {{"valid 1", "bool 0"},
+                                     {"valid 0", "bool 1"},
+                                     {"valid 1", "raw 4095", "number 12.5"},
+                                     {"valid 0", "raw -7", "number -100"},
+                                     {"bool 1"},
+                                     {"bool 0"},
+                                     {"number 100"}};
+    QTRY_VERIFY((unit.datagram(frame(data)), !diaries.back()->lines.isEmpty()));
+    unit.datagram(frame(data));
+    for (int i = 0; i < told.size(); ++i)
+        QCOMPARE(diaries[size_t(i)]->take(), told[i]);
+
+    // When the link is closed every value is stale, of whatever type.
+    QVERIFY(link.disconnect());
+    for (Element* element : qAsConst(all.map))
+        QVERIFY(!element->valid());
+    QTRY_COMPARE(diaries[4]->lines, QStringList{"valid 0"});
+    QCOMPARE(diaries[0]->lines, QStringList{"valid 0"});
+}
+
+void TestTelemetry::blockOverSeveralDatagrams()
+{
+    Elements all;
+    all.add(6, "a");
+    all.add(6, "b");
+    Unit unit;
+    TCPthread link;
+    QVERIFY(unit.open(link, &all.map));
+    QTRY_VERIFY((unit.datagram(frame(f32(1) + f32(2))), all["b"].numberVal() == 2));
+
+    // Cut anywhere, even in the head; longer than a datagram may be in the end.
+    const QByteArray block = frame(f32(3) + f32(4));
+    for (int cut = 2; cut < block.size(); ++cut) {
+        all["b"].setNumberVal(0);
+        unit.datagram(block.left(cut));
+        QTest::qWait(5);
+        const bool early = all["b"].numberVal() == 4;
+        unit.datagram(block.mid(cut)); // in any case: the telemetry would wait for it for ever
+        QVERIFY2(!early, "half a block was read");
+        QTRY_COMPARE(all["b"].numberVal(), 4.0F);
+    }
+    const QByteArray largest = frame(f32(5) + f32(6) + QByteArray(65503 - 8, 'x'));
+    unit.datagram(largest.left(40000));
+    unit.datagram(largest.mid(40000));
+    QTRY_COMPARE(all["b"].numberVal(), 6.0F);
+}
+
+void TestTelemetry::brokenBlocks_data()
+{
+    QTest::addColumn<QByteArray>("block");
+    QTest::addColumn<bool>("ends"); // the telemetry
+    QTest::newRow("signature of another link") << frame(f32(9) + f32(9), 0x5650) << true;
+    QTest::newRow("one byte") << QByteArray("\x53") << true;
+    QTest::newRow("too short for the second element") << frame(f32(7) + "xyz") << false;
+}
+
+void TestTelemetry::brokenBlocks()
+{
+    QFETCH(QByteArray, block);
+    QFETCH(bool, ends);
+    Elements all;
+    all.add(6, "a");
+    all.add(6, "b");
+    Unit unit;
+    TCPthread link;
+    QVERIFY(unit.open(link, &all.map));
+    QTRY_VERIFY((unit.datagram(frame(f32(1) + f32(2))), all["b"].numberVal() == 2));
+    for (Element* element : qAsConst(all.map))
+        element->setValid(true);
+
+    unit.datagram(block);
+    QTRY_VERIFY(!all["b"].valid());
+    QCOMPARE(all["b"].numberVal(), 2.0F); // the last good value stays
+    QCOMPARE(all["a"].valid(), !ends);
+    // The telemetry that has ended does not miss anything any more; the connection stays.
+    QTest::qWait(ends ? 1300 : 0);
+    QVERIFY(link.connected());
+    unit.datagram(frame(f32(1) + f32(3)));
+    QTest::qWait(50);
+    QCOMPARE(all["b"].numberVal(), ends ? 2.0F : 3.0F);
+}
+
+void TestTelemetry::silenceEndsTheConnection()
+{
+    Elements all;
+    all.add(0, "a");
+    Unit unit;
+    TCPthread link;
+    int ends = 0;
+    connect(&link, &TCPthread::disconnected, this, [&] { ++ends; });
+    QVERIFY(unit.open(link, &all.map));
+    QTRY_VERIFY((unit.datagram(frame(QByteArray("\1\1", 2))), all["a"].valid()));
+    QElapsedTimer time;
+    time.start();
+    QTRY_COMPARE(ends, 1);
+    QVERIFY2(time.elapsed() > 900, "ten empty waits are allowed");
+    QVERIFY(!all["a"].valid() && all["a"].boolVal() && !link.connected());
+}
+
+void TestTelemetry::secondConnect()
+{
+    Elements all;
+    all.add(2, "b");
+    all.add(0, "c");
+    Unit unit;
+    TCPthread link;
+    for (int i = 0; i < 2; ++i) {
+        QVERIFY(unit.open(link, &all.map));
+        QVERIFY(link.disconnect());
+    }
+    QCOMPARE(all["c"].offset(), 9);
+    all.add(0, "a"); // comes before the others
+    QVERIFY(deathOf([&] {
+                link.connect(unit.where.host, unit.where.tcpPort, unit.where.udpPort, &all.map);
+            }).contains("\"(m_offs < 0) || (m_offs == offs)\""));
+}
+
+void TestTelemetry::valuesReadWhileTheyCome()
+{
+    Elements all;
+    all.add(2, "a", 1, 0, 1e6F);
+    Element& e = all["a"];
+    Unit unit;
+    TCPthread link;
+    QVERIFY(unit.open(link, &all.map));
+    QTRY_VERIFY((unit.datagram(frame('\1' + f32(0) + f32(0))), e.valid()));
+
+    // The telemetry writes as fast as it can while a second thread reads, and a third writes texts.
+    std::atomic<bool> stop{false};
+    int told = 0;
+    connect(&e, qOverload<const Element*, float>(&Element::numberValChanged), this,
+            [&](const Element*, float) { ++told; });
+    float last = 0;
+    bool ordered = true;
+    std::thread reader([&] {
+        while (!stop) {
+            const float now = e.numberVal();
+            ordered = ordered && now >= last && e.rawNumberVal() >= now;
+            last = now;
+            ordered = ordered && e.stringVal().size() <= 100;
+        }
+    });
+    std::thread writer([&] {
+        for (int i = 0; !stop; ++i)
+            e.setStringVal(QString(i % 100, 'x'));
+    });
+    for (int i = 1; i <= 3000; ++i) {
+        unit.datagram(frame('\1' + f32(float(i)) + f32(float(i))));
+        if (i % 20 == 0)
+            QTest::qWait(1);
+    }
+    QTRY_VERIFY((unit.datagram(frame('\1' + f32(5000) + f32(5000))), e.numberVal() == 5000));
+    stop = true;
+    reader.join();
+    writer.join();
+    QVERIFY(ordered);
+    QTRY_VERIFY(told > 100);
+}
+
+QTEST_MAIN(TestTelemetry)
+#include "test_telemetry.moc"

@@ -63,13 +63,23 @@ void DumpCreator::run()
     do {
         Record record;
         record.time = static_cast<quint32>(QDateTime::currentMSecsSinceEpoch() - start);
-        for (int i = 0; i < 10; ++i)
-            __atomic_load(m_source + i, record.values + i, __ATOMIC_RELAXED);
+        if (!take(record.values))
+            break;
         stream.writeRawData(reinterpret_cast<const char*>(&record), int(sizeof record));
         file.flush(); // what led to a fall of the console is what the record is for
     } while (pause());
     file.setPermissions(QFileDevice::Permissions(closedPermissions));
     file.close();
+}
+
+bool DumpCreator::take(float* values)
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    if (m_stop)
+        return false;
+    for (int i = 0; i < 10; ++i)
+        __atomic_load(m_source + i, values + i, __ATOMIC_RELAXED);
+    return true;
 }
 
 bool DumpCreator::pause()

@@ -15,8 +15,8 @@ class DumpCreator : public QThread
     Q_OBJECT
 
 public:
-    // `source`: ten floats, read without a lock, each as a whole; they stay until the thread has seen its
-    // stop. Name and rate belong to the recorder's identity and change nothing: it has one file name and
+    // `source`: ten floats, read without a lock, each as a whole, and never again once stopDump() has
+    // returned. Name and rate belong to the recorder's identity and change nothing: it has one file name and
     // one pace.
     DumpCreator(const QString& name, int rate, float* source);
 
@@ -32,7 +32,8 @@ protected:
     void run() override;
 
 private:
-    bool pause(); // false when it was time to stop
+    bool take(float* values); // false when it was time to stop
+    bool pause();             // the same
 
     QString m_dumpPath; // with a final "/"
     float* m_source;

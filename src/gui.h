@@ -93,7 +93,7 @@ public slots:
     void onChangedChannelMode1(uint mode);
     void onChangedChannelMode2(uint mode);
     void onChangedChannelMode3(uint mode);
-    void onChangedStateVirtual(uint value);
+    void onChangedStateVirtual(uint value) { VirtualAxisStateChanged(value); }
     void VirtualAxisStateChanged(uint state); // above 4: lamps stay as they are
 
     // What it tells in words and numbers (gui_messages.cpp). Called for changes only, but for the first
@@ -315,7 +315,6 @@ private:
     uint m_drivePower = 0;
     uint m_lightState = 0;
     uint m_channel1State = 0;
-    uint m_virtualState = 0;
     bool m_drivesOn = false;
     bool m_pultOn = false;
     uint m_pultRegime = 0;

@@ -14,6 +14,9 @@ namespace {
 
 const QString kEla = QStringLiteral("Ela"); // the beam unit reads such a wheel by itself
 const QString kFreeText = QStringLiteral("Отключен");
+const QString kRoom = QStringLiteral("     "); // for the finger, behind the entries of a menu
+const QString kElaEntry = QStringLiteral("ЭЛА") + kRoom;
+const QString kFreeEntry = QStringLiteral("Не использовать") + kRoom;
 
 struct WheelAxis
 {
@@ -58,7 +61,7 @@ class WheelMenu
 public:
     QAction* add(const QString& text, bool chosen)
     {
-        auto* action = new QAction(text + QStringLiteral("     "), &m_owner);
+        auto* action = new QAction(text, &m_owner);
         QFont font;
         font.setBold(true);
         font.setPixelSize(30);
@@ -150,11 +153,11 @@ void Gui::lirMenu(const QString& name, QString* parameter, PoLabel* label, QLabe
     QMap<QAction*, QString> axes;
     for (const WheelAxis& axis : kAxes) {
         const QString key = QLatin1String(axis.name);
-        axes.insert(menu.add(QString::fromUtf8(axis.text), *parameter == key), key);
+        axes.insert(menu.add(QString::fromUtf8(axis.text) + kRoom, *parameter == key), key);
     }
-    QAction* ela = menu.add(QStringLiteral("ЭЛА"), *parameter == kEla);
+    QAction* ela = menu.add(kElaEntry, *parameter == kEla);
     menu.addSeparator();
-    QAction* unused = menu.add(QStringLiteral("Не использовать"), parameter->isEmpty());
+    QAction* unused = menu.add(kFreeEntry, parameter->isEmpty());
     menu.addSeparator();
     QMap<QAction*, int> multipliers;
     if (!parameter->isEmpty() && *parameter != kEla) {
@@ -188,8 +191,8 @@ void Gui::lirMenu(const QString& name, QString* parameter, PoLabel* label, QLabe
 void Gui::lirMenuEla(const QString& name, QString* parameter, PoLabel* label, QLabel* use)
 {
     WheelMenu menu;
-    QAction* ela = menu.add(QStringLiteral("ЭЛА"), *parameter == kEla);
-    QAction* unused = menu.add(QStringLiteral("Не использовать"), *parameter != kEla);
+    QAction* ela = menu.add(kElaEntry, *parameter == kEla);
+    QAction* unused = menu.add(kFreeEntry, *parameter != kEla);
     menu.addSeparator();
     QAction* chosen = menu.exec(label);
     if (chosen == unused)

@@ -160,12 +160,6 @@ void Gui::onChangedChannelMode3(uint mode)
     drawChannelMode(ui->channel3Mode, mode);
 }
 
-void Gui::onChangedStateVirtual(uint value)
-{
-    m_virtualState = value;
-    VirtualAxisStateChanged(value);
-}
-
 void Gui::VirtualAxisStateChanged(uint state)
 {
     static constexpr int kLamps[] = {0, 2, 1, 4, 2}; // gray, yellow, green, red, yellow

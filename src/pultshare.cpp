@@ -15,7 +15,8 @@ constexpr int kSize = 16; // bytes
 PultShare::PultShare()
     : m_shared(new QSharedMemory(QStringLiteral("PULT_SHARE_KEY") + site().shmSuffix))
 {
-    if (!m_shared->attach() && !m_shared->create(kSize)) {
+    // The second attempt to attach is for a panel that made the segment just now.
+    if (!m_shared->attach() && !m_shared->create(kSize) && !m_shared->attach()) {
         qWarning("PultShare: no segment: %s", qPrintable(m_shared->errorString()));
         return;
     }

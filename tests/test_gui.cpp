@@ -96,13 +96,8 @@ private slots:
     void spoiledSettings();
     void noSettingsAtAll();
     void linkLostAndBack();
-    void channelStates_data();
-    void channelStates();
-    void channelModes();
     void programName();
     void lastContourIsNamed();
-    void pressures();
-    void regimes();
     void login();
     void administratorComesUnnamed();
     void exitByButton();
@@ -296,55 +291,6 @@ void TestGui::linkLostAndBack()
     SENT("STOP_PRG");
 }
 
-void TestGui::channelStates_data()
-{
-    QTest::addColumn<uint>("state");
-    QTest::addColumn<QString>("text");
-    QTest::addColumn<QString>("line");
-    const struct
-    {
-        uint state;
-        const char* text;
-        const char* line;
-    } rows[] = {
-        {1, "бездействие", "бездействие"},
-        {3, "выполнение", "выполнение автоматической программы"},
-        {6, "ошибка", "ошибка в канале"},
-        {7, "резервное", ""},
-        {9, "загрузка\nпрограммы", "загрузка программы"},
-        {11, "cancel distance to go\nRunning", ""},
-        {13, "ожидание\nпродолжения", "готовность к продолжению программы"},
-        {0, "неопределено\n(0)", "состояние неопределено - ошибка связи"},
-        {14, "неопределено\n(14)", "состояние неопределено - ошибка связи"},
-        {0xFFFFFFFF, "неопределено\n(4294967295)", "состояние неопределено - ошибка связи"},
-    };
-    for (const auto& row : rows)
-        QTest::addRow("%u", row.state) << row.state << QString::fromUtf8(row.text)
-                                       << (*row.line ? "Канал 2: " + QString::fromUtf8(row.line) : QString());
-}
-
-void TestGui::channelStates()
-{
-    QFETCH(uint, state);
-    QFETCH(QString, line);
-    const int before = list().size();
-    m_gui->onChangedChannelState2(state);
-    QTEST(w<PoLabel>("channel2State")->text(), "text");
-    QCOMPARE(list().mid(before), line.isEmpty() ? QStringList() : QStringList{line});
-    QCOMPARE(colour("channel2State"), state == 3 ? QColor(0, 255, 128) : QColor(189, 255, 180));
-}
-
-void TestGui::channelModes()
-{
-    const std::pair<uint, QString> modes[] = {{1, QStringLiteral("ручной")},  {4, QStringLiteral("MDI")},
-                                              {5, QStringLiteral("автомат")}, {14, QStringLiteral("WCS")},
-                                              {0, QStringLiteral("0")},       {15, QStringLiteral("15")}};
-    for (const auto& mode : modes) {
-        tell({{"ChannelMode3", mode.first}});
-        QCOMPARE(w<PoLabel>("channel3Mode")->text(), mode.second);
-    }
-}
-
 void TestGui::programName()
 {
     m_gui->setProgramName(QStringLiteral("/home//oper/шов 3.save/"), false);
@@ -368,44 +314,6 @@ void TestGui::lastContourIsNamed()
     start();
     QCOMPARE(m_gui->programName(), QStringLiteral("contour"));
     QCOMPARE(w<QLabel>(QStringLiteral("lblContour"))->text(), QStringLiteral("contour"));
-}
-
-void TestGui::pressures()
-{
-    for (const char* name : {"VacuumChamber", "VacuumGun"})
-        QCOMPARE(colour(name), QColor(255, 192, 192)); // nothing measured yet
-    m_gui->onChangedChamberValid(true);
-    QCOMPARE(colour("VacuumChamber"), QColor(189, 255, 180));
-    m_gui->onChangedChamberPressure(133.322);
-    QCOMPARE(m_gui->pressure(), 133.322F);
-    QCOMPARE(w<PoLabel>("VacuumChamber")->text(), QStringLiteral("1.3E+02"));
-    m_gui->onChangedPressUnit(true);
-    QCOMPARE(w<PoLabel>("VacuumChamber")->text(), QStringLiteral("1.0E+00"));
-    QCOMPARE(w<QLabel>("lblVacuumGun")->text(), QStringLiteral("Пушка, мм.рт.ст."));
-    QCOMPARE(m_gui->pressure(), 133.322F);
-    m_gui->onChangedChamberValid(false);
-    QCOMPARE(colour("VacuumChamber"), QColor(255, 192, 192));
-    m_gui->onChangedPressUnit(false);
-    QCOMPARE(w<PoLabel>("VacuumChamber")->text(), QStringLiteral("1.3E+02"));
-}
-
-void TestGui::regimes()
-{
-    m_gui->changedModeTime(3661);
-    QCOMPARE(w<QLabel>("lblVacuumTime")->text(), QStringLiteral("01:01:01"));
-    m_gui->changedModeState(2);
-    QCOMPARE(list().last(),
-             QStringLiteral("Автоматический алгоритм выполнен, время выполнения - 61 минут 1 секунд"));
-    const int before = list().size();
-    m_gui->changedMode(0xFFFFFFFF);
-    QCOMPARE(w<QLabel>("lblVacuumState")->text(), QStringLiteral("Аварийное завершение"));
-    m_gui->changedMode(7);
-    QCOMPARE(w<QLabel>("lblVacuumState")->text(), QStringLiteral("Wrong mode"));
-    QCOMPARE(list().size(), before);
-    m_gui->changedMode(0);
-    QCOMPARE(colour("lblVacuumState"), QColor(255, 128, 128));
-    QCOMPARE(list().last(),
-             QStringLiteral("Выполнено переключение в Наладочный режим работы вакуумной системы"));
 }
 
 void TestGui::login()

@@ -27,6 +27,7 @@ private slots:
     void lights();
     void virtualLamps();
     void regimes();
+    void pressures();
     void theStackStandsInTheHead();
 
     void told_data();
@@ -81,13 +82,15 @@ void TestGuiMessages::channelStates()
                   {"готовность", "готовность к старту программы"},
                   {"ожидание\nпродолжения", "готовность к продолжению программы"},
                   {"неопределено\n(14)", "состояние неопределено - ошибка связи"}};
-    void (Gui::*slots_[])(uint) = {&Gui::onChangedChannelState1, &Gui::onChangedChannelState2,
-                                   &Gui::onChangedChannelState3};
+    const std::pair<uint, const char*> modes[] = {
+        {1, "ручной"}, {4, "MDI"}, {5, "автомат"}, {14, "WCS"}, {0xFFFFFFFF, "4294967295"}, {0, "0"}};
     for (int channel = 1; channel <= 3; ++channel) {
-        for (uint state = 0; state < std::size(states); ++state) {
+        const QByteArray word = "ChannelState" + QByteArray::number(channel);
+        const QString label = QStringLiteral("channel%1State").arg(channel);
+        for (uint i = 1; i <= std::size(states); ++i) {
+            const uint state = i % std::size(states); // 0 last: it stands in the first datagram
             since();
-            (m_gui.get()->*slots_[channel - 1])(state);
-            const QString label = QStringLiteral("channel%1State").arg(channel);
+            tell({{word.constData(), state}});
             QCOMPARE(w<QLabel>(label)->text(), QString::fromUtf8(states[state].text));
             QCOMPARE(colour(label), state == 3 ? QColor(0, 255, 128) : QColor(189, 255, 180));
             QStringList expected;
@@ -95,6 +98,12 @@ void TestGuiMessages::channelStates()
                 expected << QStringLiteral("Канал %1: ").arg(channel) + states[state].line;
             QCOMPARE(since(), expected);
         }
+        for (const auto& [mode, text] : modes) {
+            tell({{("ChannelMode" + QByteArray::number(channel)).constData(), mode}});
+            QCOMPARE(w<QLabel>(QStringLiteral("channel%1Mode").arg(channel))->text(),
+                     QString::fromUtf8(text));
+        }
+        QCOMPARE(since(), QStringList());
     }
 }
 
@@ -319,7 +328,7 @@ void TestGuiMessages::virtualLamps()
     };
     const QString files[] = {"gray", "yellow", "green", "red", "yellow"};
     for (uint state : {3U, 2U, 1U, 0U, 4U, 5U, 0xFFFFFFFFU}) {
-        m_gui->onChangedStateVirtual(state);
+        tell({{"VirtualState", state}});
         const QImage lamp(":/images/indicator_" + files[qMin(state, 4U)] + ".png");
         for (const char* name : {"indX", "indZ", "indPHI"})
             QCOMPARE(picture(name), lamp.convertToFormat(picture(name).format()));
@@ -346,6 +355,17 @@ void TestGuiMessages::regimes()
         QCOMPARE(w("lblVacuumState")->palette().color(QPalette::WindowText),
                  QColor(regime ? Qt::black : Qt::white));
     }
+    const std::pair<uint, const char*> others[] = {{0xFFFFFFFF, "Аварийное завершение"}, {7, "Wrong mode"}};
+    for (const auto& [regime, text] : others) {
+        m_gui->changedMode(0);
+        since();
+        m_gui->changedMode(regime);
+        QCOMPARE(w<QLabel>("lblVacuumState")->text(), QString::fromUtf8(text));
+        QCOMPARE(colour("lblVacuumState"), QColor(189, 255, 180));
+        QCOMPARE(since(), QStringList());
+    }
+    m_gui->changedModeTime(3661);
+    QCOMPARE(w<QLabel>("lblVacuumTime")->text(), QStringLiteral("01:01:01"));
     const std::pair<const char*, QColor> states[] = {{"Не запущен", QColor(189, 255, 180)},
                                                      {"Выполняется", QColor(0, 255, 128)},
                                                      {"Выполнен", QColor(0, 255, 128)},
@@ -355,12 +375,38 @@ void TestGuiMessages::regimes()
         QCOMPARE(w<QLabel>("lblVacuumActive")->text(), QString::fromUtf8(states[state].first));
         QCOMPARE(colour("lblVacuumActive"), states[state].second);
     }
+    QCOMPARE(since(), QStringList{"Автоматический алгоритм выполнен, время выполнения - 61 минут 1 секунд"});
     m_gui->changedModeTime(360'000);
     QCOMPARE(w<QLabel>("lblVacuumTime")->text(), QStringLiteral("100:00:00"));
     QCOMPARE(colour("lblVacuumTime"), QColor(0, 255, 128));
     m_gui->changedModeTime(0);
     QCOMPARE(w<QLabel>("lblVacuumTime")->text(), QStringLiteral("00:00:00"));
     QCOMPARE(colour("lblVacuumTime"), QColor(189, 255, 180));
+}
+
+void TestGuiMessages::pressures()
+{
+    for (const char* name : {"VacuumChamber", "VacuumGun"})
+        QCOMPARE(colour(name), QColor(255, 192, 192)); // nothing measured yet
+    m_gui->onChangedChamberPressure(133.322);
+    m_gui->onChangedGunPressure(0.25F);
+    m_gui->onChangedChamberValid(true);
+    m_gui->onChangedGunValid(1);
+    const char* texts[][4] = {{"1.0E+00", "1.9E-03", "Камера, мм.рт.ст.", "Пушка, мм.рт.ст."},
+                              {"1.3E+02", "2.5E-01", "Камера, Па", "Пушка, Па"}};
+    for (const bool pascal : {false, true}) {
+        m_gui->onChangedPressUnit(!pascal);
+        const char* names[] = {"VacuumChamber", "VacuumGun", "lblVacuumChamber", "lblVacuumGun"};
+        for (int i = 0; i < 4; ++i)
+            QCOMPARE(w<QLabel>(names[i])->text(), QString::fromUtf8(texts[pascal][i]));
+        QCOMPARE(m_gui->pressure(), 133.322F); // Pa, whatever is shown
+    }
+    QCOMPARE(colour("VacuumChamber"), QColor(189, 255, 180));
+    m_gui->onChangedChamberValid(false);
+    QCOMPARE(colour("VacuumChamber"), QColor(255, 192, 192));
+    QCOMPARE(colour("VacuumGun"), QColor(189, 255, 180));
+    m_gui->onChangedGunValid(0);
+    QCOMPARE(colour("VacuumGun"), QColor(255, 192, 192));
 }
 
 void TestGuiMessages::theStackStandsInTheHead()

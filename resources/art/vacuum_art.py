@@ -78,28 +78,31 @@ def diffusion(state, fill, mark, rim):
     body = "M6 2 H94 V12 H84 V70 L78 108 H22 L16 70 V12 H6 Z"
     jets = "".join(line(f"M{50 - w} {y + w * 0.55} L50 {y} L{50 + w} {y + w * 0.55}", mark, 4)
                    for y, w in ((22, 14), (40, 18), (58, 22)))
-    return (f'<rect x="0" y="74" width="22" height="16" fill="{fill}" stroke="{rim}" stroke-width="3"/>'
+    return (f'<rect x="-4" y="74" width="24" height="16" fill="{fill}" stroke="{rim}" stroke-width="3"/>'
             + solid(body, fill, rim, 3) + line("M50 22 V90", mark, 4) + jets
-            + line("M30 98 L36 90 L42 98 L48 90 L54 98 L60 90 L66 98", mark, 3) + badge(state, 84, 96))
+            + line("M30 98 L36 90 L42 98 L48 90 L54 98 L60 90 L66 98", mark, 3) 
+            + f'<g transform="translate(81 91) scale(1.6)">{badge(state, 0, 0)}</g>')
 
 
 # --- valves ---------------------------------------------------------------------------------------------
 
-def passage(state, angle, way):
-    """The bar in the valve's middle, turned against the flow; `way` is the free passage."""
+def passage(state, angle, way, lit):
+    """The bar in the valve's middle, turned against the flow; `way` is the free passage, lit as its pipes."""
     if state == OFF:
         return turned(angle, 30, 30, line("M9 30 H51", PAPER, 9) + line("M9 30 H51", INK, 6))
     if state == ON:
-        return f'<path d="{way}" fill="none" stroke="{PAPER}" stroke-width="6"/>'
+        return "".join(f'<path d="{way}" fill="none" stroke="{colour}" stroke-width="{width}"/>'
+                       for colour, width in (((INK, 11), (VACUUM, 8), (VACUUM_CORE, 4)) if lit
+                                             else ((PAPER, 6),)))
     if state == MOVING:
         return turned(angle + 45, 30, 30, line("M9 30 H51", PAPER, 9) + line("M9 30 H51", INK, 6))
     return solid(plate(30, 30, 13, 3), RED, PAPER, 3) + line(cross(30, 30, 6), PAPER, 4.6)
 
 
-def valve(stem, angle, base, way, actuator=""):
+def valve(stem, angle, base, way, actuator="", lit=True):
     def drawing(state, fill, _, rim):
         return ((line(actuator, rim, 4) if actuator else "") + solid(base, fill, rim, 3)
-                + passage(state, angle, way))
+                + passage(state, angle, way, lit))
     states(stem, drawing)
 
 
@@ -140,9 +143,8 @@ def pipes():
 DROP = "M14 5 C17 10 20 13 20 17 A6 6 0 0 1 8 17 C8 13 11 10 14 5 Z"
 
 
-def thermometer(colour, level):
-    return (line("M14 7 V15", colour, 5) + disc(14, 19, 4.4, colour)
-            + line(f"M18.5 8 H21 M18.5 12 H21", colour, 2) + level)
+def thermometer(colour):
+    return line("M14 7 V15", colour, 5) + disc(14, 19, 4.4, colour) + line("M18.5 8 H21 M18.5 12 H21", colour, 2)
 
 
 def water_lamps():
@@ -150,10 +152,13 @@ def water_lamps():
     bad = solid(plate(14, 14, 12.5, 3), RED, RED_RIM, 2)
     warning = solid("M14 3 L26 25 H2 Z", YELLOW, YELLOW_RIM, 2.5)
     size = layout.STEMS["w"]
+    unknown = disc(14, 14, 12, PAPER, GRAY_RIM, 2)
+    image("vacuum/w_none", size, unknown + solid(DROP, GRAY_RIM, GRAY_RIM, 1))
+    image("vacuum/t_none", size, unknown + thermometer(GRAY_RIM))
     image("vacuum/w_1", size, good + solid(DROP, PAPER, PAPER, 1))
     image("vacuum/w_0", size, bad + solid(DROP, PAPER, PAPER, 1) + line("M5 23 L23 5", RED_RIM, 3))
-    image("vacuum/t_1", size, good + thermometer(PAPER, ""))
-    image("vacuum/t_0", size, bad + thermometer(PAPER, line("M6 6 V16 M3.5 9 L6 6 L8.5 9", PAPER, 2)))
+    image("vacuum/t_1", size, good + thermometer(PAPER))
+    image("vacuum/t_0", size, bad + thermometer(PAPER) + line("M6.5 6 V16 M4 9 L6.5 6 L9 9", PAPER, 2))
     image("vacuum/t_2", size, warning + line("M14 11 V17", INK, 3.4) + disc(14, 21.6, 1.9, INK))
 
 
@@ -166,22 +171,71 @@ def door():
             + "".join(disc(15, y, 5, GRAY, INK, 2) for y in (22, height - 22)))
 
 
-def plant(strips):
-    return "".join(f'<rect x="{x}" y="{y}" width="{w}" height="{h}" fill="{HOLLOW}" stroke="{HOLLOW_RIM}"/>'
-                   for x, y, w, h in strips)
+def gun():
+    """The gun on the chamber's roof, its beam, and the table with the work; (0, 0) is the picture's corner."""
+    left, top, width, height = layout.GUN_PICTURE
+    roof = layout.CHAMBER[1] - top
+    x = layout.GUN[0] - left
+    middle = x + 30
+    table = height - 12
+    return (
+        # cable, body, neck and the flange on the roof
+        line(f"M{middle - 12} 2 V12 M{middle} 0 V12 M{middle + 12} 2 V12", INK, 4)
+        + f'<rect x="{x}" y="12" width="60" height="{roof - 30}" rx="6" fill="{GRAY}" stroke="{INK}" stroke-width="3"/>'
+        + f'<path d="M{x + 12} {roof - 18} L{x + 18} {roof + 16} H{x + 42} L{x + 48} {roof - 18} Z" fill="{GRAY}" '
+          f'stroke="{INK}" stroke-width="3"/>'
+        + f'<rect x="{x - 6}" y="{roof - 9}" width="72" height="9" fill="{GRAY}" stroke="{INK}" stroke-width="3"/>'
+        # the beam on the work
+        + f'<path d="M{middle} {roof + 22} V{table - 34}" stroke="{INK}" stroke-width="3" stroke-dasharray="9 7"/>'
+        + f'<rect x="{middle - 34}" y="{table - 32}" width="34" height="20" fill="{GRAY}" stroke="{INK}" stroke-width="2.5"/>'
+        + f'<rect x="{middle}" y="{table - 32}" width="34" height="20" fill="{GRAY}" stroke="{INK}" stroke-width="2.5"/>'
+        + line(f"M{middle - 90} {table - 10} H{middle + 90}", INK, 4)
+        + line(f"M{middle - 74} {table - 8} V{table + 6} M{middle + 74} {table - 8} V{table + 6}", INK, 4))
+
+
+def way(points):
+    return "M" + " L".join(f"{x} {y}" for x, y in points)
+
+
+def ground(kind, value):
+    if kind == "jacket":
+        x, y, width, height = value
+        return (f'<rect x="{x + 0.5}" y="{y + 0.5}" width="{width - 1}" height="{height - 1}" fill="{HOLLOW}" '
+                f'stroke="{HOLLOW_RIM}"/>')
+    if kind == "consumer":
+        x, y, width, height = value
+        return (f'<rect x="{x}" y="{y}" width="{width}" height="{height}" rx="4" fill="{PAPER}" stroke="{WATER}" '
+                'stroke-width="2"/>')
+    if kind == "tap":
+        x, y = value[0]
+        return line(way(value), INK, 3) + disc(x, y, 5, INK)
+    if kind == "exhaust":
+        x, y = value[0]
+        return line(f"M{x - 14} {y} H{x + 14}", INK, 4) + line(f"M{x - 9} {y + 9} L{x} {y + 18} L{x + 9} {y + 9}", INK, 4)
+    x, y = value[-1]
+    if kind == "inlet":
+        return line(f"M{x - 8} {y - 8} L{x} {y} L{x - 8} {y + 8} M{x} {y} H{x + 20}", WATER, 5)
+    if kind == "outlet":
+        return line(f"M{x - 7} {y - 8} L{x} {y} L{x + 7} {y - 8}", WATER, 3.4)
+    return line(way(value), WATER, 5 if kind == "water" else 3.4)
+
+
+def plant():
+    return "".join(ground(kind, value) for kind, value in layout.LINES)
 
 
 def draw():
-    strips = layout.build()
+    layout.build()
     for stem, marks in (("NL", rotary), ("NZ", roots), ("TMN", turbine), ("NW", impeller), ("NW2", booster),
                         ("NP", compressor)):
         pump(stem, marks)
     states("ND", diffusion)
-    valve("vv", 0, "M9 2 H51 L9 58 H51 Z", "M30 1 V59")
-    valve("vh", 90, "M2 9 V51 L58 9 V51 Z", "M1 30 H59")
-    valve("VE", 90, "M2 14 V46 L58 14 V46 Z", "M1 30 H59", "M30 30 V4 M20 4 H40")
-    valve("VT", 135, "M2 12 L30 30 L48 58 H12 L30 30 L2 48 Z", "M1 30 H30 V59", "M30 30 L50 10 M43 3 L57 17")
+    valve("vv", 0, "M9 2 H51 L9 58 H51 Z", "M30 0 V60")
+    valve("vh", 90, "M2 9 V51 L58 9 V51 Z", "M0 30 H60")
+    valve("VE", 90, "M2 14 V46 L58 14 V46 Z", "M0 30 H60", "M30 30 V4 M20 4 H40", lit=False)
+    valve("VT", 135, "M2 12 L30 30 L48 58 H12 L30 30 L2 48 Z", "M0 30 H18 Q30 30 30 42 V60", "M30 30 L50 10 M43 3 L57 17")
     pipes()
     water_lamps()
     image("vacuum/door", layout.DOOR[2:], door())
-    image("vacuum/plant", (layout.SIZE, 830), plant(strips))
+    image("vacuum/plant", (layout.SIZE, layout.GROUND), plant())
+    image("vacuum/gun", layout.GUN_PICTURE[2:], gun())

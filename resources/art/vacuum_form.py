@@ -31,7 +31,7 @@ def rect(part):
 
 
 def picture(part):
-    file = part.stem if part.stem in ("plant", "door") else part.stem + "_0"
+    file = part.stem if part.stem in layout.STILL else layout.FIRST.get(part.stem, part.stem + "_0")
     stretched = prop("scaledContents", "<bool>true</bool>") if part.stem in ("vpipe", "hpipe") else ""
     return prop("pixmap", f"<pixmap>:/images/{file}.png</pixmap>") + stretched
 
@@ -52,6 +52,7 @@ def widget(part):
     if part.kind == "QFrame":
         shape = "Box" if props.get("line") else "NoFrame"
         out += prop("frameShape", f"<enum>QFrame::{shape}</enum>")
+        out += prop("lineWidth", "<number>2</number>") if props.get("line") else ""
     if part.stem:
         out += picture(part)
     if part.text:

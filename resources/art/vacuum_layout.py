@@ -22,6 +22,8 @@ STEMS = {
     "hlt": (36, BEND), "vbt": (BEND, 36),
     "w": (28, 28), "t": (28, 28),
 }
+STILL = ("plant", "gun", "door")          # pictures of one state
+FIRST = {"w": "w_none", "t": "t_none"}    # shown until the first reading; all others begin with _0
 # Which sides of a bend are open. A bend is named by the corner in which it lies, a branch by the side that
 # stays closed, an open end by the side on which the air comes in.
 OPEN_SIDES = {
@@ -47,6 +49,7 @@ class Part:
 PARTS = []
 ENDS = []    # (pipe, point): open ends of pipes
 PORTS = []   # points at which a pipe may end: sides of devices and the chamber's wall
+LINES = []   # (kind, points): what is drawn on the ground and never changes: "tap", "water", "exhaust"
 
 
 def put(kind, name, x, y, width, height, **more):
@@ -79,13 +82,13 @@ def horizontal(name, left, right, y):
     ENDS.extend([(name, (left, y)), (name, (right, y))])
 
 
-def text(name, words, x, y, width, height, points=12, align="Left", bold=True, kind="QLabel"):
+def text(name, words, x, y, width, height=24, points=13, align="Left", bold=True, kind="QLabel"):
     put(kind, name, x, y, width, height, text=words, props={"points": points, "align": align, "bold": bold})
 
 
-# --- the chamber --------------------------------------------------------------------------------------
+# --- the plant ------------------------------------------------------------------------------------------
 
-CHAMBER = (72, 104, 608, 226)           # x, y, width, height of its walls
+CHAMBER = (72, 104, 588, 226)           # x, y, width, height of its walls
 WALL = 14
 RIGHT = CHAMBER[0] + CHAMBER[2]
 FLOOR = CHAMBER[1] + CHAMBER[3]
@@ -93,10 +96,13 @@ JACKET = 10                             # the double wall around the chamber
 DOOR = (42, 90, 30, 250)                # closed and pressed; open it stands at y 340, released at x 30
 GUN_LINE = 56                           # height of the line from the gun to the turbopump
 GUN = (400, 460)                        # its left and right side
+GROUND = 830                            # below it stand the buttons
 
-COLUMN_B, COLUMN_E, COLUMN_F, COLUMN_J, COLUMN_H = 150, 540, 650, 745, 852
-ROW_VP1, ROW_GATE, ROW_BLEED = 388, 430, 260
-ROW_ROOTS, ROW_BRANCH, ROW_ROTARY, EXHAUST = 634, 690, 746, 806
+COLUMN_B, COLUMN_ND, COLUMN_E, COLUMN_F, COLUMN_J, COLUMN_H = 140, 232, 520, 630, 740, 846
+ROW_VP1, ROW_ND_OUT, ROW_VP2, ROW_GATE, ROW_JOIN = 388, 500, 562, 430, 540
+ROW_ROOTS, ROW_BRANCH, ROW_ROTARY, EXHAUST = 634, 690, 746, 804
+ROW_FAST, ROW_SLOW, ROW_BLEED = 140, 190, 266    # outlets of the two bleed lines, and their valves
+HALF, JOINT = FACE // 2, BEND // 2
 
 
 def chamber():
@@ -105,19 +111,17 @@ def chamber():
     put("QFrame", "frmChamber", x + 6, y + WALL, width - 6 - WALL, height - 2 * WALL,
         props={"fill": (214, 210, 208), "line": True})
     top, bottom, right = y - JACKET - 2, FLOOR + 2, RIGHT + 2
-    gun_left, gun_right = GUN
-    strips = [
-        (x, top, gun_left - 4 - x, JACKET), (gun_right + 4, top, right + JACKET - gun_right - 4, JACKET),
-        (right, y - 2, JACKET, 140 - 12 - y + 2), (right, 152, JACKET, 190 - 12 - 152),
-        (right, 202, JACKET, bottom - 202),
-        (x, bottom, COLUMN_B - 12 - x, JACKET),
-        (COLUMN_B + 12, bottom, COLUMN_E - 24 - COLUMN_B, JACKET),
-        (COLUMN_E + 12, bottom, COLUMN_F - 8 - COLUMN_E - 12, JACKET),
-        (COLUMN_F - 8, bottom, right + JACKET - COLUMN_F + 8, JACKET),
-    ]
+    gap = 12
+    across = [(x, GUN[0] - 4), (GUN[1] + 4, right + JACKET)]
+    down = [(top + JACKET, ROW_FAST - gap), (ROW_FAST + gap, ROW_SLOW - gap), (ROW_SLOW + gap, bottom)]
+    foot = [(x, COLUMN_B - gap), (COLUMN_B + gap, COLUMN_E - gap), (COLUMN_E + gap, COLUMN_F - JOINT),
+            (COLUMN_F - JOINT, right + JACKET)]
+    strips = [(left, top, end - left, JACKET) for left, end in across]
+    strips += [(right, start, JACKET, end - start) for start, end in down]
+    strips += [(left, bottom, end - left, JACKET) for left, end in foot]
     for number, strip in enumerate(strips):
-        put("QFrame", f"pipeI{number}", *strip, props={"fill": (0, 200, 232), "hidden": True})
-    return strips
+        put("QFrame", f"pipeI{number}", *strip, props={"fill": (0, 174, 224), "hidden": True})
+        LINES.append(("jacket", strip))
 
 
 def gun_line():
@@ -132,136 +136,168 @@ def gun_line():
 
 def diffusion_line():
     x = COLUMN_B
-    vertical("pipeA0", x, FLOOR, ROW_VP1 - BEND // 2)
+    vertical("pipeA0", x, FLOOR, ROW_VP1 - JOINT)
     PORTS.append((x, FLOOR))
     bend("pipeA1", "lbpipe", x, ROW_VP1)
-    horizontal("pipeA2", x + BEND // 2, 212, ROW_VP1)
-    device("VP1", "VT", 242, ROW_VP1)
-    device("ND1", "ND", 242, ROW_VP1 + 30 + 55)
-    outlet = 500
-    PORTS.append((192, outlet))
-    horizontal("pipeB0", x + BEND // 2, 192, outlet)
-    bend("pipeB1", "ltpipe", x, outlet)
-    vertical("pipeB2", x, outlet + BEND // 2, 532)
-    device("VP2", "vv", x, 562)
-    vertical("pipeB3", x, 592, ROW_ROOTS - 30)
+    horizontal("pipeA2", x + JOINT, COLUMN_ND - HALF, ROW_VP1)
+    device("VP1", "VT", COLUMN_ND, ROW_VP1)
+    device("ND1", "ND", COLUMN_ND, ROW_VP1 + HALF + 55)
+    PORTS.append((COLUMN_ND - 50, ROW_ND_OUT))
+    horizontal("pipeB0", x + JOINT, COLUMN_ND - 50, ROW_ND_OUT)
+    bend("pipeB1", "ltpipe", x, ROW_ND_OUT)
+    vertical("pipeB2", x, ROW_ND_OUT + JOINT, ROW_VP2 - HALF)
+    device("VP2", "vv", x, ROW_VP2)
+    vertical("pipeB3", x, ROW_VP2 + HALF, ROW_ROOTS - HALF)
     device("NZ1", "NZ", x, ROW_ROOTS)
-    vertical("pipeB4", x, ROW_ROOTS + 30, ROW_BRANCH - BEND // 2)
+    vertical("pipeB4", x, ROW_ROOTS + HALF, ROW_BRANCH - JOINT)
     bend("pipeBC", "rpipe", x, ROW_BRANCH)
-    horizontal("pipeC1", x - 26, x - BEND // 2, ROW_BRANCH)
-    device("VP7", "vh", x - 56, ROW_BRANCH)
-    bend("pipeC0", "hlt", x - 104, ROW_BRANCH)
-    vertical("pipeB5", x, ROW_BRANCH + BEND // 2, ROW_ROTARY - 30)
+    bleed_branch("C", "VP7", x)
+    vertical("pipeB5", x, ROW_BRANCH + JOINT, ROW_ROTARY - HALF)
     device("NL1", "NL", x, ROW_ROTARY)
-    vertical("pipeB6", x, ROW_ROTARY + 30, EXHAUST)
+    vertical("pipeB6", x, ROW_ROTARY + HALF, EXHAUST)
+    exhaust(x)
+
+
+def bleed_branch(letter, valve, x):
+    horizontal(f"pipe{letter}1", x - 26, x - JOINT, ROW_BRANCH)
+    device(valve, "vh", x - 26 - HALF, ROW_BRANCH)
+    bend(f"pipe{letter}0", "hlt", x - 26 - FACE - 18, ROW_BRANCH)
+
+
+def exhaust(x):
     PORTS.append((x, EXHAUST))
+    LINES.append(("exhaust", [(x, EXHAUST)]))
 
 
 def roughing_line():
     x = COLUMN_E
-    vertical("pipeE0", x, FLOOR, ROW_GATE - 30)
+    vertical("pipeE0", x, FLOOR, ROW_GATE - HALF)
     PORTS.append((x, FLOOR))
     device("VP3", "vv", x, ROW_GATE)
-    vertical("pipeE1", x, ROW_GATE + 30, 540 - BEND // 2)
-    bend("pipeEF", "lpipe", x, 540)
-    vertical("pipeE2", x, 540 + BEND // 2, ROW_ROOTS - 30)
+    vertical("pipeE1", x, ROW_GATE + HALF, ROW_JOIN - JOINT)
+    bend("pipeEF", "lpipe", x, ROW_JOIN)
+    vertical("pipeE2", x, ROW_JOIN + JOINT, ROW_ROOTS - HALF)
     device("NZ2", "NZ", x, ROW_ROOTS)
-    vertical("pipeE3", x, ROW_ROOTS + 30, ROW_BRANCH - BEND // 2)
+    vertical("pipeE3", x, ROW_ROOTS + HALF, ROW_BRANCH - JOINT)
     bend("pipeEG", "rpipe", x, ROW_BRANCH)
-    horizontal("pipeG1", x - 26, x - BEND // 2, ROW_BRANCH)
-    device("VP6", "vh", x - 56, ROW_BRANCH)
-    bend("pipeG0", "hlt", x - 104, ROW_BRANCH)
-    vertical("pipeE4", x, ROW_BRANCH + BEND // 2, ROW_ROTARY - 30)
+    bleed_branch("G", "VP6", x)
+    vertical("pipeE4", x, ROW_BRANCH + JOINT, ROW_ROTARY - HALF)
     device("NL2", "NL", x, ROW_ROTARY)
-    vertical("pipeE5", x, ROW_ROTARY + 30, 790)
-    vertical("pipeE6", x, 790, EXHAUST)
-    PORTS.append((x, EXHAUST))
-    x = COLUMN_F
-    jacket = FLOOR + 2 + JACKET
-    vertical("pipeF0", x, jacket, ROW_GATE - 30)
-    PORTS.append((x, jacket))
+    vertical("pipeE5", x, ROW_ROTARY + HALF, EXHAUST - JOINT)
+    vertical("pipeE6", x, EXHAUST - JOINT, EXHAUST)
+    exhaust(x)
+
+
+def jacket_line():
+    x, top = COLUMN_F, FLOOR + 2 + JACKET
+    vertical("pipeF0", x, top, ROW_GATE - HALF)
+    PORTS.append((x, top))
     device("VP5", "vv", x, ROW_GATE)
-    vertical("pipeF1", x, ROW_GATE + 30, 540 - BEND // 2)
-    bend("pipeF2", "rbpipe", x, 540)
-    horizontal("pipeF3", COLUMN_E + BEND // 2, x - BEND // 2, 540)
+    vertical("pipeF1", x, ROW_GATE + HALF, ROW_JOIN - JOINT)
+    bend("pipeF2", "rbpipe", x, ROW_JOIN)
+    horizontal("pipeF3", COLUMN_E + JOINT, x - JOINT, ROW_JOIN)
 
 
 def bleed_lines():
-    y = 140
-    PORTS.extend([(RIGHT, 140), (RIGHT, 190)])
-    horizontal("pipeH0", RIGHT, 766, y)
-    horizontal("pipeH1", 766, COLUMN_H - BEND // 2, y)
-    bend("pipeH2", "rtpipe", COLUMN_H, y)
-    vertical("pipeH3", COLUMN_H, y + BEND // 2, ROW_BLEED - 30)
+    PORTS.extend([(RIGHT, ROW_FAST), (RIGHT, ROW_SLOW)])
+    middle = (RIGHT + COLUMN_H) // 2
+    horizontal("pipeH0", RIGHT, middle, ROW_FAST)
+    horizontal("pipeH1", middle, COLUMN_H - JOINT, ROW_FAST)
+    bend("pipeH2", "rtpipe", COLUMN_H, ROW_FAST)
+    vertical("pipeH3", COLUMN_H, ROW_FAST + JOINT, ROW_BLEED - HALF)
     device("VP4", "vv", COLUMN_H, ROW_BLEED)
-    vertical("pipeH4", COLUMN_H, ROW_BLEED + 30, 310)
-    bend("pipeH5", "vbt", COLUMN_H, 328)
-    y = 190
-    horizontal("pipeJ0", RIGHT, COLUMN_J - BEND // 2, y)
-    bend("pipeJ1", "rtpipe", COLUMN_J, y)
-    vertical("pipeJ2", COLUMN_J, y + BEND // 2, ROW_BLEED - 30)
+    vertical("pipeH4", COLUMN_H, ROW_BLEED + HALF, ROW_BLEED + HALF + 12)
+    bend("pipeH5", "vbt", COLUMN_H, ROW_BLEED + HALF + 12 + 18)
+    horizontal("pipeJ0", RIGHT, COLUMN_J - JOINT, ROW_SLOW)
+    bend("pipeJ1", "rtpipe", COLUMN_J, ROW_SLOW)
+    vertical("pipeJ2", COLUMN_J, ROW_SLOW + JOINT, ROW_BLEED - HALF)
     device("VP8", "vv", COLUMN_J, ROW_BLEED)
-    bend("pipeJ3", "vbt", COLUMN_J, ROW_BLEED + 30 + 18)
+    bend("pipeJ3", "vbt", COLUMN_J, ROW_BLEED + HALF + 18)
 
 
 # --- names, numbers, buttons ----------------------------------------------------------------------------
 
-def gauge(number, x, y, value=104, unit=80, height=40, points=17):
-    """A pressure with its unit; its name stands above. (x, y): upper left corner of the number."""
+def gauge(number, x, y, name_at, tap=(), value=118, unit=90, height=40, points=17, unit_points=11):
+    """A pressure with its unit. (x, y): upper left corner of the number; `tap`: where it measures."""
     name = f"PT{number}"
-    text(f"lbl{name}", name, x, y - 22, 46, 22)
+    text(f"lbl{name}", name, *name_at, 44, points=14)
     put("PoLabel", name, x, y, value, height, text="1.0E+05",
         props={"points": points, "align": "Center", "bold": True, "reading": True})
     put("PoLabel", f"lbl{name}u", x + value, y, unit, height, text="Па",
-        props={"points": 12, "align": "Center", "bold": True, "reading": True})
+        props={"points": unit_points, "align": "Center", "bold": True, "reading": True})
+    if tap:
+        LINES.append(("tap", tap))
 
 
 def gauges():
-    gauge(1, 190, 578)
-    gauge(2, 580, 578 - 14)
-    gauge(3, 312, 424)
-    gauge(4, 690, 376)
-    gauge(5, 330, 190, 180, 110, 60, 26)
-    text("lblPT5n", "(Камера)", 380, 168, 110, 22)
-    gauge(6, 492, 30)
-    text("lblPT6n", "(ЭЛП)", 538, 8, 80, 22)
+    foreline, roughing = (ROW_VP2 + ROW_ROOTS) // 2, 580
+    gauge(1, 222, foreline - 20, (176, foreline - 12), [(COLUMN_B, foreline), (172, foreline)])
+    gauge(3, 606, roughing - 20, (560, roughing - 12), [(COLUMN_E, roughing), (556, roughing)])
+    gauge(2, 294, 480, (294, 456), [(COLUMN_ND, 490), (294, 490)])
+    gauge(4, 680, 378, (680, 354), [(COLUMN_F, 386), (680, 386)])
+    gauge(5, 104, 172, (104, 144), value=176, unit=112, height=72, points=26, unit_points=14)
+    text("lblPT5n", "(Камера)", 152, 144, 120, points=14, bold=False)
+    gauge(6, 500, 36, (500, 10), [(GUN[1], 56), (500, 56)])
+    text("lblPT6n", "(ЭЛП)", 548, 10, 90, points=14, bold=False)
 
 
 def names():
-    for name, x, y in [("VPT", 106, 4), ("TMN", 194, 4), ("VE1", 350, 4),
-                       ("VP1", 276, 366), ("VP2", 184, 550), ("NZ1", 184, 634), ("NL1", 184, 735),
-                       ("VP7", 74, 722), ("VP6", 464, 722), ("VP3", 574, 419), ("VP5", 684, 419),
-                       ("NZ2", 468, 623), ("NL2", 468, 760), ("VP4", 780, 249), ("VP8", 676, 249),
-                       ("NW1", 716, 520), ("NW2", 816, 520)]:
-        text(f"lbl{name}", "ТМН" if name == "TMN" else name, x, y, 40, 22)
-    text("lblND1", "ND1", 300, 474, 46, 22, kind="PoLabel")
-    text("lblNP1", "NP1\n(Компрессор КВ7)", 746, 14, 150, 40, 11)
-    for caption, name, y in [("Масло", "ND1temp", 498), ("Корпус", "ND1CorpTemp", 524)]:
-        text(f"lbl{name}n", caption, 300, y, 74, 24, bold=False)
-        text(name, "23.1", 376, y, 60, 24, 13, "Right", kind="PoLabel")
-        text(f"lbl{name}u", "°C", 440, y, 30, 24, bold=False)
-    text("FreqTMN", "0", 252, 70, 54, 24, 13, "Right", kind="PoLabel")
-    text("lblFreqTMN", "Гц", 310, 70, 30, 24, bold=False)
+    left = {"VP2": (COLUMN_B, ROW_VP2), "NZ2": (COLUMN_E, ROW_ROOTS)}
+    right = {"VP1": (COLUMN_ND + 4, ROW_VP1 - 24), "NZ1": (COLUMN_B, ROW_ROOTS + 4), "NL1": (COLUMN_B, ROW_ROTARY),
+             "VP3": (COLUMN_E - 2, ROW_GATE), "VP5": (COLUMN_F - 2, ROW_GATE + 14)}
+    above = {"VPT": (126, GUN_LINE), "TMN": (220, GUN_LINE), "VE1": (370, GUN_LINE)}
+    below = {"VP7": (COLUMN_B - 26 - HALF, ROW_BRANCH), "VP6": (COLUMN_E - 26 - HALF, ROW_BRANCH),
+             "NW1": (NW1[0], NW1[1]), "NW2": (NW2[0], NW2[1])}
+    for name, (x, y) in left.items():
+        text(f"lbl{name}", name, x - HALF - 52, y - 12, 48, align="Right")
+    for name, (x, y) in right.items():
+        text(f"lbl{name}", name, x + HALF + 4, y - 12, 48)
+    for name, (x, y) in above.items():
+        text(f"lbl{name}", "ТМН" if name == "TMN" else name, x - 30, y - HALF - 24, 60, align="Center")
+    for name, (x, y) in below.items():
+        text(f"lbl{name}", name, x - 30, y + HALF, 60, align="Center")
+    text("lblNL2", "NL2", COLUMN_E - HALF - 52, ROW_ROTARY + 8, 48, align="Right")
+    for name, x in (("VP8", COLUMN_J), ("VP4", COLUMN_H)):
+        text(f"lbl{name}", name, x - 62, 212, 48, align="Right")
+    text("lblND1", "ND1", 294, 398, 48, kind="PoLabel")
+    text("lblNP1", "NP1\n(Компрессор КВ7)", 738, 66, 160, 42, 11, "Center")
+    for caption, name, y in [("Масло", "ND1temp", 398), ("Корпус", "ND1CorpTemp", 424)]:
+        text(f"lbl{name}n", caption, 346, y, 66, points=12, bold=False)
+        text(name, "23.1", 412, y, 56, align="Right", kind="PoLabel")
+        text(f"lbl{name}u", "°C", 470, y, 24, points=12, bold=False)
+    text("FreqTMN", "0", 250, 68, 54, align="Right", kind="PoLabel")
+    text("lblFreqTMN", "Гц", 308, 68, 28, points=12, bold=False)
 
 
-WATER_TOP, WATER_STEP = 626, 29
+NW1, NW2, NP1 = (722, 490), (822, 490), (818, 36)
+WATER_TOP, WATER_STEP = 628, 29
+SUPPLY, RETURN = 889, 559               # the headers of the cooling water
 CONSUMERS = ["NW2", "ND1", "ND1", "ND1", "ND1", "NZ2", "NL1"]
 
 
 def water():
-    device("NW1", "NW", 735, 480)
-    device("NW2", "NW2", 835, 480)
-    device("NP1", "NP", 712, 44)
-    for number, consumer in enumerate(CONSUMERS, 1):
-        y = WATER_TOP + WATER_STEP * (number - 1)
-        text(f"lblW{number}", f"W{number}", 592, y - 11, 32, 22, 11)
-        sprite(f"W{number}", "w", 640, y)
-        text(f"W{number}disch", "—", 656, y - 11, 46, 22, 12, "Right", kind="PoLabel")
-        text(f"lblW{number}u", "л/м", 706, y - 11, 34, 22, 11, bold=False)
-        text(f"lblW{number}n", consumer, 744, y - 11, 42, 22, 11)
-        sprite(f"T{number}", "t", 802, y)
-        text(f"T{number}temp", "23.1", 818, y - 11, 46, 22, 12, "Right", kind="PoLabel")
-        text(f"lblT{number}u", "°C", 868, y - 11, 28, 22, 11, bold=False)
+    """Supply from the pumps on the right, seven circuits, flow and temperature on their return."""
+    device("NW1", "NW", *NW1)
+    device("NW2", "NW2", *NW2)
+    device("NP1", "NP", *NP1)
+    rows = [WATER_TOP + WATER_STEP * i for i in range(len(CONSUMERS))]
+    LINES.append(("water", [NW1, NW2, (SUPPLY, NW2[1]), (SUPPLY, rows[-1])]))
+    LINES.append(("inlet", [(NW1[0] - 42, NW1[1])]))
+    LINES.append(("drain", [(RETURN, rows[0]), (RETURN, 824)]))
+    LINES.append(("outlet", [(RETURN, 824)]))
+    for number, (consumer, y) in enumerate(zip(CONSUMERS, rows), 1):
+        LINES.append(("water", [(SUPPLY, y), (880, y)]))
+        LINES.append(("consumer", (835, y - 12, 44, 24)))
+        LINES.append(("drain", [(566, y), (RETURN, y)]))
+        sprite(f"W{number}", "w", 580, y)
+        text(f"lblW{number}", f"W{number}", 596, y - 12, 30, points=12)
+        text(f"W{number}disch", "—", 629, y - 12, 48, points=12, align="Right", kind="PoLabel")
+        text(f"lblW{number}u", "л/м", 679, y - 12, 32, points=11, bold=False)
+        sprite(f"T{number}", "t", 722, y)
+        text(f"lblT{number}", f"T{number}", 738, y - 12, 26, points=12)
+        text(f"T{number}temp", "23.1", 760, y - 12, 50, points=12, align="Right", kind="PoLabel")
+        text(f"lblT{number}u", "°C", 812, y - 12, 22, points=11, bold=False)
+        text(f"lblW{number}n", consumer, 835, y - 12, 44, points=11, align="Center")
 
 
 REGIMES = [("Adjust", "Наладка", 100), ("Manual", "Ручное\nуправление", 128), ("Prepare", "Подготовка", 122),
@@ -270,11 +306,10 @@ REGIMES = [("Adjust", "Наладка", 100), ("Manual", "Ручное\nупра
 
 
 def regimes():
-    x = 8
+    x = 4
     for name, words, width in REGIMES:
-        put("StateButton", f"sbVac{name}", x, 834, width, 62, text=words,
-            props={"points": 11, "bold": True})
-        x += width + 4
+        put("StateButton", f"sbVac{name}", x, 834, width, 62, text=words, props={"points": 11, "bold": True})
+        x += width + 5
 
 
 def check():
@@ -292,10 +327,11 @@ def check():
 
 
 def build():
-    """Fills PARTS in the order in which they lie on one another; returns the strips of the jacket."""
-    put("QLabel", "lblPlant", 0, 0, SIZE, 830, stem="plant")
-    strips = chamber()
-    for lines in (diffusion_line, roughing_line, bleed_lines, gun_line):
+    """Fills PARTS in the order in which they lie on one another."""
+    put("QLabel", "lblPlant", 0, 0, SIZE, GROUND, stem="plant")
+    chamber()
+    put("QLabel", "lblGun", *GUN_PICTURE, stem="gun")
+    for lines in (diffusion_line, roughing_line, jacket_line, bleed_lines, gun_line):
         lines()
     water()
     put("PoSprite", "Door", *DOOR, stem="door", props={"fill": (255, 192, 192)})
@@ -303,4 +339,6 @@ def build():
     names()
     regimes()
     check()
-    return strips
+
+
+GUN_PICTURE = (GUN[0] - 90, 6, GUN[1] - GUN[0] + 180, 310)    # reaches into the chamber

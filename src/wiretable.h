@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QMetaMethod>
 #include <QObject>
 
 #include <array>
@@ -98,9 +99,13 @@ constexpr auto row(int offset)
         [](Source& source, const char* field) { (source.*Signal)(load<Value>(field)); },
         // Several rows may share a signal; it is forwarded once.
         [](const Source& from, const Source& to) {
-            QObject::connect(&from, Signal, &to, Signal, Qt::UniqueConnection);
+            const QMetaMethod method = QMetaMethod::fromSignal(Signal);
+            QObject::connect(&from, method, &to, method, Qt::UniqueConnection);
         },
-        [](const Source& from, const Source& to) { QObject::disconnect(&from, Signal, &to, Signal); },
+        [](const Source& from, const Source& to) {
+            const QMetaMethod method = QMetaMethod::fromSignal(Signal);
+            QObject::disconnect(&from, method, &to, method);
+        },
     };
 }
 

@@ -40,6 +40,17 @@ def disc(x, y, r, colour, rim=None, width=2.0):
     return f'<circle cx="{x}" cy="{y}" r="{r}" fill="{colour}"{edge}/>'
 
 
+def block(x, y, width, height, fill, rim, edge=2.0, r=0.0):
+    """A rectangle with a rim."""
+    return (f'<rect x="{x}" y="{y}" width="{width}" height="{height}" rx="{r}" fill="{fill}" '
+            f'stroke="{rim}" stroke-width="{edge}"/>')
+
+
+def stroke(d, colour, width):
+    """A line with blunt ends, for what goes on at the picture's edge."""
+    return f'<path d="{d}" fill="none" stroke="{colour}" stroke-width="{width}"/>'
+
+
 def polygon(points):
     return "M" + " L".join(f"{x:.2f} {y:.2f}" for x, y in points) + " Z"
 

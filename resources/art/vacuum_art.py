@@ -51,9 +51,11 @@ def rotary(mark):
 
 
 def roots(mark):
-    """Two lobed rotors that roll on one another."""
-    return "".join(f'<ellipse cx="{x}" cy="30" rx="{rx}" ry="{ry}" fill="none" stroke="{mark}" '
-                   f'stroke-width="3.2"/>' for x, rx, ry in ((17.5, 7, 13), (37.5, 13, 7)))
+    """Two waisted rotors that roll on one another."""
+    def rotor(x):
+        return line(f"M{x} 26 C{x + 3} 21 {x + 13} 20 {x + 13} 30 C{x + 13} 40 {x + 3} 39 {x} 34 "
+                    f"C{x - 3} 39 {x - 13} 40 {x - 13} 30 C{x - 13} 20 {x - 3} 21 {x} 26 Z", mark, 3.2)
+    return turned(90, 17, 30, rotor(17)) + rotor(39)
 
 
 def turbine(mark):
@@ -75,10 +77,10 @@ def compressor(mark):
 
 
 def diffusion(state, fill, mark, rim):
-    body = "M6 2 H94 V12 H84 V70 L78 108 H22 L16 70 V12 H6 Z"
+    body = "M6 1 H94 V12 H84 V70 L78 108 H22 L16 70 V12 H6 Z"
     jets = "".join(line(f"M{50 - w} {y + w * 0.55} L50 {y} L{50 + w} {y + w * 0.55}", mark, 4)
                    for y, w in ((22, 14), (40, 18), (58, 22)))
-    return (f'<rect x="-4" y="74" width="24" height="16" fill="{fill}" stroke="{rim}" stroke-width="3"/>'
+    return (block(-4, 74, 24, 16, fill, rim, 3)
             + solid(body, fill, rim, 3) + line("M50 22 V90", mark, 4) + jets
             + line("M30 98 L36 90 L42 98 L48 90 L54 98 L60 90 L66 98", mark, 3) 
             + f'<g transform="translate(81 91) scale(1.6)">{badge(state, 0, 0)}</g>')
@@ -91,9 +93,8 @@ def passage(state, angle, way, lit):
     if state == OFF:
         return turned(angle, 30, 30, line("M9 30 H51", PAPER, 9) + line("M9 30 H51", INK, 6))
     if state == ON:
-        return "".join(f'<path d="{way}" fill="none" stroke="{colour}" stroke-width="{width}"/>'
-                       for colour, width in (((INK, 11), (VACUUM, 8), (VACUUM_CORE, 4)) if lit
-                                             else ((PAPER, 6),)))
+        layers = ((INK, 11), (VACUUM, 8), (VACUUM_CORE, 4)) if lit else ((PAPER, 6),)
+        return "".join(stroke(way, colour, width) for colour, width in layers)
     if state == MOVING:
         return turned(angle + 45, 30, 30, line("M9 30 H51", PAPER, 9) + line("M9 30 H51", INK, 6))
     return solid(plate(30, 30, 13, 3), RED, PAPER, 3) + line(cross(30, 30, 6), PAPER, 4.6)
@@ -111,10 +112,8 @@ def valve(stem, angle, base, way, actuator="", lit=True):
 def pipe(ways, lit):
     """Pipes along the given ways; what meets joins without a seam."""
     rim, fill, core, edge = (INK, VACUUM, VACUUM_CORE, 5) if lit else (HOLLOW_RIM, HOLLOW, HOLLOW, 4)
-
-    def strokes(colour, width):
-        return "".join(f'<path d="{way}" fill="none" stroke="{colour}" stroke-width="{width}"/>' for way in ways)
-    return strokes(rim, layout.PIPE) + strokes(fill, layout.PIPE - edge) + strokes(core, 4)
+    layers = ((rim, layout.PIPE), (fill, layout.PIPE - edge), (core, 4))
+    return "".join(stroke(way, colour, width) for colour, width in layers for way in ways)
 
 
 def pipes():
@@ -122,7 +121,8 @@ def pipes():
     side = layout.BEND
     out = {"t": f"M{half} 0", "b": f"M{half} {side}", "l": f"M0 {half}", "r": f"M{side} {half}"}
     end = {"t": f"{half} 0", "b": f"{half} {side}", "l": f"0 {half}", "r": f"{side} {half}"}
-    ways = {"vpipe": [f"M{layout.PIPE / 2} 0 V{layout.PIPE}"], "hpipe": [f"M0 {layout.PIPE / 2} H{layout.PIPE}"]}
+    ways = {"vpipe": [f"M{layout.PIPE / 2} 0 V{layout.PIPE}"],
+            "hpipe": [f"M0 {layout.PIPE / 2} H{layout.PIPE}"]}
     for stem in ("lbpipe", "ltpipe", "rbpipe", "rtpipe"):
         a, b = layout.OPEN_SIDES[stem]
         ways[stem] = [f"{out[a]} Q{half} {half} {end[b]}"]
@@ -133,9 +133,11 @@ def pipes():
             image(f"vacuum/{stem}_{lit}", layout.STEMS[stem], pipe(way, lit))
         ink = INK if lit else HOLLOW_RIM
         image(f"vacuum/hlt_{lit}", layout.STEMS["hlt"],
-              pipe([f"M36 {half} H16"], lit) + line("M15 2 V26", ink, 4) + line("M3 8 L9 14 L3 20", ink, 3.4))
+              pipe([f"M36 {half} H16"], lit) + line("M15 2 V26", ink, 4)
+              + line("M3 8 L9 14 L3 20", ink, 3.4))
         image(f"vacuum/vbt_{lit}", layout.STEMS["vbt"],
-              pipe([f"M{half} 0 V20"], lit) + line("M2 21 H26", ink, 4) + line("M8 33 L14 27 L20 33", ink, 3.4))
+              pipe([f"M{half} 0 V20"], lit) + line("M2 21 H26", ink, 4)
+              + line("M8 33 L14 27 L20 33", ink, 3.4))
 
 
 # --- cooling water ----------------------------------------------------------------------------------------
@@ -166,31 +168,28 @@ def water_lamps():
 
 def door():
     _, _, width, height = layout.DOOR
-    return (f'<rect x="1" y="1" width="{width - 2}" height="{height - 2}" rx="4" fill="none" stroke="{INK}" '
-            f'stroke-width="2"/>'
+    return (block(1, 1, width - 2, height - 2, "none", INK, 2, 4)
             + "".join(disc(15, y, 5, GRAY, INK, 2) for y in (22, height - 22)))
 
 
 def gun():
     """The gun on the chamber's roof, its beam, and the table with the work; (0, 0) is the picture's corner."""
-    left, top, width, height = layout.GUN_PICTURE
+    left, top, _, height = layout.GUN_PICTURE
     roof = layout.CHAMBER[1] - top
     x = layout.GUN[0] - left
     middle = x + 30
     table = height - 12
-    return (
-        # cable, body, neck and the flange on the roof
-        line(f"M{middle - 12} 2 V12 M{middle} 0 V12 M{middle + 12} 2 V12", INK, 4)
-        + f'<rect x="{x}" y="12" width="60" height="{roof - 30}" rx="6" fill="{GRAY}" stroke="{INK}" stroke-width="3"/>'
-        + f'<path d="M{x + 12} {roof - 18} L{x + 18} {roof + 16} H{x + 42} L{x + 48} {roof - 18} Z" fill="{GRAY}" '
-          f'stroke="{INK}" stroke-width="3"/>'
-        + f'<rect x="{x - 6}" y="{roof - 9}" width="72" height="9" fill="{GRAY}" stroke="{INK}" stroke-width="3"/>'
-        # the beam on the work
-        + f'<path d="M{middle} {roof + 22} V{table - 34}" stroke="{INK}" stroke-width="3" stroke-dasharray="9 7"/>'
-        + f'<rect x="{middle - 34}" y="{table - 32}" width="34" height="20" fill="{GRAY}" stroke="{INK}" stroke-width="2.5"/>'
-        + f'<rect x="{middle}" y="{table - 32}" width="34" height="20" fill="{GRAY}" stroke="{INK}" stroke-width="2.5"/>'
-        + line(f"M{middle - 90} {table - 10} H{middle + 90}", INK, 4)
-        + line(f"M{middle - 74} {table - 8} V{table + 6} M{middle + 74} {table - 8} V{table + 6}", INK, 4))
+    cables = line(f"M{middle - 12} 2 V12 M{middle} 0 V12 M{middle + 12} 2 V12", INK, 4)
+    neck = f"M{x + 12} {roof - 18} L{x + 18} {roof + 16} H{x + 42} L{x + 48} {roof - 18} Z"
+    body = (block(x, 12, 60, roof - 30, GRAY, INK, 3, 6)
+            + f'<path d="{neck}" fill="{GRAY}" stroke="{INK}" stroke-width="3"/>'
+            + block(x - 6, roof - 9, 72, 9, GRAY, INK, 3))
+    beam = (f'<path d="M{middle} {roof + 22} V{table - 34}" stroke="{INK}" stroke-width="3" '
+            'stroke-dasharray="9 7"/>')
+    work = "".join(block(edge, table - 32, 34, 20, GRAY, INK, 2.5) for edge in (middle - 34, middle))
+    legs = (line(f"M{middle - 90} {table - 10} H{middle + 90}", INK, 4)
+            + line(f"M{middle - 74} {table - 8} V{table + 6} M{middle + 74} {table - 8} V{table + 6}", INK, 4))
+    return cables + body + beam + work + legs
 
 
 def way(points):
@@ -200,19 +199,15 @@ def way(points):
 def ground(kind, value):
     if kind == "jacket":
         x, y, width, height = value
-        return (f'<rect x="{x + 0.5}" y="{y + 0.5}" width="{width - 1}" height="{height - 1}" fill="{HOLLOW}" '
-                f'stroke="{HOLLOW_RIM}"/>')
+        return block(x + 0.5, y + 0.5, width - 1, height - 1, HOLLOW, HOLLOW_RIM, 1)
     if kind == "consumer":
-        x, y, width, height = value
-        return (f'<rect x="{x}" y="{y}" width="{width}" height="{height}" rx="4" fill="{PAPER}" stroke="{WATER}" '
-                'stroke-width="2"/>')
+        return block(*value, PAPER, WATER, 2, 4)
+    x, y = value[0]
     if kind == "tap":
-        x, y = value[0]
         return line(way(value), INK, 3) + disc(x, y, 5, INK)
     if kind == "exhaust":
-        x, y = value[0]
-        return line(f"M{x - 14} {y} H{x + 14}", INK, 4) + line(f"M{x - 9} {y + 9} L{x} {y + 18} L{x + 9} {y + 9}", INK, 4)
-    x, y = value[-1]
+        return (line(f"M{x - 14} {y} H{x + 14}", INK, 4)
+                + line(f"M{x - 9} {y + 9} L{x} {y + 18} L{x + 9} {y + 9}", INK, 4))
     if kind == "inlet":
         return line(f"M{x - 8} {y - 8} L{x} {y} L{x - 8} {y + 8} M{x} {y} H{x + 20}", WATER, 5)
     if kind == "outlet":
@@ -233,7 +228,8 @@ def draw():
     valve("vv", 0, "M9 2 H51 L9 58 H51 Z", "M30 0 V60")
     valve("vh", 90, "M2 9 V51 L58 9 V51 Z", "M0 30 H60")
     valve("VE", 90, "M2 14 V46 L58 14 V46 Z", "M0 30 H60", "M30 30 V4 M20 4 H40", lit=False)
-    valve("VT", 135, "M2 12 L30 30 L48 58 H12 L30 30 L2 48 Z", "M0 30 H18 Q30 30 30 42 V60", "M30 30 L50 10 M43 3 L57 17")
+    valve("VT", 135, "M2 12 L30 30 L48 59 H12 L30 30 L2 48 Z", "M0 30 H18 Q30 30 30 42 V60",
+          "M30 30 L50 10 M43 3 L57 17")
     pipes()
     water_lamps()
     image("vacuum/door", layout.DOOR[2:], door())

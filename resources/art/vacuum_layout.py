@@ -10,6 +10,7 @@ SIZE = 900        # the panel's side
 PIPE = 16         # width of a pipe
 BEND = 28         # side of a bend or branch
 FACE = 60         # side of a device's picture, and of the target for the finger
+TUCK = 4          # what a straight pipe reaches under the symbol at its end
 
 # Pictures by stem: width and height. The straight pipes are stretched along their axis by the form.
 STEMS = {
@@ -22,6 +23,7 @@ STEMS = {
     "hlt": (36, BEND), "vbt": (BEND, 36),
     "w": (28, 28), "t": (28, 28),
 }
+PIPES = {"vpipe", "hpipe", "lbpipe", "ltpipe", "rbpipe", "rtpipe", "lpipe", "rpipe", "hlt", "vbt"}
 STILL = ("plant", "gun", "door")          # pictures of one state
 FIRST = {"w": "w_none", "t": "t_none"}    # shown until the first reading; all others begin with _0
 # Which sides of a bend are open. A bend is named by the corner in which it lies, a branch by the side that
@@ -46,9 +48,10 @@ class Part:
     props: dict = field(default_factory=dict)
 
 
-PARTS = []
+PARTS = []   # in the order in which they lie on one another
 ENDS = []    # (pipe, point): open ends of pipes
-PORTS = []   # points at which a pipe may end: sides of devices and the chamber's wall
+DEVICE_SIDES = []    # points at which a pipe may meet a device
+PORTS = []   # points at which a pipe may end: the chamber's wall, the jacket, the exhausts
 LINES = []   # (kind, points): what is drawn on the ground and never changes: "tap", "water", "exhaust"
 
 
@@ -64,7 +67,7 @@ def sprite(name, stem, x, y):
 
 
 def device(name, stem, x, y):
-    PORTS.extend(sprite(name, stem, x, y).values())
+    DEVICE_SIDES.extend(sprite(name, stem, x, y).values())
 
 
 def bend(name, stem, x, y):
@@ -82,6 +85,24 @@ def horizontal(name, left, right, y):
     ENDS.extend([(name, (left, y)), (name, (right, y))])
 
 
+def tuck():
+    """Straight pipes end under the round symbols of their devices, and all pipes lie below all devices."""
+    sides = set(DEVICE_SIDES)
+    for pipe in PARTS:
+        if pipe.stem == "vpipe":
+            x = pipe.x + PIPE // 2
+            above, below = ((x, y) in sides for y in (pipe.y, pipe.y + pipe.height))
+            pipe.y -= TUCK * above
+            pipe.height += TUCK * (above + below)
+        elif pipe.stem == "hpipe":
+            y = pipe.y + PIPE // 2
+            before, behind = ((x, y) in sides for x in (pipe.x, pipe.x + pipe.width))
+            pipe.x -= TUCK * before
+            pipe.width += TUCK * (before + behind)
+    PARTS.sort(key=lambda part: 0 if part.kind == "QFrame" or part.stem == "plant"
+               else 1 if part.stem in PIPES else 2)
+
+
 def text(name, words, x, y, width, height=24, points=13, align="Left", bold=True, kind="QLabel"):
     put(kind, name, x, y, width, height, text=words, props={"points": points, "align": align, "bold": bold})
 
@@ -96,6 +117,7 @@ JACKET = 10                             # the double wall around the chamber
 DOOR = (42, 90, 30, 250)                # closed and pressed; open it stands at y 340, released at x 30
 GUN_LINE = 56                           # height of the line from the gun to the turbopump
 GUN = (400, 460)                        # its left and right side
+GUN_PICTURE = (GUN[0] - 90, 6, GUN[1] - GUN[0] + 180, 310)    # reaches into the chamber
 GROUND = 830                            # below it stand the buttons
 
 COLUMN_B, COLUMN_ND, COLUMN_E, COLUMN_F, COLUMN_J, COLUMN_H = 140, 232, 520, 630, 740, 846
@@ -142,7 +164,7 @@ def diffusion_line():
     horizontal("pipeA2", x + JOINT, COLUMN_ND - HALF, ROW_VP1)
     device("VP1", "VT", COLUMN_ND, ROW_VP1)
     device("ND1", "ND", COLUMN_ND, ROW_VP1 + HALF + 55)
-    PORTS.append((COLUMN_ND - 50, ROW_ND_OUT))
+    DEVICE_SIDES.append((COLUMN_ND - 50, ROW_ND_OUT))
     horizontal("pipeB0", x + JOINT, COLUMN_ND - 50, ROW_ND_OUT)
     bend("pipeB1", "ltpipe", x, ROW_ND_OUT)
     vertical("pipeB2", x, ROW_ND_OUT + JOINT, ROW_VP2 - HALF)
@@ -217,7 +239,7 @@ def bleed_lines():
 
 # --- names, numbers, buttons ----------------------------------------------------------------------------
 
-def gauge(number, x, y, name_at, tap=(), value=118, unit=90, height=40, points=17, unit_points=11):
+def gauge(number, x, y, name_at, tap=(), value=118, unit=90, height=40, points=16, unit_points=11):
     """A pressure with its unit. (x, y): upper left corner of the number; `tap`: where it measures."""
     name = f"PT{number}"
     text(f"lbl{name}", name, *name_at, 44, points=14)
@@ -300,9 +322,11 @@ def water():
         text(f"lblW{number}n", consumer, 835, y - 12, 44, points=11, align="Center")
 
 
-REGIMES = [("Adjust", "Наладка", 100), ("Manual", "Ручное\nуправление", 128), ("Prepare", "Подготовка", 122),
-           ("Forepump", "Форвакуумная\nоткачка", 150), ("Pumping", "Откачка\nкамеры", 112),
-           ("Filling", "Напуск\nв камеру", 112), ("Shutdown", "Завершение\nработы", 136)]
+REGIMES = [
+    ("Adjust", "Наладка", 100), ("Manual", "Ручное\nуправление", 128), ("Prepare", "Подготовка", 122),
+    ("Forepump", "Форвакуумная\nоткачка", 150), ("Pumping", "Откачка\nкамеры", 112),
+    ("Filling", "Напуск\nв камеру", 112), ("Shutdown", "Завершение\nработы", 136),
+]
 
 
 def regimes():
@@ -313,7 +337,7 @@ def regimes():
 
 
 def check():
-    points = [point for _, point in ENDS] + PORTS
+    points = [point for _, point in ENDS] + DEVICE_SIDES + PORTS
     for name, point in ENDS:
         if points.count(point) < 2:
             raise SystemExit(f"{name} ends in the air at {point}")
@@ -327,7 +351,7 @@ def check():
 
 
 def build():
-    """Fills PARTS in the order in which they lie on one another."""
+    """Fills PARTS and LINES."""
     put("QLabel", "lblPlant", 0, 0, SIZE, GROUND, stem="plant")
     chamber()
     put("QLabel", "lblGun", *GUN_PICTURE, stem="gun")
@@ -339,6 +363,4 @@ def build():
     names()
     regimes()
     check()
-
-
-GUN_PICTURE = (GUN[0] - 90, 6, GUN[1] - GUN[0] + 180, 310)    # reaches into the chamber
+    tuck()

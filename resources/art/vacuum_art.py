@@ -169,7 +169,9 @@ def water_lamps():
 def door():
     _, _, width, height = layout.DOOR
     return (block(1, 1, width - 2, height - 2, "none", INK, 2, 4)
-            + "".join(disc(15, y, 5, GRAY, INK, 2) for y in (22, height - 22)))
+            + "".join(disc(width / 2, y, 6, GRAY, INK, 2) for y in (24, height - 24))
+            + f'<text x="{-height / 2}" y="{width / 2 + 6}" transform="rotate(-90)" text-anchor="middle" fill="{INK}" '
+              'font-family="DejaVu Sans" font-weight="bold" font-size="18">Дверь</text>')
 
 
 def gun():

@@ -109,12 +109,12 @@ def text(name, words, x, y, width, height=24, points=13, align="Left", bold=True
 
 # --- the plant ------------------------------------------------------------------------------------------
 
-CHAMBER = (72, 104, 588, 226)           # x, y, width, height of its walls
+CHAMBER = (90, 104, 570, 226)           # x, y, width, height of its walls
 WALL = 14
 RIGHT = CHAMBER[0] + CHAMBER[2]
 FLOOR = CHAMBER[1] + CHAMBER[3]
 JACKET = 10                             # the double wall around the chamber
-DOOR = (42, 90, 30, 250)                # closed and pressed; open it stands at y 340, released at x 30
+DOOR = (42, 90, 48, 250)                # closed and pressed; open it stands at y 340, released at x 30
 GUN_LINE = 56                           # height of the line from the gun to the turbopump
 GUN = (400, 460)                        # its left and right side
 GUN_PICTURE = (GUN[0] - 90, 6, GUN[1] - GUN[0] + 180, 310)    # reaches into the chamber
@@ -257,15 +257,16 @@ def gauges():
     gauge(3, 606, roughing - 20, (560, roughing - 12), [(COLUMN_E, roughing), (556, roughing)])
     gauge(2, 294, 480, (294, 456), [(COLUMN_ND, 490), (294, 490)])
     gauge(4, 680, 378, (680, 354), [(COLUMN_F, 386), (680, 386)])
-    gauge(5, 104, 172, (104, 144), value=176, unit=112, height=72, points=26, unit_points=14)
-    text("lblPT5n", "(Камера)", 152, 144, 120, points=14, bold=False)
+    gauge(5, 114, 172, (114, 144), value=176, unit=112, height=72, points=26, unit_points=14)
+    text("lblPT5n", "(Камера)", 162, 144, 120, points=14, bold=False)
     gauge(6, 500, 36, (500, 10), [(GUN[1], 56), (500, 56)])
     text("lblPT6n", "(ЭЛП)", 548, 10, 90, points=14, bold=False)
 
 
 def names():
-    left = {"VP2": (COLUMN_B, ROW_VP2), "NZ2": (COLUMN_E, ROW_ROOTS)}
-    right = {"VP1": (COLUMN_ND + 4, ROW_VP1 - 24), "NZ1": (COLUMN_B, ROW_ROOTS + 4), "NL1": (COLUMN_B, ROW_ROTARY),
+    left = {"NZ2": (COLUMN_E, ROW_ROOTS)}
+    right = {"VP1": (COLUMN_ND + 4, ROW_VP1 - 24), "VP2": (COLUMN_B, ROW_VP2 - 10),
+             "NZ1": (COLUMN_B, ROW_ROOTS + 4), "NL1": (COLUMN_B, ROW_ROTARY),
              "VP3": (COLUMN_E - 2, ROW_GATE), "VP5": (COLUMN_F - 2, ROW_GATE + 14)}
     above = {"VPT": (126, GUN_LINE), "TMN": (220, GUN_LINE), "VE1": (370, GUN_LINE)}
     below = {"VP7": (COLUMN_B - 26 - HALF, ROW_BRANCH), "VP6": (COLUMN_E - 26 - HALF, ROW_BRANCH),

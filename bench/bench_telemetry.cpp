@@ -10,29 +10,18 @@
 //
 // Ends with 1 when the loop stalled for more than 100 ms or memory grew.
 
+#include "benchtools.h"
 #include "drivecomm.h"
 
 #include <QCoreApplication>
-#include <QElapsedTimer>
 #include <QEventLoop>
-#include <QFile>
 #include <QTcpServer>
-#include <QTimer>
 #include <QUdpSocket>
 
-#include <algorithm>
 #include <array>
-#include <csignal>
 #include <cstdio>
 #include <cstring>
-#include <ctime>
-#include <limits>
-#include <netinet/in.h>
-#include <sys/prctl.h>
-#include <sys/socket.h>
-#include <sys/wait.h>
-#include <thread>
-#include <unistd.h>
+#include <memory>
 
 namespace {
 
@@ -58,98 +47,43 @@ void mark(Datagram& bytes, quint32 number)
     std::memcpy(bytes.data() + errorCode, &number, sizeof number);
 }
 
-sockaddr_in loopback(int port)
-{
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_port = htons(quint16(port));
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    return address;
-}
+constexpr int unchangedCount = 100'000;
+constexpr int unchangedBurst = 10;
+constexpr std::chrono::microseconds unchangedPeriod{1000};
 
-// A process of its own that sends `count` datagrams, `burst` at a time, and then marked ones until it is
-// ended. With `moving` all positions change from one to the next.
-class Sender
+// Datagrams without a change, `unchangedBurst` at a time, and behind `unchangedCount` of them marked ones.
+class SteadySender : public Sender
 {
 public:
-    Sender(int port, int count, int burst, std::chrono::microseconds period, bool moving)
-        : m_child(fork())
-    {
-        if (m_child == 0) {
-            prctl(PR_SET_PDEATHSIG, SIGKILL);
-            run(port, count, burst, period, moving);
-        }
-    }
-    ~Sender()
-    {
-        kill(m_child, SIGKILL);
-        waitpid(m_child, nullptr, 0);
-    }
-    Sender(const Sender&) = delete;
-    Sender& operator=(const Sender&) = delete;
-
-private:
-    [[noreturn]] static void run(int port, int count, int burst, std::chrono::microseconds period,
-                                 bool moving)
-    {
-        const int out = socket(AF_INET, SOCK_DGRAM, 0);
-        const sockaddr_in to = loopback(port);
-        Datagram bytes = plainDatagram();
-        auto next = std::chrono::steady_clock::now();
-        float value = 0;
-        for (int sent = 0;; ++sent) {
-            if (moving) {
-                for (int i = 0; i < positions; ++i) {
-                    const float position = value += 0.25F;
-                    std::memcpy(bytes.data() + firstPosition + 4 * i, &position, sizeof position);
-                }
-                if (value > 1e6F)
-                    value = 0;
-            }
-            if (sent >= count)
+    explicit SteadySender(int port)
+        : Sender(unchangedPeriod, [out = std::make_shared<Datagrams>(port)](int n) {
+            Datagram bytes = plainDatagram();
+            if (n * unchangedBurst >= unchangedCount)
                 mark(bytes, 1);
-            sendto(out, bytes.data(), bytes.size(), 0, reinterpret_cast<const sockaddr*>(&to), sizeof to);
-            if (sent % burst == burst - 1) {
-                next += period;
-                std::this_thread::sleep_until(next);
-            }
-        }
-    }
-
-    pid_t m_child;
+            for (int i = 0; i < unchangedBurst; ++i)
+                out->send(bytes);
+        })
+    {}
 };
 
-double processorSeconds()
+// 2,000 a second, all positions changing from one to the next.
+class MovingSender : public Sender
 {
-    timespec used{};
-    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &used);
-    return double(used.tv_sec) + double(used.tv_nsec) / 1e9;
-}
-
-double memoryMb()
-{
-    QFile file(QStringLiteral("/proc/self/statm"));
-    if (!file.open(QIODevice::ReadOnly))
-        return 0;
-    return double(file.readAll().split(' ').value(1).toLongLong() * sysconf(_SC_PAGESIZE)) / (1024 * 1024);
-}
-
-// Datagrams that the system threw away because nobody took them in time; -1 when it does not tell.
-qint64 drops(int port)
-{
-    const QByteArray wanted = ":" + QByteArray::number(port, 16).toUpper().rightJustified(4, '0');
-    for (const char* name : {"/proc/net/udp", "/proc/net/udp6"}) {
-        QFile file(QString::fromLatin1(name));
-        if (!file.open(QIODevice::ReadOnly))
-            continue;
-        for (const QByteArray& line : file.readAll().split('\n')) {
-            const QList<QByteArray> columns = line.simplified().split(' ');
-            if (columns.size() > 12 && columns[1].endsWith(wanted))
-                return columns[12].toLongLong();
-        }
-    }
-    return -1;
-}
+public:
+    explicit MovingSender(int port)
+        : Sender(std::chrono::microseconds(500),
+                 [out = std::make_shared<Datagrams>(port), value = 0.F](int) mutable {
+                     Datagram bytes = plainDatagram();
+                     for (int i = 0; i < positions; ++i) {
+                         value += 0.25F;
+                         std::memcpy(bytes.data() + firstPosition + 4 * i, &value, sizeof value);
+                     }
+                     if (value > 1e6F)
+                         value = 0;
+                     out->send(bytes);
+                 })
+    {}
+};
 
 // A link that is open to a controller of which only the TCP side is here.
 struct Link
@@ -168,10 +102,6 @@ struct Link
     DriveTCPthread link;
 };
 
-constexpr int unchangedCount = 100'000;
-constexpr int unchangedBurst = 10;
-constexpr std::chrono::microseconds unchangedPeriod{1000};
-
 // Microseconds of processor time for each datagram.
 double bareReceive()
 {
@@ -181,7 +111,7 @@ double bareReceive()
     if (bind(in, reinterpret_cast<sockaddr*>(&address), size) != 0 ||
         getsockname(in, reinterpret_cast<sockaddr*>(&address), &size) != 0)
         return -1;
-    const Sender sender(ntohs(address.sin_port), unchangedCount, unchangedBurst, unchangedPeriod, false);
+    const SteadySender sender(ntohs(address.sin_port));
     Datagram last{};
     Datagram now{};
     int different = 0;
@@ -209,83 +139,13 @@ double throughTelemetryThread(qint64& lost)
         if (code != 0)
             loop.quit();
     });
-    const Sender sender(setup.port, unchangedCount, unchangedBurst, unchangedPeriod, false);
+    const SteadySender sender(setup.port);
     const double start = processorSeconds();
     loop.exec();
     const double used = processorSeconds() - start;
     lost = drops(setup.port);
     return used * 1e6 / unchangedCount;
 }
-
-// The longest time that the loop of this thread kept a timer of 5 ms waiting beyond its time, ms.
-struct Stalls
-{
-    Stalls()
-    {
-        timer.setTimerType(Qt::PreciseTimer);
-        QObject::connect(&timer, &QTimer::timeout, &timer, [this] {
-            worst = std::max(worst, double(since.nsecsElapsed()) / 1e6 - timer.interval());
-            since.restart();
-        });
-        since.start();
-        timer.start(5);
-    }
-    QTimer timer;
-    QElapsedTimer since;
-    double worst = 0;
-};
-
-// A process that does nothing but sleep in steps of 5 ms, and tells the longest delay, ms.
-class IdleProcess
-{
-public:
-    explicit IdleProcess(int seconds)
-    {
-        if (pipe(m_pipe) != 0)
-            return;
-        m_child = fork();
-        if (m_child == 0) {
-            prctl(PR_SET_PDEATHSIG, SIGKILL);
-            const double worst = longestDelay(std::chrono::seconds(seconds));
-            _exit(write(m_pipe[1], &worst, sizeof worst) == sizeof worst ? 0 : 1);
-        }
-    }
-    ~IdleProcess()
-    {
-        close(m_pipe[0]);
-        close(m_pipe[1]);
-    }
-    IdleProcess(const IdleProcess&) = delete;
-    IdleProcess& operator=(const IdleProcess&) = delete;
-
-    // Waits for the end of its time.
-    double worst()
-    {
-        double result = -1;
-        if (read(m_pipe[0], &result, sizeof result) != sizeof result)
-            result = -1;
-        waitpid(m_child, nullptr, 0);
-        return result;
-    }
-
-private:
-    static double longestDelay(std::chrono::seconds time)
-    {
-        using Clock = std::chrono::steady_clock;
-        double worst = 0;
-        const Clock::time_point end = Clock::now() + time;
-        for (Clock::time_point last = Clock::now(); last < end;) {
-            std::this_thread::sleep_for(std::chrono::milliseconds(5));
-            const Clock::time_point now = Clock::now();
-            worst = std::max(worst, std::chrono::duration<double, std::milli>(now - last).count() - 5);
-            last = now;
-        }
-        return worst;
-    }
-
-    int m_pipe[2] = {-1, -1};
-    pid_t m_child = -1;
-};
 
 struct Load
 {
@@ -315,7 +175,7 @@ bool runLoad(int seconds, Load& load)
                                 &D::changedX, &D::changedZ, &D::changedPHI})
         QObject::connect(&setup.link, position, &here, show);
 
-    const Sender sender(setup.port, std::numeric_limits<int>::max(), 1, std::chrono::microseconds(500), true);
+    const MovingSender sender(setup.port);
     IdleProcess idle(seconds);
     QEventLoop loop;
     const Stalls stalls;

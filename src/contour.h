@@ -105,6 +105,7 @@ public slots:
     void onCoordsChanged();
     void onUserChanged(int group);
     void onContourCellClicked(int row, int column);
+    void onContourCellDoubleClicked(int row, int column); // the frame that leaves the row
     void onTechTabCellClicked(int row, int column);
 
 signals:
@@ -130,6 +131,7 @@ private slots:
 
     void on_pbInsTechPoint_clicked();
     void on_pbDelTechPoint_clicked();
+    void on_pbAddTechPoint_clicked();
     void on_pbTemplate_clicked();
     void on_pbSettings_clicked();
     void on_weldSpeed_clicked();
@@ -213,6 +215,7 @@ private:
     void askRaster(int row);
     void writeRaster(int row, const Raster& values);
     void showParam(int column, bool on, float value);
+    template <class Generator> void runGenerator();
 
     // Running.
     void genTechnology();

@@ -117,8 +117,10 @@ void CONTOUR::onContourCellClicked(int row, int column)
 {
     Q_ASSERT(m_schema);
     setCurrentPoint(m_currentPoint); // the mark follows the machine, not the finger
-    if (column == frameColumn())
+    if (column == frameColumn()) {
+        onContourCellDoubleClicked(row, column);
         return;
+    }
     if (row != m_currentPoint)
         m_moveForward = m_currentPoint < row;
     startMotion(navigationPrograms(contourValues(), m_currentPoint, row, coords(), ui->contourSpeed->text()),

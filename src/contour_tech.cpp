@@ -2,7 +2,6 @@
 #include "numpad.h"
 #include "schema.h"
 #include "techsettings.h"
-#include "touchmenu.h"
 #include "trselect.h"
 #include "ui_contour.h"
 #include "weldgeometry.h"
@@ -260,6 +259,8 @@ void CONTOUR::addContourPoint(bool all, bool everyPass, int point, int pass)
             path += length * (rotate - 1);
         addPointToTech(path);
     }
+    updateTechTab();
+    updateValidDistance();
 }
 
 void CONTOUR::setParamValueInTable(int column, float value, int decimals)
@@ -326,15 +327,6 @@ void CONTOUR::on_pbDelTechPoint_clicked()
     twTechTab->removeRow(row);
     updateTechTab();
     updateValidDistance();
-}
-
-void CONTOUR::on_pbTemplate_clicked()
-{
-    const QStringList entries = {QStringLiteral("Прихватки     "), QStringLiteral("Сварка     "),
-                                 QStringLiteral("Останов     ")};
-    if (touchMenu(ui->pbTemplate, QStringLiteral("Шаблоны"), entries) == 2)
-        addComment(stopText);
-    updateTechTab();
 }
 
 void CONTOUR::on_weldSpeed_clicked()

@@ -112,7 +112,8 @@ void CUniButton::paintEvent(QPaintEvent*)
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
 
-    const double inset = m_pressed ? 2 : 0;
+    const bool lit = isToggle() && m_pressed;
+    const double inset = m_pressed && !lit ? 2 : 0; // the word of a toggle needs the whole face
     const QRectF face = QRectF(rect()).adjusted(inset + 0.5, inset + 0.5, -inset - 0.5, -inset - 0.5);
     QPainterPath outline;
     if (m_type == 13)
@@ -120,7 +121,6 @@ void CUniButton::paintEvent(QPaintEvent*)
     else
         outline.addRoundedRect(face, 4, 4);
 
-    const bool lit = isToggle() && m_pressed;
     QColor top = lit ? QColor(150, 240, 255) : QColor(232, 236, 255);
     QColor foot = lit ? QColor(0, 190, 228) : QColor(140, 152, 226);
     if (m_mouseOver) {

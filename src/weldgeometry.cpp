@@ -137,10 +137,11 @@ Circle calcD(const WeldContour& contour)
 
 double calcDiameter(const WeldContour& contour, int row, int plane)
 {
-    Q_ASSERT(row >= 2 && row < contour.rows.size());
+    const int count = contour.rows.size();
+    Q_ASSERT(row >= 2 && row <= count);
     const PlaneColumns columns = planeColumns(plane);
-    const auto x = [&](int i) { return double(contour.rows[i].coords[columns.first]); };
-    const auto y = [&](int i) { return double(contour.rows[i].coords[columns.second]); };
+    const auto x = [&](int i) { return double(contour.rows[i % count].coords[columns.first]); };
+    const auto y = [&](int i) { return double(contour.rows[i % count].coords[columns.second]); };
     return calcCircle(x(row), y(row), x(row - 1), y(row - 1), x(row - 2), y(row - 2)).diameter;
 }
 

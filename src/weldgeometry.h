@@ -44,7 +44,8 @@ Circle calcCircle(double x1, double y1, double x2, double y2, double x3, double 
 // the mean of the circles through all neighbouring triples.
 Circle calcD(const WeldContour& contour);
 
-// Diameter of the circle through `row` and the two rows before it, in the plane 0 XY, 1 XZ, 2 YZ.
+// Diameter of the circle through `row` and the two rows before it, in the plane 0 XY, 1 XZ, 2 YZ; the number
+// behind the last row stands for the first, where a closing frame ends. 0 on a straight line.
 double calcDiameter(const WeldContour& contour, int row, int plane);
 
 // Moves every point of an XYZr contour along its ray from the centre, from the circle of diameter `oldD` to

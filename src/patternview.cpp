@@ -1,0 +1,80 @@
+#include "patternview.h"
+
+#include <QPainter>
+#include <QPainterPath>
+
+#include <algorithm>
+#include <cmath>
+
+namespace {
+
+constexpr int side = 14;            // px beside the seam
+constexpr int head = 26;            // px above the current, for the numbers
+constexpr int foot = 26;            // px below the seam, for the lengths
+constexpr double sameLength = 0.01; // mm, less shows in no row
+const QColor ink(0x1c, 0x24, 0x3c);
+const QColor beamColour(0x00, 0xb4, 0xd8);
+const QColor fault(0xd0, 0x10, 0x20);
+
+} // namespace
+
+PatternView::PatternView(QWidget* parent)
+    : QWidget(parent)
+{}
+
+void PatternView::setPattern(const QVector<Beam>& beams, double length, bool possible)
+{
+    m_beams = beams;
+    m_length = length;
+    m_possible = possible;
+    update();
+}
+
+void PatternView::paintEvent(QPaintEvent*)
+{
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(QPen(QColor(0x3c, 0x4a, 0x6b), 2));
+    painter.setBrush(Qt::white);
+    painter.drawRoundedRect(QRectF(rect()).adjusted(1, 1, -1, -1), 4, 4);
+
+    double end = m_length;
+    for (const Beam& beam : qAsConst(m_beams))
+        end = std::max(end, beam.end());
+    if (!(end > 0) || !std::isfinite(end))
+        return;
+    const double base = height() - foot;
+    const auto x = [&](double mm) { return side + mm / end * (width() - 2 * side); };
+
+    QFont font = painter.font();
+    font.setPointSize(11);
+    painter.setFont(font);
+    const double narrowest = painter.fontMetrics().horizontalAdvance(QString::number(m_beams.size())) + 6;
+    const bool numbered = m_beams.size() > 1 && (x(end) - x(0)) / m_beams.size() >= narrowest;
+    for (int i = 0; i < m_beams.size(); ++i) {
+        const Beam& beam = m_beams[i];
+        const bool good = m_possible && beam.peak >= 0 && beam.end() <= m_length + sameLength;
+        const double rise = beam.start + beam.ascend, fall = rise + std::max(0.0, beam.peak);
+        QPainterPath path(QPointF(x(beam.start), base));
+        path.lineTo(x(rise), head);
+        path.lineTo(x(fall), head);
+        path.lineTo(x(fall + beam.descend), base);
+        painter.setPen(QPen(good ? ink : fault, 1.5));
+        painter.setBrush(QBrush(good ? beamColour : fault, good ? Qt::SolidPattern : Qt::BDiagPattern));
+        painter.drawPath(path);
+        if (numbered) // its turn, in the middle above it
+            painter.drawText(QRectF(x((beam.start + beam.end()) / 2) - 30, 2, 60, head - 4), Qt::AlignCenter,
+                             QString::number(i + 1));
+    }
+
+    painter.setPen(QPen(ink, 2));
+    painter.drawLine(QPointF(side, base), QPointF(x(end), base));
+    for (const double mark : {0.0, m_length})
+        painter.drawLine(QPointF(x(mark), base - 4), QPointF(x(mark), base + 6));
+    const QRectF texts(side + 6, base + 2, width() - 2 * side - 12, foot - 4);
+    painter.drawText(texts, Qt::AlignLeft | Qt::AlignVCenter, QStringLiteral("0"));
+    const QString length = QString::number(m_length, 'f', 1) + QStringLiteral(" мм");
+    const double room = painter.fontMetrics().horizontalAdvance(length) + 8;
+    painter.drawText(QRectF(std::max(side + 24.0, x(m_length) - room - 4), base + 2, room, foot - 4),
+                     Qt::AlignRight | Qt::AlignVCenter, length);
+}

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <QVector>
+#include <QWidget>
+
+// The beam current along the seam as a pattern would lay it, before it is laid: a trapezium for each weld or
+// tack, tacks with their turn. What goes beyond the seam, and a pattern that cannot be laid, is drawn in red.
+class PatternView : public QWidget
+{
+    Q_OBJECT
+
+public:
+    // In mm along the seam.
+    struct Beam
+    {
+        double start, ascend, peak, descend;
+        double end() const { return start + ascend + peak + descend; }
+    };
+
+    explicit PatternView(QWidget* parent = nullptr);
+
+    // `length` of the seam, mm. `possible`: the pattern fits.
+    void setPattern(const QVector<Beam>& beams, double length, bool possible);
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+
+private:
+    QVector<Beam> m_beams; // in the order in which they are made
+    double m_length = 0;
+    bool m_possible = true;
+};

@@ -1,0 +1,559 @@
+#include "contourfixture.h"
+#include "contourparams.h"
+#include "deathtest.h"
+#include "generators.h"
+#include "nctesthost.h"
+#include "schema.h"
+#include "weldpattern.h"
+#include "widgets.h"
+
+#include <QLineEdit>
+#include <QPlainTextEdit>
+#include <QSettings>
+
+#include <algorithm>
+
+namespace {
+
+using Answer = std::function<bool()>;
+
+// Touches a number of the dialog on top and types another.
+QList<Answer> typed(const char* label, const QString& number)
+{
+    return {[label] {
+                auto* shown = Answers::shown<PoLabel>(label);
+                if (shown)
+                    QTimer::singleShot(0, shown, [shown] { QTest::mouseClick(shown, Qt::LeftButton); });
+                return shown != nullptr;
+            },
+            Answers::number(number)};
+}
+
+Answer ticked(const char* box) // a box takes touches on its text only
+{
+    return [box] {
+        auto* shown = Answers::shown<QAbstractButton>(box);
+        if (shown)
+            shown->click();
+        return shown != nullptr;
+    };
+}
+
+// Looks at the dialog on top.
+Answer look(const char* widget, const std::function<void()>& at)
+{
+    return [widget, at] {
+        if (!Answers::shown<QWidget>(widget))
+            return false;
+        at();
+        return true;
+    };
+}
+
+QString number(const char* label)
+{
+    const auto* shown = Answers::shown<QLabel>(label);
+    return shown ? shown->text() : QStringLiteral("not shown");
+}
+
+// A pattern as the settings keep it.
+struct Kept
+{
+    QString group;
+    double Ir, ascend, peak, descend;
+    int number = 0;
+    bool degrees = false;
+
+    void store() const
+    {
+        QSettings settings(site().path("/home/oper/bin/settings.ini"), QSettings::IniFormat);
+        settings.setValue(group + "/Ir", Ir);
+        settings.setValue(group + "/Ascend", ascend);
+        settings.setValue(group + "/Peak", peak);
+        settings.setValue(group + "/Descend", descend);
+        settings.setValue(group + "/Number", number);
+        settings.setValue(group + "/DegreeOn", degrees);
+    }
+};
+
+// The programs of the three channels run on a simulated controller; tells where the beam was on.
+class Beam
+{
+public:
+    explicit Beam(const ContourWindow& window)
+    {
+        const auto program = [&](const char* edit) {
+            return window.find<QPlainTextEdit>(edit)->toPlainText();
+        };
+        m_bench.start(3, program("teGcode_3"));
+        m_bench.forSeconds(1);
+        if (window.contour->schema()->circle())
+            m_bench.start(2, program("teGcode_2"));
+        m_bench.forSeconds(1);
+        m_bench.start(1, program("teGcode"));
+    }
+
+    NcTestHost& host() { return m_bench.host; }
+
+    // `place` of the machine on the seam, mm. Each time the beam was on: from where to where, and its peak.
+    struct Burn
+    {
+        double from, to, peak;
+    };
+    QVector<Burn> run(const std::function<double(NcTestHost&)>& place)
+    {
+        QVector<Burn> burns;
+        bool on = false;
+        m_ended = m_bench.untilDone(5000, {1, 2, 3}, [&] {
+            const double Ir = host().at("IR");
+            const double at = place(host());
+            if (Ir > 0.5) {
+                if (!on)
+                    burns.append({at, at, Ir});
+                burns.last().to = at;
+                burns.last().peak = std::max(burns.last().peak, Ir);
+            }
+            on = Ir > 0.5;
+        });
+        return burns;
+    }
+
+    QString trouble() const
+    {
+        QStringList all = m_bench.host.told("deadlock");
+        for (int channel = 1; channel <= 3; ++channel) {
+            if (!m_bench.nc.error(channel).isEmpty())
+                all << QString("channel %1: %2").arg(channel).arg(m_bench.nc.error(channel));
+        }
+        if (!m_ended)
+            all << "does not end";
+        return all.join('\n');
+    }
+
+private:
+    NcBench m_bench{0.02};
+    bool m_ended = false;
+};
+
+} // namespace
+
+class TestGenerators : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+    void cleanup();
+
+    void orders();
+    void typedOrders();
+    void rowsOverAGrid();
+
+    void weldTakesTheSeam();
+    void rampsLongerThanTheSeam();
+    void periodIsNotRounded();
+    void unitsForthAndBack();
+    void refusals();
+    void settingsOfNoise();
+    void run_data();
+    void run();
+
+    void addsContourPoints();
+    void arcThroughThreePoints();
+
+private:
+    void answer(const char* button, QList<Answer> answers)
+    {
+        Answers all(std::move(answers));
+        m_window->press(button);
+        QVERIFY2(all.allGiven(), "a dialog did not come or was not answered");
+    }
+    void generate(int entry) { answer("pbTemplate", {Answers::entry(entry), Answers::button("pbCreate")}); }
+    void line(const QString& length);
+    void ring(const QString& D, int passes);
+    // Path, current and speed of the rows between the fixed ones; comments by their text.
+    QStringList rows() const;
+
+    std::unique_ptr<SiteFixture> m_site;
+    std::unique_ptr<ContourWindow> m_window;
+};
+
+void TestGenerators::init()
+{
+    m_site = std::make_unique<SiteFixture>();
+    m_window = std::make_unique<ContourWindow>();
+    m_window->open();
+    m_window->ready();
+    answer("weldSpeed", {Answers::number("600")});
+    answer("contourSpeed", {Answers::number("1200")});
+}
+
+void TestGenerators::cleanup()
+{
+    m_window.reset();
+    m_site.reset();
+}
+
+void TestGenerators::line(const QString& length)
+{
+    m_window->choose("pbNew", 0);
+    m_window->teach(0, 0, 0);
+    m_window->teach(length.toFloat(), 0, 0);
+}
+
+void TestGenerators::ring(const QString& D, int passes)
+{
+    m_window->newRing(D, "4");
+    m_window->press("pbRing");
+    answer("nrings", {Answers::number(QString::number(passes))});
+}
+
+QStringList TestGenerators::rows() const
+{
+    const QTableWidget* table = m_window->tech();
+    QStringList list;
+    for (int row = 1; row < table->rowCount() - 1; ++row) {
+        list << m_window->cell(table, row, 0);
+        if (table->columnSpan(row, 0) == 1)
+            list.last() += ' ' + m_window->cell(table, row, 1) + ' ' + m_window->cell(table, row, 5);
+    }
+    return list;
+}
+
+void TestGenerators::orders()
+{
+    QCOMPARE(linTacksOrder(6), QString("3,0,5,1,4,2"));
+    QCOMPARE(circleTacksOrder(4), QString("0,2,1,3"));
+    QCOMPARE(circleTacksOrder(8), QString("0,4,6,2,3,5,7,1"));
+    for (int n = 2; n <= 12; ++n) {
+        for (const QString& text : {linTacksOrder(n), circleTacksOrder(n)}) {
+            QVector<int> order = tacksOrder(text);
+            if (text == circleTacksOrder(n) && n != 8) // the next tack lies opposite, or beside that
+                for (int i = 1; i < n; ++i)
+                    QVERIFY2((order[i] - order[i - 1] + n) % n - n / 2 <= 1, qPrintable(text));
+            std::sort(order.begin(), order.end());
+            for (int i = 0; i < n; ++i)
+                QCOMPARE(order.value(i, -1), i);
+            QCOMPARE(order.size(), n);
+        }
+    }
+}
+
+void TestGenerators::typedOrders()
+{
+    QCOMPARE(tacksOrder("2,0,,1,"), (QVector<int>{2, 0, 1}));
+    QCOMPARE(tacksOrder("2,0,x,1"), (QVector<int>{2, 0}));
+    QCOMPARE(tacksOrder("1,0x10,2"), (QVector<int>{1}));
+    QCOMPARE(tacksOrder("1,99999999999"), (QVector<int>{1}));
+    QVERIFY(tacksOrder("").isEmpty());
+    // Places beyond one turn are still ahead, never behind.
+    const auto rows = circleTackRows({20, 1, 2, 1, 600, 1200}, 4, 10, {9, 2, 2147483647, 0}, 1);
+    for (const PatternRow& row : *rows)
+        QVERIFY(row.path >= 0 && row.path < 40);
+}
+
+void TestGenerators::rowsOverAGrid()
+{
+    for (int number = 2; number <= 12; ++number) {
+        for (const float ascend : {0.0f, 0.1f, 3.3f}) {
+            for (const float peak : {0.0f, 2.7f, 25.0f}) {
+                const WeldPattern tack{120, ascend, peak, 4 - ascend, 600, 1200};
+                const float t = tack.length();
+                const float period = 300.0f / float(number);
+                const auto line = linTackRows(tack, period, tacksOrder(linTacksOrder(number)));
+                const auto round =
+                    circleTackRows(tack, number, double(period), tacksOrder(circleTacksOrder(number)), 0.5);
+                QCOMPARE(line.has_value(), t <= period);
+                QCOMPARE(round.has_value(), t <= period);
+                if (!line)
+                    continue;
+                const QVector<int> order = tacksOrder(linTacksOrder(number));
+                for (int i = 0; i < number; ++i) { // in the middle of its period
+                    const PatternRow* rows = &line->at(4 * i);
+                    const float middle = (rows[0].path + rows[3].path) / 2;
+                    QVERIFY(qAbs(middle - period * (float(order[i]) + 0.5f)) < 0.001f);
+                    QVERIFY(qAbs(rows[1].path - rows[0].path - ascend) < 0.001f);
+                    QVERIFY(rows[0].Ir + rows[3].Ir < 1 && rows[1].Ir > 119 && rows[2].Ir > 119);
+                }
+                double path = 0;
+                QVector<int> reached; // places in half millimetres where the beam goes up
+                for (const PatternRow& row : *round) {
+                    if (row.Ir > 0 && reached.size() < number && row.speed < 601 &&
+                        (&row == &round->first() || (&row - 1)->Ir < 1))
+                        reached << qRound(path / 0.5 / double(period)) % number;
+                    path += double(row.path);
+                }
+                QCOMPARE(reached, tacksOrder(circleTacksOrder(number)));
+            }
+        }
+    }
+}
+
+void TestGenerators::weldTakesTheSeam()
+{
+    line("100");
+    QList<Answer> answers{Answers::entry(1)};
+    answers << typed("Ir", "900") << typed("ascend", "10.5") << typed("descend", "4")
+            << look("peak", [] { QCOMPARE(number("peak"), QString("85.5")); }) << Answers::button("peakMinus")
+            << look("peak",
+                    [] {
+                        QCOMPARE(number("peak"), QString("85.4"));
+                        QCOMPARE(number("Ir"), QString("800"));
+                        QTest::keyClicks(Answers::shown<QLineEdit>("title"), " 1"); // one word in the file
+                    })
+            << Answers::button("pbCreate");
+    answer("pbTemplate", answers);
+    QCOMPARE(rows(), (QStringList{"Сварка_1", "0.00 0.0 600.0", "10.50 800.0 600.0", "95.90 800.0 600.0",
+                                  "99.90 0.0 1200.0"}));
+    QVERIFY(m_window->journal.contains("[I]Нажата кнопка 'Сгенерировать' окна 'Линейная сварка'"));
+    QCOMPARE(m_window->journal.last(), QString("[I]Закрыто окно 'Линейная сварка'"));
+    // The next one begins with the numbers of this one, and behind it.
+    generate(1);
+    QCOMPARE(rows().mid(6), (QStringList{"99.90 0.0 600.0", "110.40 800.0 600.0", "195.80 800.0 600.0",
+                                         "199.80 0.0 1200.0"}));
+}
+
+void TestGenerators::rampsLongerThanTheSeam()
+{
+    line("100");
+    QList<Answer> answers{Answers::entry(1)};
+    answers << typed("ascend", "60") << typed("descend", "50")
+            << look("peak", [] { QCOMPARE(number("peak"), QString("-10.0")); }) << Answers::cancel();
+    answer("pbTemplate", answers);
+    QCOMPARE(rows(), QStringList());
+    const auto write = [this] {
+        LinWeld dialog({100, -1, 600, 1200}, m_window->contour, m_window->find("pbTemplate"));
+        dialog.findChild<QAbstractButton*>("ascendPlus")->click();
+        dialog.on_pbCreate_clicked();
+    };
+    QVERIFY(deathOf(write).contains("interval >= 0"));
+}
+
+void TestGenerators::periodIsNotRounded()
+{
+    Kept{"LinTackWelds", 50, 1, 2, 1, 3}.store();
+    line("100");
+    answer("pbTemplate",
+           {Answers::entry(0), look("period", [] { QCOMPARE(number("period"), QString("33.3")); }),
+            Answers::button("pbCreate")});
+    QCOMPARE(rows(), (QStringList{"Прихватки", "48.00 0.0 600.0", "49.00 50.0 600.0", "51.00 50.0 600.0",
+                                  "52.00 0.0 1200.0", "14.67 0.0 600.0", "15.67 50.0 600.0",
+                                  "17.67 50.0 600.0", "18.67 0.0 1200.0", "81.33 0.0 600.0",
+                                  "82.33 50.0 600.0", "84.33 50.0 600.0", "85.33 0.0 1200.0"}));
+}
+
+void TestGenerators::unitsForthAndBack()
+{
+    struct
+    {
+        const char* group;
+        int entry;
+    } const dialogs[] = {{"CircleWeld", 1}, {"CircleTackWelds", 0}};
+    for (const auto& dialog : dialogs) {
+        ring("77.7", 1);
+        Kept{dialog.group, 50, 3.3, 17.7, 2.1, 3}.store();
+        generate(dialog.entry);
+        const QStringList straight = rows();
+        for (const int switches : {2, 1}) { // back to millimetres, then written in degrees
+            ring("77.7", 1);
+            QList<Answer> answers{Answers::entry(dialog.entry)};
+            for (int i = 0; i < switches; ++i)
+                answers << Answers::button("pbDegreeOn");
+            answers << look("ascend", [&] {
+                QCOMPARE(number("ascend"), QString(switches == 1 ? "4.9" : "3.30"));
+                QCOMPARE(number("ascendTitle"), QString(switches == 1 ? "Подъем, °" : "Подъем, мм"));
+                if (dialog.entry == 0)
+                    QCOMPARE(number("period"), QString(switches == 1 ? "120.00" : "81.37"));
+            }) << Answers::button("pbCreate");
+            answer("pbTemplate", answers);
+            QCOMPARE(rows(), straight);
+        }
+    }
+}
+
+void TestGenerators::refusals()
+{
+    const QString alarm = "[A]Ошибка! Расчетная длина прихватки больше периода прихватки!";
+    Kept{"LinTackWelds", 50, 10, 31, 10, 2}.store();
+    line("100");
+    const auto stays = look("pbCreate", [] {});
+    const QList<Answer> refused{Answers::entry(0), Answers::button("pbCreate"), stays, stays,
+                                Answers::cancel()};
+    answer("pbTemplate", refused);
+    QCOMPARE(rows(), QStringList());
+    QCOMPARE(m_window->journal.count(alarm), 1);
+
+    Kept{"CircleTackWelds", 50, 30, 31, 30, 4, true}.store(); // 91 of 90 degrees
+    ring("100", 1);
+    answer("pbTemplate", refused);
+    QCOMPARE(rows(), QStringList{"Прихватки"});
+    QCOMPARE(m_window->journal.count(alarm), 1);
+
+    Kept{"CircleTackWelds", 50, 30, 30, 30, 4, true}.store(); // from tack to tack without a gap
+    ring("100", 4);
+    generate(0);
+    QCOMPARE(rows().size(), 1 + 3 + 3 * 4 - 0);
+}
+
+void TestGenerators::settingsOfNoise()
+{
+    Kept{"CircleTackWelds", 1e9, qQNaN(), -5, 1e30, -7, true}.store();
+    QSettings(site().path("/home/oper/bin/settings.ini"), QSettings::IniFormat)
+        .setValue("CircleTackWelds/Number", "many");
+    ring("100", 1);
+    answer("pbTemplate", {Answers::entry(0),
+                          look("Ir",
+                               [] {
+                                   QCOMPARE(number("Ir"), QString("800"));
+                                   QCOMPARE(number("ascend"), QString("0.0"));
+                                   QCOMPARE(number("peak"), QString("0.0"));
+                                   QCOMPARE(number("descend"), QString("90.0"));
+                                   QCOMPARE(number("number"), QString("1"));
+                               }),
+                          Answers::cancel()});
+}
+
+void TestGenerators::run_data()
+{
+    QTest::addColumn<int>("number"); // of tacks, 0 for a weld
+    QTest::addColumn<bool>("round");
+    QTest::addColumn<bool>("degrees");
+    for (const int number : {0, 2, 3, 5, 8, 12}) {
+        for (const bool round : {false, true}) {
+            for (const bool degrees : {false, true}) {
+                if (round || !degrees)
+                    QTest::addRow("%d %s %s", number, round ? "ring" : "line", degrees ? "deg" : "mm")
+                        << number << round << degrees;
+            }
+        }
+    }
+}
+
+// What the dialogs write is run by the controller, and the beam burns where the pattern says.
+void TestGenerators::run()
+{
+    QFETCH(int, number);
+    QFETCH(bool, round);
+    QFETCH(bool, degrees);
+    // The turn of such a part is a millimetre a degree: programs round that to two decimals.
+    const double length = round ? 114.59 * M_PI : 300;
+    const double mm = degrees ? length / 360 : 1; // in a unit of the pattern
+    const QString group = QString(round ? "Circle" : "Lin") + (number ? "TackWelds" : "Weld");
+    Kept kept{group, 40, 4 / mm, (number ? 6 : length - 20) / mm, 3 / mm, number, degrees};
+    kept.store();
+    round ? ring("114.59", 12) : line("300");
+    generate(number ? 0 : 1);
+    m_window->press("pbGcode");
+
+    Beam beam(*m_window);
+    const double t = 4 + kept.peak * mm + 3;
+    const auto burns = beam.run([&](NcTestHost& host) {
+        return round ? std::fmod(host.at("V") + 360, 360.0) / 360 * length : host.at("X");
+    });
+    QCOMPARE(beam.trouble(), QString());
+    const QVector<int> order =
+        number == 0 ? QVector<int>{0} : tacksOrder(round ? circleTacksOrder(number) : linTacksOrder(number));
+    QCOMPARE(burns.size(), order.size());
+    for (int i = 0; i < burns.size(); ++i) {
+        const double period = length / qMax(1, number);
+        const double start = order[i] * period + (round || number == 0 ? 0 : (period - t) / 2);
+        const QByteArray where = QByteArray::number(burns[i].from) + " to " +
+                                 QByteArray::number(burns[i].to) + " instead of " + QByteArray::number(start);
+        // Half a milliampere of the ramps, the rounding of the programs and a step of the simulation.
+        QVERIFY2(qAbs(burns[i].from - start) < 1.2, where);
+        QVERIFY2(qAbs(burns[i].to - start - t) < 1.2, where);
+        QVERIFY(burns[i].peak > 39.9 && burns[i].peak < 40.1);
+    }
+}
+
+void TestGenerators::addsContourPoints()
+{
+    line("100");
+    m_window->teach(100, 50, 0);
+    {
+        Answers closing({Answers::entry(0)});
+        m_window->press("pbRing");
+    }
+    answer("nrings", {Answers::number("3")});
+    QList<Answer> answers = typed("pointNumber", "9"); // only three are there
+    answers << typed("rotateNumber", "7")
+            << look("pbAdd",
+                    [] {
+                        QCOMPARE(number("pointNumber"), QString("3"));
+                        QCOMPARE(number("rotateNumber"), QString("3"));
+                    })
+            << Answers::button("pbAdd") << ticked("cbAllPoints") << ticked("rbAllRotate")
+            << look("pbAdd",
+                    [] {
+                        QVERIFY(!Answers::shown<QWidget>("pointNumber")->isEnabled());
+                        QVERIFY(!Answers::shown<QWidget>("rotateNumberPlus")->isEnabled());
+                    })
+            << Answers::cancel();
+    answer("pbAddTechPoint", answers);
+    const double pass = 150 + std::hypot(100, 50);
+    QCOMPARE(rows(), QStringList{QString::number(150 + 2 * pass, 'f', 2) + " 0.0 600.0"});
+    QCOMPARE(m_window->journal.last(), QString("[I]Закрыто окно 'Добавление точки контура'"));
+
+    m_window->tech()->setCurrentCell(1, 0);
+    m_window->press("pbDelTechPoint"); // what was ticked is remembered
+    answer("pbAddTechPoint", {Answers::button("pbAdd"), look("pbAdd", [] {}), Answers::cancel()});
+    QStringList paths;
+    for (const double turn : {0.0, pass, 2 * pass}) {
+        for (const double path : {0.0, 100.0, 150.0})
+            paths << QString::number(turn + path, 'f', 2) + " 0.0 600.0";
+    }
+    QCOMPARE(rows(), paths);
+}
+
+void TestGenerators::arcThroughThreePoints()
+{
+    const auto frames = [this] { return m_window->column(m_window->points(), 3); };
+    const auto frame = [this](int row, QList<Answer> answers) {
+        Answers all(std::move(answers));
+        m_window->touchCell(m_window->points(), row, 3);
+        QVERIFY(all.allGiven());
+    };
+    line("100");
+    m_window->teach(100, 0, 60);
+    m_window->teach(50, 0, 120);
+    const QStringList straight = frames();
+    m_window->touchCell(m_window->points(), 3, 3); // the end of an open contour is no frame
+    QVERIFY(!QApplication::activeModalWidget());
+    frame(0, {Answers::button("pbType"),
+              look("frmArc",
+                   [] {
+                       QVERIFY(Answers::shown<QWidget>("frmArc")->isEnabled());
+                       QVERIFY(!Answers::shown<QWidget>("cbCalc")->isEnabled());
+                   }),
+              Answers::button("pbCancel")});
+    QCOMPARE(frames(), straight);
+
+    // In XY the points lie on a line; in XZ on a circle.
+    frame(1, {Answers::button("pbType"), ticked("cbCalc"),
+              look("cbCalc", [] { QVERIFY(!Answers::shown<QAbstractButton>("cbCalc")->isChecked()); }),
+              Answers::button("pbXZ"), ticked("cbClockWise"), ticked("cbCalc"),
+              look("radius", [] { QCOMPARE(number("radius"), QString("58.31")); }), Answers::button("pbOn")});
+    QCOMPARE(frames(), (QStringList{"Дуга, r=58.3, пр. ч.с., пл-XZ", "Дуга, r=58.3, пр. ч.с., пл-XZ",
+                                    "Прямая", "Конец"}));
+    // Three quarters of the circle with that diameter and three quarters more would be another seam.
+    const double r = std::hypot(100, 60) / 2;
+    const double arcs = 2 * r * (std::asin(50 / r) + std::asin(30 / r));
+    QVERIFY(qAbs(m_window->find<PoLabel>("length")->value() - (arcs + std::hypot(50, 60))) < 0.01);
+    m_window->press("pbGcode");
+    Beam machine(*m_window);
+    machine.run([](NcTestHost&) { return 0.0; });
+    QCOMPARE(machine.trouble(), QString());
+    QVERIFY(qAbs(machine.host().at("Z") - 120) < 0.01);
+
+    {
+        Answers closing({Answers::entry(0)});
+        m_window->press("pbRing");
+    }
+    frame(3, {Answers::button("pbType"), Answers::button("pbXZ"), ticked("cbCalc"),
+              Answers::button("pbOn")}); // the closing frame ends at the first point
+    QCOMPARE(frames()[3].left(5), QString("Дуга,"));
+    QCOMPARE(frames()[2], frames()[3]);
+}
+
+QTEST_MAIN(TestGenerators)
+#include "test_generators.moc"

@@ -1,39 +1,19 @@
 #include "consolehost.h"
 #include "contour.h"
 #include "drivecomm.h"
+#include "programfile.h"
 #include "schema.h"
 #include "site.h"
 #include "ui_contour.h"
 
 #include <QDebug>
-#include <QFile>
-#include <QTextStream>
 #include <QThread>
 
 namespace {
 
-// Everyone may read and write a program: the controller sees the same file under its own user.
-constexpr int everyone = 0x777;
-
 void pauseFor(std::chrono::microseconds pause)
 {
     QThread::usleep(static_cast<unsigned long>(pause.count()));
-}
-
-bool writeProgram(const QString& path, const QString& text)
-{
-    QFile file(site().path(path));
-    file.setPermissions(QFileDevice::Permissions(everyone));
-    if (!file.open(QIODevice::WriteOnly))
-        return false;
-    QTextStream stream(&file);
-    stream << text;
-    stream.flush();
-    if (stream.status() == QTextStream::Ok && file.flush())
-        return true;
-    // The rest of a program that was cut off is an end that nobody wrote.
-    qWarning() << "program not written:" << file.fileName() << file.errorString();
-    return false;
 }
 
 } // namespace
@@ -41,7 +21,7 @@ bool writeProgram(const QString& path, const QString& text)
 void CONTOUR::run(int channel, const QString& text)
 {
     const QString path = m_prgDir + QStringLiteral("_temp%1.npg").arg(channel);
-    if (writeProgram(path, text))
+    if (writeProgramFile(path, text))
         execute(channel, path);
 }
 
@@ -149,6 +129,6 @@ void CONTOUR::on_pbRun_3_clicked()
 void CONTOUR::runEdited(int channel, const QString& file)
 {
     emit message(QStringLiteral("[I]Нажата кнопка 'Пуск программы' панели 'Канал %1'").arg(channel), false);
-    if (writeProgram(m_prgDir + file, programEdit(channel)->toPlainText()))
+    if (writeProgramFile(m_prgDir + file, programEdit(channel)->toPlainText()))
         execute(channel, m_prgDir + file);
 }

@@ -1,13 +1,13 @@
 #include "fixedmove.h"
 
+#include "axisprogram.h"
 #include "drivecomm.h"
 #include "numpad.h"
+#include "programfile.h"
 #include "site.h"
 #include "ui_fixedmove.h"
 #include "widgets.h"
 
-#include <QDebug>
-#include <QFile>
 #include <QSettings>
 #include <QTextStream>
 
@@ -26,14 +26,12 @@ QString settingsFile()
     return site().path(QStringLiteral("/home/oper/bin/settings.ini"));
 }
 
-// The axis's name in NC programs.
-QString axisWord(const QString& name)
+// In the stream's form: six significant digits.
+QString streamed(float value)
 {
-    if (name == QLatin1String("Z"))
-        return QStringLiteral("Y");
-    if (name == QLatin1String("U2"))
-        return QStringLiteral("U1");
-    return name;
+    QString text;
+    QTextStream(&text) << value;
+    return text;
 }
 
 } // namespace
@@ -96,12 +94,15 @@ void FixedMove::setCoord(double value)
 
 void FixedMove::on_pbStart_clicked()
 {
-    if (writeProgram())
+    const bool absolute = m_ui->rbAbsolute->isChecked();
+    if (writeProgramFile(programPath,
+                         axisProgram(m_channel, m_name, absolute, streamed(m_ui->lblCoord->value()),
+                                     QString::number(m_speed))))
         m_drive->command(QStringLiteral("EXEC_%1(%2)").arg(m_channel).arg(programPath));
 
     const double value = double(m_ui->lblCoord->value());
     // The journal tells of the press, also when the program could not be written.
-    if (m_ui->rbAbsolute->isChecked())
+    if (absolute)
         emit message(QStringLiteral("[C]Запущено фиксированное перемещение по оси %1 в координату %2")
                          .arg(m_name)
                          .arg(value),
@@ -113,37 +114,4 @@ void FixedMove::on_pbStart_clicked()
                          .arg(m_unit),
                      true);
     reject();
-}
-
-QString FixedMove::program() const
-{
-    QString text;
-    QTextStream lines(&text);
-    lines << "N01 $" << m_channel << '\n';
-    if (m_name == QLatin1String("V"))
-        lines << "N02 ARF()\n";
-    lines << "N03 " << (m_ui->rbAbsolute->isChecked() ? "G90" : "G91") << " G01 " << axisWord(m_name) << '='
-          << m_ui->lblCoord->value() << " F" << m_speed << '\n';
-    lines << "N05 M30\n";
-    lines.flush();
-    return text;
-}
-
-bool FixedMove::writeProgram() const
-{
-    QFile file(site().path(programPath));
-    // The controller reads the folder under another account.
-    file.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner | QFile::ReadUser |
-                        QFile::WriteUser | QFile::ExeUser | QFile::ReadGroup | QFile::WriteGroup |
-                        QFile::ExeGroup | QFile::ReadOther | QFile::WriteOther | QFile::ExeOther);
-    if (!file.open(QIODevice::WriteOnly)) {
-        qDebug().noquote() << "fixed move:" << file.fileName() << file.errorString();
-        return false;
-    }
-    file.write(program().toUtf8());
-    file.close();
-    // Half a program is not started: it may end anywhere.
-    if (file.error() != QFileDevice::NoError)
-        qDebug().noquote() << "fixed move:" << file.fileName() << file.errorString();
-    return file.error() == QFileDevice::NoError;
 }

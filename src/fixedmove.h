@@ -36,8 +36,6 @@ signals:
 
 private:
     void setCoord(double value); // mm or deg
-    QString program() const;
-    bool writeProgram() const;
 
     std::unique_ptr<Ui::FixedMove> m_ui;
     const QString m_name;

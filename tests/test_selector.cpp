@@ -4,6 +4,7 @@
 #include "widgets.h"
 
 #include "deathtest.h"
+#include "plant/controller.h"
 #include "sitefixture.h"
 
 #include <QPushButton>
@@ -12,6 +13,8 @@
 #include <QSignalSpy>
 #include <QTimer>
 #include <QtTest>
+
+#include <cmath>
 
 // The two dialogs that hang on an axis's row: fixed move and speed selector.
 class TestSelector : public QObject
@@ -88,9 +91,12 @@ void TestSelector::fixedMoveProgram_data()
         const char* axis;
         int channel;
         const char* word;
-    } axes[] = {{"LX2", 1, "LX2"}, {"LY", 1, "LY"}, {"U2", 2, "U1"}, {"Z", 1, "Y"}, {"PHI", 1, "PHI"}};
+    } axes[] = {{"LX", 1, "LX"}, {"LX2", 1, "LX2"}, {"LY", 1, "LY"},  {"A", 1, "A"},   {"B", 1, "B"},
+                {"C", 1, "C"},   {"D", 1, "D"},     {"U1", 2, "U1"},  {"U2", 2, "U1"}, {"V", 2, "V"},
+                {"X", 1, "X"},   {"Z", 1, "Y"},     {"PHI", 1, "PHI"}};
     for (const auto& axis : axes) {
-        const QByteArray head = "N01 $" + QByteArray::number(axis.channel) + "\nN03 ";
+        const QByteArray head = "N01 $" + QByteArray::number(axis.channel) +
+                                (axis.axis == QByteArray("V") ? "\nN02 ARF()\nN03 " : "\nN03 ");
         const QByteArray word = QByteArray(" G01 ") + axis.word;
         QTest::addRow("%s to", axis.axis)
             << axis.axis << axis.channel << true << 12.5 << head + "G90" + word + "=12.5 F3000\nN05 M30\n"
@@ -99,9 +105,6 @@ void TestSelector::fixedMoveProgram_data()
             << axis.axis << axis.channel << false << -7.0 << head + "G91" + word + "=-7 F3000\nN05 M30\n"
             << by.arg(axis.axis, QStringLiteral("-7"));
     }
-    QTest::newRow("V to") << "V" << 2 << true << 360.0
-                          << QByteArray("N01 $2\nN02 ARF()\nN03 G90 G01 V=360 F3000\nN05 M30\n")
-                          << to.arg(QStringLiteral("V"), QStringLiteral("360"));
     // Six significant digits of a single-precision number.
     QTest::newRow("six digits") << "LX" << 1 << true << 1234.5678
                                 << QByteArray("N01 $1\nN03 G90 G01 LX=1234.57 F3000\nN05 M30\n")
@@ -129,6 +132,31 @@ void TestSelector::fixedMoveProgram()
     QTEST(told[0][0].toString(), "line");
     QCOMPARE(told[0][1].toBool(), true);
     QCOMPARE(closed.size(), 1);
+
+    // And the controller goes there.
+    using namespace plant;
+    MotionController controller(m_site->root());
+    const auto pass = [&](double seconds) {
+        for (double time = 0; time < seconds; time += 0.01)
+            controller.step(0.01);
+    };
+    QCOMPARE(controller.command(QStringLiteral("DRIVE ON")), QString());
+    pass(2);
+    const bool isVirtual = axis == "X" || axis == "Z" || axis == "PHI";
+    if (isVirtual)
+        QCOMPARE(controller.command(QStringLiteral("TRANS ON")), QString());
+    pass(0.1);
+    const AxisId moved = *axisByName(axis == "U2" ? QStringLiteral("U1") : axis);
+    const double start = controller.axes().position(moved);
+    for (int time = 0; time < 2; ++time) { // a second absolute move stays where it is
+        QCOMPARE(controller.command(QStringLiteral("EXEC_%1(/programs/_fixed.npg)").arg(channel)), QString());
+        pass(30);
+        QCOMPARE(controller.channelState(channel), ChannelState::Idle);
+    }
+    const double target = absolute ? value : start + 2 * value;
+    const double place = axis == "V" && target < 0 ? target + 360 : target;
+    QVERIFY2(std::abs(controller.axes().position(moved) - place) < 0.01,
+             qPrintable(QString::number(controller.axes().position(moved))));
 }
 
 void TestSelector::fixedMoveRemembers()

@@ -1,0 +1,25 @@
+#include "programfile.h"
+
+#include "site.h"
+
+#include <QDebug>
+#include <QFile>
+#include <QTextStream>
+
+bool writeProgramFile(const QString& path, const QString& text)
+{
+    constexpr int everyone = 0x777; // user, group, others
+
+    QFile file(site().path(path));
+    file.setPermissions(QFileDevice::Permissions(everyone));
+    if (file.open(QIODevice::WriteOnly)) {
+        QTextStream stream(&file);
+        stream << text;
+        stream.flush();
+        if (stream.status() == QTextStream::Ok && file.flush())
+            return true;
+    }
+    // The rest of a program that was cut off is an end that nobody wrote.
+    qWarning() << "program not written:" << file.fileName() << file.errorString();
+    return false;
+}

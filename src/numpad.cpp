@@ -27,12 +27,14 @@ Numpad::Numpad(const QString& title, QWidget* parent, float value, bool noDecima
 {
     m_ui->setupUi(this);
     drawSigns();
+    for (QPushButton* key : findChildren<QPushButton*>()) // a style sheet above would leave them small
+        key->setFont(font());
     m_ui->pbDecimal->setDisabled(m_noDecimal || m_password);
     m_ui->pbSign->setDisabled(m_noSign || m_password);
 
-    QFont font = m_ui->leValue->font();
-    font.setPointSize(m_password ? 24 : 30);
-    m_ui->leValue->setFont(font);
+    QFont digits = font();
+    digits.setPointSize(m_password ? 24 : 30);
+    m_ui->leValue->setFont(digits);
     m_ui->leValue->setEchoMode(m_password ? QLineEdit::Password : QLineEdit::Normal);
     m_ui->leValue->clear();
 

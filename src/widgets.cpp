@@ -214,6 +214,7 @@ void MyFrame::buildTitle(const QString& title)
     QFont font = m_title->font();
     font.setPointSize(15);
     m_title->setFont(font);
+    m_title->setPalette(colours); // a style sheet above would keep the bar's colours from it
 
     m_closeButton = new QPushButton(m_titleBar);
     m_closeButton->setObjectName(QStringLiteral("pbClose"));

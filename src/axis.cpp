@@ -1,5 +1,6 @@
 #include "axis.h"
 
+#include "axisinfo.h"
 #include "drivecomm.h"
 #include "drivestate.h"
 #include "fixedmove.h"
@@ -61,6 +62,7 @@ Axis::Axis(const QString& name, const QString& unit, int number, int channel, in
     , m_speedLabel(speedLabel)
     , m_plusButton(plusButton)
     , m_minusButton(minusButton)
+    , m_infoButton(infoButton)
 {
     // The buttons' own released() comes early when a limit switch disables a held button; the hold follows
     // the finger.
@@ -178,6 +180,35 @@ void Axis::onSpeedClicked()
 void Axis::onInfoClicked()
 {
     emit axisMessage(QStringLiteral("[I]Открыто окно дополнительных параметров оси %1").arg(m_name), false);
+    AxisInfo dialog(m_name, m_drive, m_infoButton);
+    connect(&dialog, &AxisInfo::message, this, &Axis::axisMessage);
+
+    connect(this, &Axis::stateChanged, &dialog, &AxisInfo::onStateChanged);
+    dialog.onStateChanged(m_state);
+    connect(this, &Axis::coordChanged, &dialog, &AxisInfo::onCoordChanged);
+    dialog.onCoordChanged(m_coord);
+    connect(this, &Axis::speedChanged, &dialog, &AxisInfo::onSpeedChanged);
+    dialog.onSpeedChanged(speed());
+    connect(this, &Axis::epPlusChanged, &dialog, &AxisInfo::onEpPlusChanged);
+    dialog.onEpPlusChanged(m_epPlus);
+    connect(this, &Axis::epMinusChanged, &dialog, &AxisInfo::onEpMinusChanged);
+    dialog.onEpMinusChanged(m_epMinus);
+    connect(this, &Axis::epPlusValueChanged, &dialog, &AxisInfo::onMaxLimChanged);
+    dialog.onMaxLimChanged(m_maxLimit);
+    connect(this, &Axis::epMinusValueChanged, &dialog, &AxisInfo::onMinLimChanged);
+    dialog.onMinLimChanged(m_minLimit);
+
+    if (m_name == QLatin1String("LX") || m_name == QLatin1String("U1")) {
+        connect(&dialog, &AxisInfo::showSecondAxis, this, &Axis::secondAxis);
+        dialog.onSecondAxisShowButton(m_secondAxis);
+    }
+    connect(this, &Axis::parked, &dialog, &AxisInfo::onParked);
+    dialog.onParked(m_state == parkedCode);
+    connect(&dialog, &AxisInfo::park, this, &Axis::onPark);
+    connect(&dialog, &AxisInfo::clearError, this, &Axis::onClearError);
+    connect(m_drive, &DriveTCPthread::changedDrivesOn, &dialog, &AxisInfo::onDrivesOn);
+    dialog.onDrivesOn(m_drivesOn);
+    dialog.exec();
 }
 
 void Axis::onEndlessClicked(bool on)

@@ -94,4 +94,5 @@ private:
     PoLabel* m_speedLabel;
     QPushButton* m_plusButton;
     QPushButton* m_minusButton;
+    QPushButton* m_infoButton;
 };

@@ -31,11 +31,11 @@ Gui::Gui()
     ui->setupUi(this); // `contour` and, last of all, `kvs`
     m_virtual = {
         VirtualAxis{QStringLiteral("X"), QStringLiteral("мм"), ui->coordX, ui->speedX, ui->indX, ui->pbPlusX,
-                    ui->pbMinusX},
+                    ui->pbMinusX, ui->pbInfoX},
         VirtualAxis{QStringLiteral("Z"), QStringLiteral("мм"), ui->coordZ, ui->speedZ, ui->indZ, ui->pbPlusZ,
-                    ui->pbMinusZ},
+                    ui->pbMinusZ, ui->pbInfoZ},
         VirtualAxis{QStringLiteral("PHI"), QStringLiteral("град"), ui->coordPHI, ui->speedPHI, ui->indPHI,
-                    ui->pbPlusPHI, ui->pbMinusPHI},
+                    ui->pbPlusPHI, ui->pbMinusPHI, ui->pbInfoPHI},
     };
     setWindowState(Qt::WindowFullScreen | Qt::WindowActive);
     addAction(ui->actExit); // its shortcut works although no menu shows it

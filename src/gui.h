@@ -93,7 +93,7 @@ public slots:
     void onChangedChannelMode1(uint mode);
     void onChangedChannelMode2(uint mode);
     void onChangedChannelMode3(uint mode);
-    void onChangedStateVirtual(uint value) { VirtualAxisStateChanged(value); }
+    void onChangedStateVirtual(uint value);
     void VirtualAxisStateChanged(uint state); // above 4: lamps stay as they are
 
     // What it tells in words and numbers (gui_messages.cpp). Called for changes only, but for the first
@@ -188,6 +188,9 @@ private slots:
     void on_coordX_clicked() { fixedMove(X); }
     void on_coordZ_clicked() { fixedMove(Z); }
     void on_coordPHI_clicked() { fixedMove(Phi); }
+    void on_pbInfoX_clicked() { axisInfo(X); }
+    void on_pbInfoZ_clicked() { axisInfo(Z); }
+    void on_pbInfoPHI_clicked() { axisInfo(Phi); }
     void on_lblLir1_clicked(); // gui_handwheels.cpp
     void on_lblLir2_clicked();
     void on_lblLir3_clicked();
@@ -216,9 +219,12 @@ private:
         PoSprite* lamp;
         QPushButton* plus;  // jogs in the negative direction
         QPushButton* minus; // jogs in the positive direction
+        QPushButton* info;
         float value = 0;    // mm or deg
         float maxLimit = 0; // soft limits as last told
         float minLimit = 0;
+        bool atMax = false; // end switches
+        bool atMin = false;
     };
 
     // Fingers on the jog buttons of the virtual axes (gui_commands.cpp). No slots: bound by name they would
@@ -273,6 +279,7 @@ private:
     void setVirtualEnd(VirtualIndex index, bool maximum, bool on);
     void speedSelector(VirtualIndex index);
     void fixedMove(VirtualIndex index);
+    void axisInfo(VirtualIndex index);
     void closeWithLine(const QString& line);
 
     // `name` is the wheel's in the journal, `parameter` its assignment, `use` the label that tells it.
@@ -315,6 +322,7 @@ private:
     uint m_drivePower = 0;
     uint m_lightState = 0;
     uint m_channel1State = 0;
+    uint m_virtualState = 0; // of the virtual axes together
     bool m_drivesOn = false;
     bool m_pultOn = false;
     uint m_pultRegime = 0;

@@ -2,8 +2,11 @@
 
 #include "autorization_manager.h"
 #include "axis.h"
+#include "axisinfo.h"
 #include "fixedmove.h"
 #include "joghold.h"
+#include "point.h"
+#include "ratecalc.h"
 #include "selector.h"
 #include "site.h"
 #include "statebutton.h"
@@ -170,9 +173,39 @@ void Gui::fixedMove(VirtualIndex index)
     dialog.exec();
 }
 
+// What the dialog of a virtual axis shows is of the moment of its opening; only the limits of Z and PHI stay
+// live. These axes have no drive of their own: nothing hears the parking and the clearing of errors.
+void Gui::axisInfo(VirtualIndex index)
+{
+    const VirtualAxis& virtualAxis = m_virtual[index];
+    AxisInfo dialog(virtualAxis.name, &m_drives, virtualAxis.info);
+    connect(&dialog, &AxisInfo::message, this, &Gui::prgMessage);
+    dialog.onVirtualStateChanged(m_virtualState);
+    dialog.onCoordChanged(virtualAxis.value);
+    dialog.onSpeedChanged(virtualAxis.speedLabel->whole());
+    dialog.onEpPlusChanged(virtualAxis.atMax);
+    dialog.onEpMinusChanged(virtualAxis.atMin);
+    dialog.onMaxLimChanged(virtualAxis.maxLimit);
+    dialog.onMinLimChanged(virtualAxis.minLimit);
+    if (index == Z) {
+        connect(&m_drives, &DriveTCPthread::changedMaxLimZ, &dialog, &AxisInfo::onMaxLimChanged);
+        connect(&m_drives, &DriveTCPthread::changedMinLimZ, &dialog, &AxisInfo::onMinLimChanged);
+    } else if (index == Phi) {
+        connect(&m_drives, &DriveTCPthread::changedMaxLimPHI, &dialog, &AxisInfo::onMaxLimChanged);
+        connect(&m_drives, &DriveTCPthread::changedMinLimPHI, &dialog, &AxisInfo::onMinLimChanged);
+    }
+    dialog.exec();
+}
+
 void Gui::on_pbPoint_clicked()
 {
     prgMessage(QStringLiteral("[I]Нажата кнопка 'Координаты точек'"), false);
+    QList<float> coords;
+    for (const QString& name : qAsConst(m_lirAxes))
+        coords << coord(name);
+    prgMessage(QStringLiteral("[I]Открыто окно 'Координаты точки'"), false);
+    Point dialog(&m_drives, coords, ui->pbPoint);
+    dialog.exec();
 }
 
 void Gui::on_pbConstants_clicked()
@@ -184,6 +217,8 @@ void Gui::on_pbCalc_clicked()
 {
     prgMessage(QStringLiteral("[I]Нажата кнопка 'Калькулятор скоростей'"), false);
     QProcess::startDetached(QStringLiteral("kcalc"), {});
+    RateCalc dialog(ui->pbCalc);
+    dialog.exec();
 }
 
 void Gui::on_pbInformation_clicked()

@@ -160,6 +160,12 @@ void Gui::onChangedChannelMode3(uint mode)
     drawChannelMode(ui->channel3Mode, mode);
 }
 
+void Gui::onChangedStateVirtual(uint value)
+{
+    m_virtualState = value;
+    VirtualAxisStateChanged(value);
+}
+
 void Gui::VirtualAxisStateChanged(uint state)
 {
     static constexpr int kLamps[] = {0, 2, 1, 4, 2}; // gray, yellow, green, red, yellow
@@ -181,7 +187,9 @@ void Gui::showVirtualCoord(VirtualIndex index, float value)
 // takes away plus, whose command is the negative one.
 void Gui::setVirtualEnd(VirtualIndex index, bool maximum, bool on)
 {
-    (maximum ? m_virtual[index].plus : m_virtual[index].minus)->setDisabled(on);
+    VirtualAxis& axis = m_virtual[index];
+    (maximum ? axis.atMax : axis.atMin) = on;
+    (maximum ? axis.plus : axis.minus)->setDisabled(on);
 }
 
 void Gui::changedMode(uint value)

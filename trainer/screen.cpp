@@ -37,7 +37,7 @@ protected:
 // The console's own window lies beneath its dialogs, whatever was shown last.
 int floorOf(const QWidget* window)
 {
-    if (window == QApplication::activePopupWidget())
+    if (window == QApplication::activePopupWidget() || window->windowType() == Qt::ToolTip)
         return 3;
     if (window == QApplication::activeModalWidget())
         return 2;
@@ -71,7 +71,7 @@ QWidgetList windowsFromTop()
 QWidget* windowAt(const QPoint& point)
 {
     for (QWidget* window : windowsFromTop()) {
-        if (window->geometry().contains(point))
+        if (window->geometry().contains(point) && !window->testAttribute(Qt::WA_TransparentForMouseEvents))
             return window;
     }
     return nullptr;

@@ -16,7 +16,7 @@ void takePanel(QObject* parent);
 // Visible windows from the topmost down: the open popup, the modal window, then the rest.
 QWidgetList windowsFromTop();
 
-// The topmost window at a point of the panel, null for none.
+// The topmost window that a touch at a point of the panel reaches, null for none.
 QWidget* windowAt(const QPoint& point);
 
 // All visible windows in their places.

@@ -23,6 +23,9 @@ public:
     {
         login();
         jogging();
+        details();
+        points();
+        calculator();
         contour();
         technology();
         weld();
@@ -48,6 +51,14 @@ private:
         m_hand.tap("pbEnter");
         m_hand.waitVisible("frameHead");
         picture("at-rest");
+        m_hand.tap("pbInfoV"); // a zero is moved without power only
+        m_hand.tap("pbReference");
+        m_hand.waitVisible("pbEnter");
+        m_hand.type("1234");
+        picture("access-code");
+        m_hand.key(Qt::Key_Escape);
+        m_hand.waitGone("pbEnter");
+        close("lblSEPmax");
     }
 
     void jogging()
@@ -75,6 +86,66 @@ private:
         m_hand.waitVisible("frmVirtual");
         m_hand.setSpeed("Z", "1500");
         picture("virtual-axes");
+    }
+
+    void details()
+    {
+        m_hand.tap("pbInfoLX");
+        m_hand.setNumber("lblSEPmax", "1200");
+        m_hand.waitText("lblSEPmax", "1200.0");
+        m_hand.tap("pbSecondAxis");
+        picture("axis-details");
+        m_hand.press("sbPark"); // tells why it refuses
+        picture("parking-refused");
+        m_hand.release();
+        close("lblSEPmax");
+        m_hand.tap("pbInfoLX2");
+        m_hand.waitVisible("lblSEPmax");
+        picture("axis-details-second");
+        close("lblSEPmax");
+        m_hand.tap("pbInfoZ");
+        m_hand.waitVisible("lblSEPmax");
+        picture("axis-details-virtual");
+        close("lblSEPmax");
+        m_hand.tap("pbInfoLX");
+        m_hand.tap("pbSecondAxis");
+        close("lblSEPmax");
+    }
+
+    // By the frame's own button, until `inside` has gone.
+    void close(const QString& inside)
+    {
+        m_hand.tap("pbClose");
+        m_hand.waitGone(inside);
+    }
+
+    void points()
+    {
+        m_hand.tap("pbPoint");
+        m_hand.waitVisible("twPoint");
+        m_hand.tap("pbSaveFile");
+        m_hand.tap("pbSave_as");
+        m_hand.type("start");
+        m_hand.key(Qt::Key_Return);
+        m_hand.waitGone("listWidget_prog");
+        m_hand.tap("pbOpenFile");
+        m_hand.waitVisible("listWidget_prog");
+        m_hand.tapItem("listWidget_prog", "start");
+        picture("point-files");
+        m_hand.tap("pbLoad");
+        m_hand.waitGone("listWidget_prog");
+        m_hand.tapCell("twPoint", 1, 1);
+        picture("points");
+        close("twPoint");
+    }
+
+    void calculator()
+    {
+        m_hand.tap("pbCalc");
+        m_hand.setNumber("lblDiam", "250");
+        m_hand.tap("pbLinRate1Plus");
+        picture("rate-calculator");
+        close("lblDiam");
     }
 
     void contour()

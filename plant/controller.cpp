@@ -34,6 +34,7 @@ MotionController::MotionController(const QString& root, std::uint32_t seed)
 
 void MotionController::step(double dt)
 {
+    m_time += dt;
     m_drives.step(dt);
     stepDoor(dt);
     startPending();
@@ -314,7 +315,8 @@ QString MotionController::summary() const
                      .arg(QLatin1String(traits(axis).name))
                      .arg(m_axes.position(axis), 0, 'f', 2);
     parts << QStringLiteral("IR %1").arg(m_beamCurrent, 0, 'f', 1)
-          << QStringLiteral("IW %1").arg(m_focusCurrent, 0, 'f', 0);
+          << QStringLiteral("IW %1").arg(m_focusCurrent, 0, 'f', 0)
+          << QStringLiteral("time %1").arg(m_time, 0, 'f', 0);
     return parts.join(QStringLiteral(", "));
 }
 

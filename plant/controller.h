@@ -187,6 +187,7 @@ private:
     Drives m_drives;
     NcMachine m_nc;
 
+    double m_time = 0; // s of the machine since it began
     Door m_door = Door::Open;
     double m_doorTime = 0; // s left of its travel
     bool m_key = true;

@@ -3,8 +3,10 @@
 #include "autorization_manager.h"
 #include "axis.h"
 #include "axisinfo.h"
+#include "constants.h"
 #include "fixedmove.h"
 #include "joghold.h"
+#include "kvs.h"
 #include "point.h"
 #include "ratecalc.h"
 #include "selector.h"
@@ -17,6 +19,7 @@
 #include <QProcess>
 
 #include <cstdlib>
+#include <thread>
 
 namespace {
 
@@ -211,6 +214,16 @@ void Gui::on_pbPoint_clicked()
 void Gui::on_pbConstants_clicked()
 {
     prgMessage(QStringLiteral("[I]Нажата кнопка 'Параметры системы'"), false);
+    KVKTCPthread* const kvk = ui->kvs->kvk();
+    KVSTCPthread* const kvs = ui->kvs->kvs();
+    Constants dialog(kvk, kvs, this);
+    connect(&dialog, &Constants::message, this, &Gui::prgMessage);
+    connect(kvk, &KVKTCPthread::constsReceived, &dialog, &Constants::onConstsReceivedKVK);
+    connect(kvs, &KVSTCPthread::constsReceived, &dialog, &Constants::onConstsReceivedKVS);
+    kvk->command(QStringLiteral("CONST"));
+    std::this_thread::sleep_for(site().pauses.constants); // KVK's rows are to stand first
+    kvs->command(QStringLiteral("CONST"));
+    dialog.exec();
 }
 
 void Gui::on_pbCalc_clicked()

@@ -1,27 +1,145 @@
 #include "kvs.h"
 
+#include "lockview.h"
+#include "site.h"
+#include "ui_kvs.h"
+#include "widgets.h"
+
+#include <QDebug>
+#include <QSettings>
+#include <QTimer>
+
+#include <cmath>
+
 namespace {
 
-const QColor kDisconnected(255, 192, 192); // background while the vacuum controller does not answer
+constexpr int reconnectMs = 1000; // between two attempts to reach a controller
+const QColor connectedColour(255, 255, 192);
+const QColor lostColour(255, 192, 192);
+
+// A limit of the settings file. What is no number there would call every reading bad or good, so the
+// machine's own limit stands instead.
+float limit(const QSettings& settings, const QString& key, float standard)
+{
+    const QVariant stored = settings.value(key, standard);
+    bool number = false;
+    const float value = stored.toFloat(&number);
+    if (number && std::isfinite(value))
+        return value;
+    qWarning().noquote() << "settings:" << key << "is no number, taken as" << standard;
+    return standard;
+}
+
+void paint(QWidget* widget, const QColor& colour)
+{
+    QPalette colours = widget->palette();
+    colours.setColor(QPalette::Window, colour);
+    widget->setPalette(colours);
+}
 
 } // namespace
 
 KVS::KVS(QWidget* parent)
-    : QFrame(parent)
+    : QWidget(parent)
+    , ui(std::make_unique<Ui::KVS>())
 {
-    QPalette colours = palette();
-    colours.setColor(QPalette::Window, kDisconnected);
-    setPalette(colours);
-    setAutoFillBackground(true);
-    setFrameStyle(QFrame::Panel | QFrame::Raised);
+    ui->setupUi(this);
+    for (QWidget* coloured : {static_cast<QWidget*>(this), static_cast<QWidget*>(ui->Chamber),
+                              static_cast<QWidget*>(ui->Door), static_cast<QWidget*>(ui->frmChamber)})
+        coloured->setAutoFillBackground(true);
+    m_states[TMN] = m_states[VPT] = m_states[VE1] = -1;
+
+    initSprites();
+    initElements();
+    initLocks();
+    initStateButtons();
+    initSensors();
+    initDialogs();
+    initHiding();
+
+    connect(&m_kvk, &KVKStatus::changedAlgNumber, this, &KVS::changedMode);
+    connect(&m_kvk, &KVKStatus::changedAlgNumber, this, &KVS::signalChangedMode);
+    connect(&m_kvk, &KVKStatus::changedAlgTime, this, &KVS::signalChangedModeTime);
+    connect(&m_kvk, &KVKStatus::changedAlgRun, this, &KVS::signalChangedModeState);
+    connect(&m_kvs, &KVSStatus::message, this, &KVS::messageTCP);
+    connect(&m_kvk, &KVKStatus::message, this, &KVS::messageTCP);
+    connect(&m_kvs, &KVSTCPthread::disconnected, this, &KVS::disconnectedKVS);
+    connectKVS();
+    connect(&m_kvk, &KVKTCPthread::disconnected, this, &KVS::disconnectedKVK);
+    connectKVK();
+    loadLimits();
+}
+
+KVS::~KVS()
+{
+    // No new attempt may follow from the end of the links.
+    QObject::disconnect(&m_kvs, &KVSTCPthread::disconnected, this, nullptr);
+    QObject::disconnect(&m_kvk, &KVKTCPthread::disconnected, this, nullptr);
+    m_kvs.disconnect();
+    m_kvk.disconnect();
+    qDeleteAll(m_Elements);
+    qDeleteAll(m_locks);
+}
+
+void KVS::connectKVS()
+{
+    const Endpoint& place = site().kvs;
+    if (!m_kvs.connect(place.host, place.tcpPort, place.udpPort)) {
+        disconnectedKVS();
+        return;
+    }
+    paint(this, connectedColour);
+    m_kvsConnected = true;
+    emit onKVSConnected(true);
+}
+
+void KVS::disconnectedKVS()
+{
+    paint(this, lostColour);
+    m_kvsConnected = false;
+    emit onKVSConnected(false);
+    QTimer::singleShot(reconnectMs, this, &KVS::connectKVS);
+}
+
+void KVS::connectKVK()
+{
+    const Endpoint& place = site().kvk;
+    if (!m_kvk.connect(place.host, place.tcpPort, place.udpPort)) {
+        disconnectedKVK();
+        return;
+    }
+    paint(ui->Chamber, connectedColour);
+    paint(ui->Door, connectedColour);
+    m_kvkConnected = true;
+    emit onKVKConnected(true);
+}
+
+void KVS::disconnectedKVK()
+{
+    paint(ui->Chamber, lostColour);
+    paint(ui->Door, lostColour);
+    m_kvkConnected = false;
+    emit onKVKConnected(false);
+    QTimer::singleShot(reconnectMs, this, &KVS::connectKVK);
+}
+
+void KVS::messageTCP(const QString& text)
+{
+    emit message(text, false);
 }
 
 void KVS::onSystemStarted()
 {
-    emit onKVSConnected(false);
-    emit onKVKConnected(false);
+    emit onKVSConnected(m_kvsConnected);
+    emit onKVKConnected(m_kvkConnected);
 }
 
-void KVS::onUserChanged(int) {}
-
-void KVS::onDoorStateChanged(unsigned int) {}
+void KVS::loadLimits()
+{
+    const QSettings settings(site().path(QStringLiteral("/home/oper/bin/settings.ini")),
+                             QSettings::IniFormat);
+    m_tempWarning = limit(settings, QStringLiteral("Vacuum/TempWarning"), 30);
+    m_tempError = limit(settings, QStringLiteral("Vacuum/TempError"), 50);
+    for (size_t i = 0; i < m_minDischW.size(); ++i)
+        m_minDischW[i] = limit(settings, QStringLiteral("Vacuum/MinDischW%1").arg(i + 1), 3);
+}

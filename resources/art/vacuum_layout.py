@@ -313,7 +313,7 @@ def water():
         LINES.append(("consumer", (835, y - 12, 44, 24)))
         LINES.append(("drain", [(566, y), (RETURN, y)]))
         sprite(f"W{number}", "w", 580, y)
-        text(f"lblW{number}", f"W{number}", 596, y - 12, 30, points=12)
+        text(f"lblW{number}", f"W{number}", 596, y - 12, 33, points=12)
         text(f"W{number}disch", "—", 629, y - 12, 48, points=12, align="Right", kind="PoLabel")
         text(f"lblW{number}u", "л/м", 679, y - 12, 32, points=11, bold=False)
         sprite(f"T{number}", "t", 722, y)

@@ -1,0 +1,125 @@
+#include "constants.h"
+
+#include "kvscomm.h"
+#include "numpad.h"
+#include "site.h"
+#include "ui_constants.h"
+#include "widgets.h"
+
+#include <QDebug>
+#include <QHeaderView>
+#include <QSettings>
+
+#include <iterator>
+
+namespace {
+
+constexpr double accessCode = 730'592;
+constexpr int textSize = 13; // pt
+
+// The widths of the columns as the settings know them.
+const char* const widthKeys[] = {"Constants/Width_ID", "Constants/Width_DESC", "Constants/Width_VALUE"};
+constexpr int standardWidth = 100; // px
+
+QString settingsFile()
+{
+    return site().path(QStringLiteral("/home/oper/bin/settings.ini"));
+}
+
+QTableWidgetItem* centred(const QString& text)
+{
+    auto* const item = new QTableWidgetItem(text);
+    QFont font = item->font();
+    font.setPointSize(textSize);
+    item->setFont(font);
+    item->setTextAlignment(Qt::AlignCenter);
+    return item;
+}
+
+} // namespace
+
+Constants::Constants(KVKTCPthread* kvk, KVSTCPthread* kvs, QWidget* parent)
+    : QDialog(parent)
+    , m_ui(std::make_unique<Ui::Constants>())
+    , m_kvk(kvk)
+    , m_kvs(kvs)
+{
+    m_ui->setupUi(this);
+    const QSettings settings(settingsFile(), QSettings::IniFormat);
+    for (int column = 0; column < int(std::size(widthKeys)); ++column) {
+        const int width = settings.value(QLatin1String(widthKeys[column]), standardWidth).toInt();
+        m_ui->twConst->setColumnWidth(column, width > 0 ? width : standardWidth);
+    }
+    // A description that needs several lines gets them.
+    connect(m_ui->twConst->horizontalHeader(), &QHeaderView::sectionResized, m_ui->twConst,
+            &QTableView::resizeRowsToContents);
+
+    const QPoint place = parent->mapToGlobal(QPoint((parent->width() - width()) / 2, 0));
+    new MyFrame(QStringLiteral("Параметры системы"), place.x(), place.y(), 1, this, parent, true, true);
+}
+
+Constants::~Constants()
+{
+    QSettings settings(settingsFile(), QSettings::IniFormat);
+    for (int column = 0; column < int(std::size(widthKeys)); ++column)
+        settings.setValue(QLatin1String(widthKeys[column]), m_ui->twConst->columnWidth(column));
+    emit message(QStringLiteral("[I]Закрыто окно параметров системы"), false);
+}
+
+void Constants::onConstsReceivedKVK(int)
+{
+    m_countKVK = addRows(*m_kvk, QStringLiteral("KBK:"));
+}
+
+void Constants::onConstsReceivedKVS(int)
+{
+    m_countKVS = addRows(*m_kvs, QStringLiteral("KBC:"));
+}
+
+int Constants::addRows(const VacuumLink& link, const QString& prefix)
+{
+    int count = 0;
+    const auto* const records = static_cast<const VacuumConst*>(link.getVacConsts(count));
+    QTableWidget* const table = m_ui->twConst;
+    for (int i = 0; i < count; ++i) {
+        const VacuumConst& record = records[i];
+        const QString description = record.description();
+        qDebug() << " Consts: " << description << record.id << record.value;
+
+        const int row = table->rowCount();
+        const QString id = QString::number(record.id);
+        table->insertRow(row);
+        table->setItem(row, 0, centred(prefix + id));
+        table->item(row, 0)->setData(Qt::UserRole, id);
+        table->setItem(row, 1, new QTableWidgetItem(description));
+        table->setItem(row, 2, centred(QString::number(double(record.value), 'g', 6)));
+    }
+    table->resizeRowsToContents();
+    return count;
+}
+
+void Constants::on_pbChange_clicked()
+{
+    const int row = m_ui->twConst->currentRow();
+    if (row < 0)
+        return;
+    const QString name = m_ui->twConst->item(row, 0)->text();
+    Numpad entry(name, m_ui->pbChange, 0, false, false, false);
+    if (entry.exec() != QDialog::Accepted)
+        return;
+    Numpad code(QStringLiteral("Пароль:"), m_ui->pbChange, 0, true, true, true);
+    if (code.exec() != QDialog::Accepted || code.value() != accessCode)
+        return;
+
+    emit message(QStringLiteral("[I]Изменено значение параметра %1 (%2), новое значение: %3")
+                     .arg(name, m_ui->twConst->item(row, 1)->text(), QString::number(entry.value(), 'g')),
+                 true);
+    const QString command = QStringLiteral("SET(%1,%2)").arg(name, QString::number(entry.value(), 'f', 7));
+    // The controller is known by the place of the row, not by its prefix: both answer in the order in which
+    // they are asked.
+    if (row >= m_countKVK)
+        m_kvs->command(command);
+    else
+        m_kvk->command(command);
+    accept();
+}

@@ -1,0 +1,188 @@
+#include "kvs.h"
+
+#include "confirm.h"
+#include "eldlg.h"
+#include "numpad.h"
+#include "statebutton.h"
+#include "ui_kvs.h"
+#include "vacuumdialogs.h"
+#include "widgets.h"
+
+#include <QAction>
+
+#include <iterator>
+
+namespace {
+
+constexpr int askSeconds = 5;         // an unanswered question counts as no
+constexpr double setupCode = 305'729; // opens the setup regime
+
+// The regimes by the number under which the chamber controller knows them.
+constexpr struct
+{
+    StateButton* Ui_KVS::*button;
+    const char* title;
+} regimes[] = {
+    {&Ui_KVS::sbVacAdjust, "Наладка"},
+    {&Ui_KVS::sbVacManual, "Ручное\nуправление"},
+    {&Ui_KVS::sbVacPrepare, "Подготовка"},
+    {&Ui_KVS::sbVacForepump, "Форвакуумная\nоткачка"},
+    {&Ui_KVS::sbVacPumping, "Откачка\nкамеры"},
+    {&Ui_KVS::sbVacFilling, "Напуск\nв камеру"},
+    {&Ui_KVS::sbVacShutdown, "Завершение\nработы"},
+};
+
+constexpr int doorClosedY = 90;
+constexpr int doorOpenY = 340;
+constexpr int doorMovingY = 215;
+constexpr int doorPressedX = 42;
+constexpr int doorReleasedX = 30;
+
+} // namespace
+
+void KVS::initStateButtons()
+{
+    for (const auto& regime : regimes)
+        (ui.get()->*regime.button)
+            ->init(QString::fromUtf8(regime.title), false, QString(), QString(), QString(), QString(),
+                   QStringLiteral("[ошибка]"), true);
+
+    Lock* const user = lock(QStringLiteral("REGIME:LockUser"));
+    ui->sbVacAdjust->setLock(true, user);
+    ui->sbVacAdjust->addLock(true, user);
+    // The lock that decides is never set: whether the door stands in the way of pumping is the controller's
+    // to say. The reasons are kept up to date behind it.
+    for (StateButton* pumping : {ui->sbVacForepump, ui->sbVacPumping}) {
+        pumping->setLock(true, lock(QStringLiteral("REGIME:LockPump")));
+        pumping->addLock(true, lock(QStringLiteral("REGIME:LockDoorPress")));
+        pumping->addLock(true, lock(QStringLiteral("REGIME:LockDoorState")));
+    }
+}
+
+void KVS::changedMode(unsigned int value)
+{
+    for (unsigned int number = 0; number < std::size(regimes); ++number)
+        (ui.get()->*regimes[number].button)->setState(number == value);
+}
+
+void KVS::on_sbVacAdjust_clicked()
+{
+    Numpad numpad(QStringLiteral("Пароль"), ui->sbVacAdjust, 0, true, true, true);
+    if (numpad.exec() == QDialog::Accepted && numpad.value() == setupCode) {
+        emit message(QStringLiteral("[I]Введён правильный пароль для перехода в режим 'Наладка'"), true);
+        m_kvk.command(QStringLiteral("ALG(0)"));
+    } else {
+        emit message(QStringLiteral("[W]Введён неправильный пароль для перехода в режим 'Наладка'"), true);
+    }
+}
+
+void KVS::on_sbVacManual_clicked()
+{
+    m_kvk.command(QStringLiteral("ALG(1)"));
+}
+
+void KVS::on_sbVacPrepare_clicked()
+{
+    startAlgorithm(ui->sbVacPrepare, QStringLiteral("Подготовка"), 2);
+}
+
+void KVS::on_sbVacForepump_clicked()
+{
+    startAlgorithm(ui->sbVacForepump, QStringLiteral("Форвакуумная откачка"), 3);
+}
+
+void KVS::on_sbVacPumping_clicked()
+{
+    startAlgorithm(ui->sbVacPumping, QStringLiteral("Откачка камеры"), 4);
+}
+
+void KVS::on_sbVacFilling_clicked()
+{
+    startAlgorithm(ui->sbVacFilling, QStringLiteral("Напуск в камеру"), 5);
+}
+
+void KVS::on_sbVacShutdown_clicked()
+{
+    startAlgorithm(ui->sbVacShutdown, QStringLiteral("Завершение работы"), 6);
+}
+
+// The journal tells the regime when the controller reports it, not when it is asked for.
+void KVS::startAlgorithm(StateButton* button, const QString& name, int number)
+{
+    Confirm confirm(QStringLiteral("Подтверждение"),
+                    QStringLiteral("Запустить автоматический алгоритм '%1'?").arg(name), button, askSeconds);
+    if (confirm.exec() == QDialog::Accepted)
+        m_kvk.command(QStringLiteral("ALG(%1)").arg(number));
+}
+
+void KVS::onUserChanged(int rights)
+{
+    lock(QStringLiteral("REGIME:LockUser"))->setState(rights >= 2);
+}
+
+// The door is closed by the motion controller and pressed by the chamber controller; each of them moves the
+// picture along a way of its own.
+void KVS::onDoorStateChanged(unsigned int state)
+{
+    m_doorY = state == 0 ? doorClosedY : state == 1 ? doorOpenY : doorMovingY;
+    ui->Door->move(m_doorX, m_doorY);
+    lock(QStringLiteral("REGIME:LockDoorState"))->setState(state != 0);
+}
+
+void KVS::onDoorPressChanged(int state)
+{
+    m_doorX = state == 0 ? doorPressedX : doorReleasedX;
+    ui->Door->move(m_doorX, m_doorY);
+    // Against the words of this lock, which call it pressed: the sense is the wire's and has always been so.
+    lock(QStringLiteral("REGIME:LockDoorPress"))->setState(state != 1);
+    switch (state) {
+    case 0:
+        return emit message(QStringLiteral("[I]Дверь камеры прижата"), true);
+    case 1:
+        return emit message(QStringLiteral("[I]Дверь камеры отжата"), true);
+    case 2:
+        return emit message(QStringLiteral("[I]Дверь камеры прижимается"), true);
+    case 3:
+        return emit message(QStringLiteral("[I]Дверь камеры отжимается"), true);
+    default:
+        emit message(QStringLiteral("[W]Ошибка прижима/отжима двери!"), true);
+    }
+}
+
+// The action is on no menu; its shortcut works as long as the panel is on screen.
+void KVS::initHiding()
+{
+    auto* const hide = new QAction(QStringLiteral("Скрыть"), this);
+    hide->setObjectName(QStringLiteral("actHide"));
+    hide->setToolTip(QStringLiteral("Скрыть диалоги"));
+    hide->setShortcut(QKeySequence(QStringLiteral("Ctrl+H")));
+    connect(hide, &QAction::triggered, this, &KVS::hideByKeys);
+    addAction(hide);
+}
+
+void KVS::hideByKeys()
+{
+    emit message(
+        QStringLiteral("[I]Нажата комбинация клавиш для скрытия диалогов элементов вакуумной системы"),
+        false);
+    hideDialogs();
+}
+
+void KVS::initDialogs()
+{
+    m_dialogs = makeVacuumDialogs({&m_kvs, &m_kvk, [this](const QString& name) { return element(name); },
+                                   [this](const QString& key) { return lock(key); },
+                                   [this](const QString& key) { return reasons(key); }},
+                                  this);
+}
+
+void KVS::showDialog(const char* device)
+{
+    m_dialogs[QLatin1String(device)]->showDlg();
+}
+
+void KVS::hideDialogs()
+{
+    for (DeviceDlg* dialog : qAsConst(m_dialogs))
+        dialog->hide();
+}

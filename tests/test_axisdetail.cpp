@@ -1,4 +1,5 @@
 #include "axisinfo.h"
+#include "drivestate.h"
 #include "guifixture.h"
 
 #include <QLineEdit>
@@ -14,6 +15,7 @@ private slots:
     void cleanup() { end(); }
     void kinds();
     void followsTheDrive();
+    void everyTextIsWhole();
     void limits();
     void parking();
     void clearsTheError();
@@ -125,6 +127,25 @@ void TestAxisDetail::followsTheDrive()
     const int opened = log.indexOf("[I]Открыто окно дополнительных параметров оси LY\n");
     QVERIFY(opened >= 0 && log.indexOf("[I]Закрыто окно дополнительных параметров оси LY\n") > opened);
     QVERIFY(list().filter("дополнительных").isEmpty());
+}
+
+void TestAxisDetail::everyTextIsWhole()
+{
+    open("pbInfoLX", [&] {
+        const auto* label = in<QLabel>("lblDriveState");
+        const QRect place = label->contentsRect().adjusted(8, 0, -8, 0);
+        const QFontMetrics metrics(label->font());
+        const QString unknown = stateDesc(0);
+        int known = 0;
+        for (int code = 0xA0000; code <= 0xFFFFF; ++code) {
+            const QString words = stateDesc(code);
+            if (words == unknown)
+                continue;
+            ++known;
+            QVERIFY2(place.contains(metrics.boundingRect(place, Qt::TextWordWrap, words)), qPrintable(words));
+        }
+        QVERIFY(known > 500);
+    });
 }
 
 void TestAxisDetail::limits()

@@ -16,8 +16,7 @@ constexpr float cutOffVoltage = 3;        // kV that hold back the whole beam
 constexpr float cutOffSlope = 2.0F / 800; // kV less for each mA of beam
 constexpr float cathodeVoltage = 1.2F;    // kV
 constexpr float cathodeCurrent = 85;      // mA
-constexpr float workingPressure = 2e-3F;  // Pa
-constexpr float atmosphere = 1e5F;        // Pa
+constexpr float highVoltageMost = 0.1F;   // Pa in the gun
 
 } // namespace
 
@@ -46,11 +45,13 @@ void BeamUnit::publish()
         return;
     BeamBlock& b = m_block;
     const auto beam = static_cast<float>(m_controller.beamCurrent());
-    const bool highOn = m_controller.channelState(3) == ChannelState::Running;
+    const bool highOn =
+        m_controller.channelState(3) == ChannelState::Running && m_gunPressure < highVoltageMost;
     ++b.heartbeat;
-    b.gunPressure = m_controller.vacuum() ? workingPressure : atmosphere;
+    b.gunPressure = m_gunPressure;
     b.focusActual = b.focusSet = static_cast<float>(m_controller.focusCurrent());
-    b.beamActual = b.beamSet = beam;
+    b.beamActual = highOn ? beam : 0;
+    b.beamSet = beam;
     b.acceleratingVoltage = highOn ? highVoltage : 0;
     b.lockingVoltage = highOn ? cutOffVoltage - cutOffSlope * beam : 0;
     b.bombardmentVoltage = highOn ? cathodeVoltage : 0;

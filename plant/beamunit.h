@@ -73,8 +73,9 @@ static_assert(offsetof(BeamBlock, rasterShiftX) == 388);
 static_assert(offsetof(BeamBlock, rasterShiftY) == 392);
 static_assert(offsetof(BeamBlock, rasterFreq) == 396);
 
-// The beam unit: makes the current that channel 3 asks for, with the raster that programs have set, and
-// publishes its state ten times a second of real time in the segment "ELA_SHM_KEY" and a suffix.
+// The beam unit: makes the current that channel 3 asks for, with the raster that programs have set, while
+// there is vacuum in the gun, and publishes its state ten times a second of real time in the segment
+// "ELA_SHM_KEY" and a suffix.
 class BeamUnit
 {
 public:
@@ -83,6 +84,7 @@ public:
 
     void step(double realSeconds);
     void setRunning(bool on) { m_running = on; } // false: the program hangs, its block stands still
+    void setGunPressure(double pascal) { m_gunPressure = static_cast<float>(pascal); } // first: air
     bool speaks() const { return m_shared.data() != nullptr; }
 
 private:
@@ -92,7 +94,8 @@ private:
     const MotionController& m_controller;
     QSharedMemory m_shared;
     BeamBlock m_block{};
-    double m_waited = 0; // s since the last write
+    double m_waited = 0;        // s since the last write
+    float m_gunPressure = 1e5F; // Pa
     bool m_running = true;
 };
 

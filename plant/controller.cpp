@@ -163,25 +163,35 @@ QString MotionController::setDoor(bool open)
 {
     if (open && m_vacuum)
         return QStringLiteral("the vacuum holds the door");
+    if (open && m_doorHold)
+        return QLatin1String(m_doorHold);
     const bool there = open ? m_door == Door::Open || m_door == Door::Opening
                             : m_door == Door::Closed || m_door == Door::Closing;
     if (there)
         return {};
     m_door = open ? Door::Opening : Door::Closing;
     m_doorTime = doorTravel;
-    if (!drivesAllowed() && (m_drives.on() || m_drives.switching())) {
+    if (!drivesAllowed() && drivesLive()) {
         raiseMessage(event::doorCloses);
         cutDrives(QStringLiteral("the door closes"));
     }
     return {};
 }
 
+void MotionController::putDoor(bool open)
+{
+    m_door = open ? Door::Open : Door::Closed;
+    m_doorTime = 0;
+}
+
 QString MotionController::setVacuum(bool present)
 {
+    if (present == m_vacuum)
+        return {};
     if (present && m_door != Door::Closed)
         return QStringLiteral("the door is not closed");
     m_vacuum = present;
-    if (!drivesAllowed() && (m_drives.on() || m_drives.switching())) {
+    if (!drivesAllowed() && drivesLive()) {
         raiseMessage(event::noVacuum);
         cutDrives(QStringLiteral("no vacuum"));
     }
@@ -211,7 +221,7 @@ void MotionController::setBreaker(Breaker breaker, bool closed)
         setLight(Light::Spiral, false);
         return;
     }
-    const bool live = m_drives.on() || m_drives.switching();
+    const bool live = drivesLive();
     if (live && breaker <= Breaker::QF18)
         for (int i = 0; i < driveCount; ++i) {
             const auto axis = static_cast<AxisId>(i);
@@ -232,7 +242,7 @@ void MotionController::setAlarm(AlarmButton button, bool pressed)
 {
     const std::uint32_t mask = 1u << static_cast<std::uint32_t>(button);
     m_alarm = pressed ? m_alarm | mask : m_alarm & ~mask;
-    if (pressed && (m_drives.on() || m_drives.switching())) {
+    if (pressed && drivesLive()) {
         raiseMessage(event::emergency);
         cutDrives(QStringLiteral("emergency stop"));
     }
@@ -253,7 +263,7 @@ QString MotionController::trip(AxisId axis, std::int32_t code)
     m_drives.setTrouble(axis, code);
     if (!m_drives.faulted(axis))
         return {};
-    const bool live = m_drives.on() || m_drives.switching();
+    const bool live = drivesLive();
     if (live && code == diagnostic::overCurrent)
         raiseMessage(event::overload + static_cast<std::uint32_t>(traits(axis).coord) + 1);
     if (live)
@@ -352,7 +362,7 @@ bool MotionController::breakersClosed(AxisId axis) const
 
 void MotionController::cutDrives(const QString& why)
 {
-    if (!m_drives.on() && !m_drives.switching())
+    if (!drivesLive())
         return;
     stopPrograms();
     m_axes.setTransformed(false);

@@ -71,7 +71,9 @@ public:
 
     // What happens to the plant from outside. Those that can be refused return the reason, empty when done.
     QString setDoor(bool open); // takes its time
+    void putDoor(bool open);    // at once
     QString setVacuum(bool present);
+    void setDoorHold(const char* reason) { m_doorHold = reason; } // why the door cannot open; null: it can
     void setKey(bool on);
     void setPhases(bool healthy);
     void setBreaker(Breaker breaker, bool closed);
@@ -92,6 +94,16 @@ public:
     bool pultOn() const { return m_pultOn; }
     Door door() const { return m_door; }
     bool vacuum() const { return m_vacuum; }
+    bool drivesLive() const { return m_drives.on() || m_drives.switching(); }
+    bool phases() const { return m_phases; }
+    bool breakerClosed(Breaker breaker) const
+    {
+        return m_breakers & (1u << static_cast<std::uint32_t>(breaker));
+    }
+    bool alarmed(AlarmButton button) const { return m_alarm & (1u << static_cast<std::uint32_t>(button)); }
+    bool lit(Light light) const { return m_light & (1u << static_cast<std::uint32_t>(light)); }
+    // The cabinet has nothing against the beam: no button or rope pulled, phases and supply in order.
+    bool healthy() const { return !m_alarm && m_phases && breakerClosed(Breaker::QF28); }
     bool drivesAllowed() const { return m_vacuum || m_door == Door::Open; }
     // Raster settings as the programs last wrote them, by variable name such as "@RASTERTYPE%".
     QString variable(const QString& name) const { return m_variables.value(name); }
@@ -190,6 +202,7 @@ private:
     double m_time = 0; // s of the machine since it began
     Door m_door = Door::Open;
     double m_doorTime = 0; // s left of its travel
+    const char* m_doorHold = nullptr;
     bool m_key = true;
     bool m_vacuum = false;
     bool m_phases = true;

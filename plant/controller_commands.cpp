@@ -146,7 +146,7 @@ QString MotionController::setParked(const Arguments& a, bool on)
     const QString reason = ownDrive(a[0], &axis);
     if (!reason.isEmpty())
         return reason;
-    if (m_drives.on() || m_drives.switching())
+    if (drivesLive())
         return QStringLiteral("the drives are on");
     m_drives.park(*axis, on);
     return {};
@@ -208,7 +208,7 @@ QString MotionController::reference(const Arguments& a)
     if (!ok)
         return QStringLiteral("\"%1\" is no position").arg(a[1]);
     // A drive that holds its position cannot take another one for it.
-    if (m_drives.on() || m_drives.switching())
+    if (drivesLive())
         return QStringLiteral("the drives are on");
     const Coord coord = traits(*axis).coord;
     const CoordTraits& range = traits(coord);

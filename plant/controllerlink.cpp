@@ -23,9 +23,29 @@ int milliseconds(double seconds)
 
 } // namespace
 
-ControllerLink::ControllerLink(MotionController& controller, QObject* parent)
+QByteArray answerText(const QString& command, const QString& reason)
+{
+    return (reason.isEmpty() ? QStringLiteral("OK %1").arg(command)
+                             : QStringLiteral("REFUSED %1: %2").arg(command, reason))
+        .toUtf8();
+}
+
+ControllerPort portOf(MotionController& controller)
+{
+    return {QString(),
+            [&controller](const QString& command) -> Frame {
+                return {frameSignature, answerText(command, controller.command(command))};
+            },
+            [&controller] {
+                const StatusPack pack = controller.status();
+                return QByteArray(reinterpret_cast<const char*>(&pack), sizeof pack);
+            },
+            [&controller] { controller.consoleLost(); }};
+}
+
+ControllerLink::ControllerLink(ControllerPort port, QObject* parent)
     : QObject(parent)
-    , m_controller(controller)
+    , m_port(std::move(port))
 {
     m_statusTimer.setTimerType(Qt::PreciseTimer);
     m_dropTimer.setSingleShot(true);
@@ -33,7 +53,7 @@ ControllerLink::ControllerLink(MotionController& controller, QObject* parent)
     connect(&m_server, &QTcpServer::newConnection, this, &ControllerLink::accept);
     connect(&m_statusTimer, &QTimer::timeout, this, [this] {
         if (!m_silenceTimer.isActive())
-            sendStatus(frameSignature);
+            sendStatus(true);
     });
     connect(&m_dropTimer, &QTimer::timeout, this, &ControllerLink::listenAgain);
 }
@@ -77,7 +97,7 @@ void ControllerLink::silence(double seconds)
 bool ControllerLink::sendBadDatagram()
 {
     if (m_console)
-        sendStatus(static_cast<std::uint16_t>(~frameSignature));
+        sendStatus(false);
     return m_console != nullptr;
 }
 
@@ -98,8 +118,8 @@ void ControllerLink::accept()
         connect(next, &QTcpSocket::readyRead, this, &ControllerLink::read);
         connect(next, &QTcpSocket::disconnected, this, [this] { forget(QStringLiteral("console gone")); });
         m_statusTimer.start(statusPeriod);
-        emit logged(QStringLiteral("console connected"));
-        sendStatus(frameSignature);
+        log(QStringLiteral("console connected"));
+        sendStatus(true);
     }
 }
 
@@ -111,7 +131,7 @@ void ControllerLink::read()
         FrameHead head{};
         std::memcpy(&head, m_input.constData(), sizeof head);
         if (head.signature != frameSignature) {
-            emit logged(QStringLiteral("bad frame from the console: connection closed"));
+            log(QStringLiteral("bad frame from the console: connection closed"));
             m_console->abort();
             return;
         }
@@ -120,30 +140,33 @@ void ControllerLink::read()
             return;
         const QString text = QString::fromUtf8(m_input.constData() + sizeof head, head.length);
         m_input.remove(0, size);
-        const QString reason = m_controller.command(text);
-        answer(reason.isEmpty() ? QStringLiteral("OK %1").arg(text)
-                                : QStringLiteral("REFUSED %1: %2").arg(text, reason));
+        answer(m_port.answer(text));
     }
 }
 
-void ControllerLink::answer(const QString& text)
+void ControllerLink::answer(const Frame& frame)
 {
     if (!m_console || m_console->bytesToWrite() > maxUnread)
         return;
-    const QByteArray body = text.toUtf8().left(0xFFFF);
-    const FrameHead head{frameSignature, static_cast<std::uint16_t>(body.size())};
+    const QByteArray body = frame.body.left(0xFFFF);
+    const FrameHead head{frame.signature, static_cast<std::uint16_t>(body.size())};
     m_console->write(reinterpret_cast<const char*>(&head), sizeof head);
     m_console->write(body);
 }
 
-void ControllerLink::sendStatus(std::uint16_t signature)
+void ControllerLink::sendStatus(bool sound)
 {
     if (!m_console)
         return;
-    StatusPack pack = m_controller.status();
-    pack.signature = signature;
-    m_udp.writeDatagram(reinterpret_cast<const char*>(&pack), sizeof pack, m_console->peerAddress(),
-                        m_udpPort);
+    QByteArray datagram = m_port.datagram();
+    for (int i = 0; !sound && i < 2; ++i)
+        datagram[i] = static_cast<char>(~datagram[i]);
+    m_udp.writeDatagram(datagram, m_console->peerAddress(), m_udpPort);
+}
+
+void ControllerLink::log(const QString& line)
+{
+    emit logged(m_port.name + line);
 }
 
 void ControllerLink::forget(const QString& why)
@@ -153,8 +176,8 @@ void ControllerLink::forget(const QString& why)
     m_console = nullptr;
     m_input.clear();
     m_statusTimer.stop();
-    m_controller.consoleLost();
-    emit logged(why);
+    m_port.consoleLost();
+    log(why);
 }
 
 void ControllerLink::listenAgain()

@@ -9,6 +9,7 @@
 #include <QUdpSocket>
 
 #include <cstdint>
+#include <functional>
 
 class QTcpSocket;
 
@@ -16,17 +17,36 @@ namespace plant {
 
 class MotionController;
 
-// The motion controller's network side, on loopback only: commands in framed text over TCP, the status
-// datagram to the console's address twenty times a second of real time while a console is connected. One
-// console at a time: a newer connection takes the place of the older one. Each command is answered with a
-// line of text: "OK " or "REFUSED " and the command, after a refusal the reason.
+// What goes back over TCP.
+struct Frame
+{
+    std::uint16_t signature;
+    QByteArray body;
+};
+
+// What a link needs of its controller. All are called in the link's thread.
+struct ControllerPort
+{
+    QString name; // in front of the lines that the link logs
+    std::function<Frame(const QString& command)> answer;
+    std::function<QByteArray()> datagram; // with its signature in front
+    std::function<void()> consoleLost;
+};
+
+// The answer to a command: "OK " or "REFUSED " and the command, after a refusal the reason.
+QByteArray answerText(const QString& command, const QString& reason);
+
+ControllerPort portOf(MotionController& controller); // outlives the link
+
+// A controller's network side, on loopback only: commands in framed text over TCP, the status datagram to the
+// console's address twenty times a second of real time while a console is connected. One console at a time: a
+// newer connection takes the place of the older one. Each command has an answer.
 class ControllerLink : public QObject
 {
     Q_OBJECT
 
 public:
-    // `controller` outlives the link.
-    explicit ControllerLink(MotionController& controller, QObject* parent = nullptr);
+    explicit ControllerLink(ControllerPort port, QObject* parent = nullptr);
     ~ControllerLink() override;
 
     // Port 0 takes a free one. False with the reason when the TCP port cannot be had.
@@ -47,12 +67,13 @@ signals:
 private:
     void accept();
     void read();
-    void answer(const QString& text);
-    void sendStatus(std::uint16_t signature);
+    void answer(const Frame& frame);
+    void sendStatus(bool sound);
+    void log(const QString& line);
     void forget(const QString& why); // the console is gone
     void listenAgain();
 
-    MotionController& m_controller;
+    ControllerPort m_port;
     QTcpServer m_server;
     QUdpSocket m_udp;
     QTimer m_statusTimer;

@@ -4,6 +4,7 @@
 #include "plant/controller.h"
 #include "plant/controllerlink.h"
 #include "plant/instructor.h"
+#include "plant/vacuumsystem.h"
 
 #include <QElapsedTimer>
 #include <QEventLoop>
@@ -41,16 +42,25 @@ public:
     Core(Installation& owner, const InstallationOptions& options)
         : m_owner(owner)
         , m_controller(options.root, options.seed)
-        , m_link(m_controller)
-        , m_instructor(m_controller, m_link)
+        , m_vacuum(options.seed)
+        , m_link(portOf(m_controller))
+        , m_kvsLink(m_vacuum.kvsPort())
+        , m_kvkLink(m_vacuum.kvkPort())
+        , m_instructor(m_controller, m_vacuum, {&m_link, &m_kvsLink, &m_kvkLink})
         , m_speed(options.speed)
     {
+        m_controller.putDoor(options.air);
+        couple(m_controller, m_vacuum);
+        m_vacuum.put(options.air ? VacuumSystem::Start::Air : VacuumSystem::Start::Pumped);
+        couple(m_controller, m_vacuum);
         if (options.shmSuffix)
             m_beamUnit = std::make_unique<BeamUnit>(m_controller, *options.shmSuffix);
         m_instructor.setBeamUnit(m_beamUnit.get());
-        m_controller.setLog([this](const QString& line) { emit m_owner.logged(line); });
-        connect(&m_link, &ControllerLink::logged, this,
-                [this](const QString& line) { emit m_owner.logged(line); });
+        const auto log = [this](const QString& line) { emit m_owner.logged(line); };
+        m_controller.setLog(log);
+        m_vacuum.setLog(log);
+        for (const ControllerLink* link : {&m_link, &m_kvsLink, &m_kvkLink})
+            connect(link, &ControllerLink::logged, this, log);
         connect(&m_instructor, &Instructor::speedWanted, this, [this](double factor) { m_speed = factor; });
         connect(&m_instructor, &Instructor::quitWanted, this, [this] { emit m_owner.quitRequested(); });
         m_tick.setTimerType(Qt::PreciseTimer);
@@ -68,8 +78,19 @@ public:
             m_scriptWait.start(0);
     }
 
+    bool listen(std::array<Ports, controllerCount>& ports, QString* error)
+    {
+        ControllerLink* const links[controllerCount] = {&m_link, &m_kvsLink, &m_kvkLink};
+        for (std::size_t i = 0; i < controllerCount; ++i) {
+            if (!links[i]->listen(ports[i].tcp, ports[i].udp, error))
+                return false;
+            ports[i] = {links[i]->tcpPort(), links[i]->udpPort()};
+        }
+        return true;
+    }
+
     MotionController& controller() { return m_controller; }
-    ControllerLink& link() { return m_link; }
+    VacuumSystem& vacuum() { return m_vacuum; }
     Instructor& instructor() { return m_instructor; }
 
 private:
@@ -81,11 +102,15 @@ private:
         m_carry += real * m_speed;
         while (m_carry >= stepTime) {
             m_controller.step(stepTime);
+            m_vacuum.step(stepTime);
+            couple(m_controller, m_vacuum);
             m_carry -= stepTime;
         }
         m_controller.stepMessages(real);
-        if (m_beamUnit)
-            m_beamUnit->step(real);
+        if (!m_beamUnit)
+            return;
+        m_beamUnit->setGunPressure(m_vacuum.plant().reading(6));
+        m_beamUnit->step(real);
     }
 
     void continueScript()
@@ -108,7 +133,10 @@ private:
 
     Installation& m_owner;
     MotionController m_controller;
+    VacuumSystem m_vacuum;
     ControllerLink m_link;
+    ControllerLink m_kvsLink;
+    ControllerLink m_kvkLink;
     std::unique_ptr<BeamUnit> m_beamUnit; // null without a segment
     Instructor m_instructor;
     QTimer m_tick;
@@ -195,8 +223,7 @@ struct Installation::Private
     std::unique_ptr<Gate> ownGate;
     Gate* gate = nullptr; // null while stopped
     std::unique_ptr<Core> core;
-    std::uint16_t tcpPort = 0;
-    std::uint16_t udpPort = 0;
+    std::array<Ports, controllerCount> ports; // in use
 };
 
 Installation::Installation(const InstallationOptions& options, QObject* parent)
@@ -221,10 +248,8 @@ bool Installation::start(QString* error)
     bool listening = false;
     call([&] {
         d->core = std::make_unique<Core>(*this, d->options);
-        ControllerLink& link = d->core->link();
-        listening = link.listen(d->options.tcpPort, d->options.udpPort, error);
-        d->tcpPort = link.tcpPort();
-        d->udpPort = link.udpPort();
+        d->ports = d->options.ports;
+        listening = d->core->listen(d->ports, error);
     });
     if (!listening)
         stop();
@@ -255,18 +280,12 @@ void Installation::stop()
         d->thread.join();
     d->gate = nullptr;
     d->ownGate.reset();
-    d->tcpPort = 0;
-    d->udpPort = 0;
+    d->ports = {};
 }
 
-std::uint16_t Installation::tcpPort() const
+Ports Installation::ports(Controller controller) const
 {
-    return d->tcpPort;
-}
-
-std::uint16_t Installation::udpPort() const
-{
-    return d->udpPort;
+    return d->ports[static_cast<std::size_t>(controller)];
 }
 
 QString Installation::instruct(const QString& line)
@@ -299,6 +318,11 @@ StatusPack Installation::status()
 void Installation::inside(const std::function<void(MotionController&)>& action)
 {
     call([&] { action(d->core->controller()); });
+}
+
+void Installation::insideVacuum(const std::function<void(VacuumSystem&)>& action)
+{
+    call([&] { action(d->core->vacuum()); });
 }
 
 void Installation::call(const std::function<void()>& action)

@@ -6,6 +6,7 @@
 #include <QString>
 #include <QStringList>
 
+#include <array>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -14,14 +15,24 @@
 namespace plant {
 
 class MotionController;
+class VacuumSystem;
+
+enum class Controller { Drive, Kvs, Kvk };
+constexpr int controllerCount = 3;
+
+struct Ports
+{
+    std::uint16_t tcp = 0; // 0: any free port of the loopback
+    std::uint16_t udp = 0; // where the console listens; 0: a port that is free now
+};
 
 struct InstallationOptions
 {
-    QString root;                     // folder in front of "/programs/..."; empty: the machine's own root
-    std::uint16_t tcpPort = 0;        // 0: any free port of the loopback
-    std::uint16_t udpPort = 0;        // where the console listens; 0: a port that is free now
-    double speed = 1;                 // simulated seconds for each real one
-    std::uint32_t seed = 1;           // of all that varies by chance: the same seed gives the same run
+    QString root; // folder in front of "/programs/..."; empty: the machine's own root
+    std::array<Ports, controllerCount> ports; // by Controller
+    bool air = false;       // false: pumped down, the door closed; true: the vacuum plant off, the door open
+    double speed = 1;       // simulated seconds for each real one
+    std::uint32_t seed = 1; // of all that varies by chance: the same seed gives the same run
     std::optional<QString> shmSuffix; // of the beam unit's segment; nothing: no beam unit
     bool ownThread = true;            // false: everything happens in the caller's event loop
 };
@@ -41,8 +52,7 @@ public:
     bool start(QString* error = nullptr); // false with the reason when a port cannot be had
     void stop();
 
-    std::uint16_t tcpPort() const; // 0 until started
-    std::uint16_t udpPort() const;
+    Ports ports(Controller controller = Controller::Drive) const; // 0 until started
 
     // One line of the instructor; the answer is one line too.
     QString instruct(const QString& line);
@@ -50,11 +60,12 @@ public:
     // Runs the instructor's lines of a file one after another; "wait SECONDS" holds it in real time.
     bool runScript(const QString& fileName, QString* error = nullptr);
 
-    // What the next datagram will carry.
+    // What the motion controller's next datagram will carry.
     StatusPack status();
 
     // Calls `action` in the installation's thread and waits for it. Only while started.
     void inside(const std::function<void(MotionController&)>& action);
+    void insideVacuum(const std::function<void(VacuumSystem&)>& action);
 
 signals:
     // Something the instructor should know: a refused command, a program error, a console coming or going.

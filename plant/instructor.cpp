@@ -3,6 +3,7 @@
 #include "plant/beamunit.h"
 #include "plant/controller.h"
 #include "plant/controllerlink.h"
+#include "plant/vacuumsystem.h"
 
 #include <cmath>
 #include <optional>
@@ -14,6 +15,7 @@ namespace {
 constexpr double slowest = 0.1;
 constexpr double fastest = 200;
 constexpr double longestFault = 3600; // s
+constexpr double largestLeak = 1e6;   // Pa m3/s
 
 // What a handler answers to words that it does not understand; a null text means done.
 const QString usage = QLatin1String("");
@@ -94,7 +96,18 @@ const std::vector<Instructor::Entry>& Instructor::entries()
         {"help", "help [WORD]", "lists the lines, or tells one", 0, 1, &I::help},
         {"status", "status", "the installation in one line", 0, 0, &I::status},
         {"door", "door open|close", "moves the chamber door; takes 3 s", 1, 1, &I::door},
-        {"vacuum", "vacuum on|off", "vacuum in the closed chamber", 1, 1, &I::vacuum},
+        {"vacuum", "vacuum [on|off]",
+         "the vacuum plant in one line; at once pumped down with the door closed, or all off and full of air",
+         0, 1, &I::vacuum},
+        {"valve", "valve NAME jam|free", "a valve, or the door's pressing (door), sticks where it is", 2, 2,
+         &I::valve},
+        {"pump", "pump NAME stop|mend", "a pump fails; mended it must be switched on anew", 2, 2, &I::pump},
+        {"gauge", "gauge pt1..pt6 freeze|invalid|good", "a vacuum gauge shows its last value, or none", 2, 2,
+         &I::gauge},
+        {"water", "water 1..8|all off|on", "cooling water of a circuit", 2, 2, &I::water},
+        {"leak", "leak chamber|jacket|nd1|foreline|roughing|gun RATE", "a leak, Pa m3/s; 0 mends it", 2, 2,
+         &I::leak},
+        {"air", "air on|off", "the compressor NP1; without air no valve moves", 1, 1, &I::air},
         {"key", "key on|off", "key switch of the console", 1, 1, &I::key},
         {"breaker", "breaker qf18|qf23|qf28|qf31..qf40 on|off", "closes or opens a circuit breaker", 2, 2,
          &I::breaker},
@@ -113,10 +126,10 @@ const std::vector<Instructor::Entry>& Instructor::entries()
         {"cncerror", "cncerror N", "raises a controller error", 1, 1, &I::cncError},
         {"program", "program CHANNEL state", "what a channel does", 2, 2, &I::program},
         {"variable", "variable NAME", "a controller variable as programs wrote it", 1, 1, &I::variable},
-        {"link", "link drop|silence SECONDS", "no connection, or no datagrams, for a while of real time", 2,
-         2, &I::link},
-        {"frame", "frame bad|badtcp", "one datagram with a wrong signature, or text without a frame", 1, 1,
-         &I::frame},
+        {"link", "link [kvs|kvk] drop|silence SECONDS",
+         "no connection, or no datagrams, for a while of real time", 2, 3, &I::link},
+        {"frame", "frame [kvs|kvk] bad|badtcp",
+         "one datagram with a wrong signature, or text without a frame", 1, 2, &I::frame},
         {"speed", "speed N", "simulated seconds for each real one, 0.1 to 200", 1, 1, &I::speed},
         {"beam", "beam on|off", "the beam unit's program runs or hangs", 1, 1, &I::beam},
         {"quit", "quit", "ends the simulation", 0, 0, &I::quit},
@@ -124,10 +137,12 @@ const std::vector<Instructor::Entry>& Instructor::entries()
     return table;
 }
 
-Instructor::Instructor(MotionController& controller, ControllerLink& link, QObject* parent)
+Instructor::Instructor(MotionController& controller, VacuumSystem& vacuum, const Links& links,
+                       QObject* parent)
     : QObject(parent)
     , m_controller(controller)
-    , m_link(link)
+    , m_vacuum(vacuum)
+    , m_links(links)
 {}
 
 QString Instructor::execute(const QString& line)
@@ -165,8 +180,8 @@ QString Instructor::help(const Words& w)
 
 QString Instructor::status(const Words&)
 {
-    return m_controller.summary() +
-           (m_link.connected() ? QStringLiteral(", console connected") : QStringLiteral(", no console"));
+    return m_controller.summary() + (m_links.drive->connected() ? QStringLiteral(", console connected")
+                                                                : QStringLiteral(", no console"));
 }
 
 QString Instructor::door(const Words& w)
@@ -177,8 +192,15 @@ QString Instructor::door(const Words& w)
 
 QString Instructor::vacuum(const Words& w)
 {
+    couple(m_controller, m_vacuum);
+    if (w.isEmpty())
+        return m_vacuum.summary();
     const auto on = choice(w[0], "on", "off");
-    return on ? done(m_controller.setVacuum(*on)) : usage;
+    if (!on)
+        return usage;
+    const bool put = m_vacuum.put(*on ? VacuumSystem::Start::Pumped : VacuumSystem::Start::Air);
+    couple(m_controller, m_vacuum);
+    return done(put ? QString() : QStringLiteral("the door is not closed"));
 }
 
 QString Instructor::key(const Words& w)
@@ -322,26 +344,113 @@ QString Instructor::variable(const Words& w)
     return value.isNull() ? error(QStringLiteral("never written")) : QStringLiteral("%1=%2").arg(w[0], value);
 }
 
+ControllerLink& Instructor::named(Words* w) const
+{
+    for (const auto& [name, link] : {std::pair{"kvs", m_links.kvs}, std::pair{"kvk", m_links.kvk}})
+        if (is(w->first(), name)) {
+            w->removeFirst();
+            return *link;
+        }
+    return *m_links.drive;
+}
+
 QString Instructor::link(const Words& w)
 {
-    const auto drop = choice(w[0], "drop", "silence");
-    const auto time = seconds(w[1]);
+    Words words = w;
+    ControllerLink& target = named(&words);
+    if (words.size() != 2)
+        return usage;
+    const auto drop = choice(words[0], "drop", "silence");
+    const auto time = seconds(words[1]);
     if (!drop || !time)
         return usage;
     if (*drop)
-        m_link.drop(*time);
+        target.drop(*time);
     else
-        m_link.silence(*time);
+        target.silence(*time);
     return {};
 }
 
 QString Instructor::frame(const Words& w)
 {
-    const auto datagram = choice(w[0], "bad", "badtcp");
+    Words words = w;
+    ControllerLink& target = named(&words);
+    if (words.size() != 1)
+        return usage;
+    const auto datagram = choice(words[0], "bad", "badtcp");
     if (!datagram)
         return usage;
-    const bool sent = *datagram ? m_link.sendBadDatagram() : m_link.sendBadFrame();
+    const bool sent = *datagram ? target.sendBadDatagram() : target.sendBadFrame();
     return done(sent ? QString() : QStringLiteral("no console is connected"));
+}
+
+QString Instructor::valve(const Words& w)
+{
+    const auto device = deviceByName(w[0]);
+    const auto jam = choice(w[1], "jam", "free");
+    if (!device || traits(*device).pump || !jam)
+        return usage;
+    m_vacuum.plant().setBroken(*device, *jam);
+    return {};
+}
+
+QString Instructor::pump(const Words& w)
+{
+    const auto device = deviceByName(w[0]);
+    const auto stop = choice(w[1], "stop", "mend");
+    if (!device || !traits(*device).pump || !stop)
+        return usage;
+    m_vacuum.plant().setBroken(*device, *stop);
+    return {};
+}
+
+QString Instructor::gauge(const Words& w)
+{
+    const int number = w[0].size() == 3 && is(w[0].left(2), "pt") ? w[0].mid(2).toInt() : 0;
+    const std::pair<const char*, GaugeFault> faults[] = {
+        {"freeze", GaugeFault::Frozen}, {"invalid", GaugeFault::Invalid}, {"good", GaugeFault::None}};
+    for (const auto& [word, fault] : faults) {
+        if (number < 1 || number > gaugeCount || !is(w[1], word))
+            continue;
+        m_vacuum.plant().setGauge(number, fault);
+        return {};
+    }
+    return usage;
+}
+
+QString Instructor::water(const Words& w)
+{
+    const auto on = choice(w[1], "on", "off");
+    const bool all = is(w[0], "all");
+    const int number = w[0].toInt();
+    if (!on || (!all && (number < 1 || number > circuitCount)))
+        return usage;
+    for (int circuit = 1; circuit <= circuitCount; ++circuit)
+        if (all || circuit == number)
+            m_vacuum.plant().setWater(circuit, *on);
+    return {};
+}
+
+QString Instructor::leak(const Words& w)
+{
+    static const char* const places[nodeCount] = {"chamber", "jacket", "nd1", "foreline", "roughing", "gun"};
+    const auto rate = number(w[1]);
+    for (std::size_t i = 0; i < nodeCount; ++i) {
+        if (!is(w[0], places[i]) || !rate || *rate < 0 || *rate > largestLeak)
+            continue;
+        m_vacuum.plant().setLeak(static_cast<Node>(i), *rate);
+        return {};
+    }
+    return usage;
+}
+
+QString Instructor::air(const Words& w)
+{
+    const auto on = choice(w[0], "on", "off");
+    if (!on)
+        return usage;
+    m_vacuum.plant().setCompressor(*on);
+    return {};
 }
 
 QString Instructor::speed(const Words& w)

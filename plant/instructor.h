@@ -11,6 +11,7 @@ namespace plant {
 class BeamUnit;
 class ControllerLink;
 class MotionController;
+class VacuumSystem;
 
 // What the instructor can do to the installation, one line at a time. Words are separated by blanks and
 // carry no case. Every line is answered with one line; an answer that begins with "error:" changed nothing.
@@ -19,8 +20,15 @@ class Instructor : public QObject
     Q_OBJECT
 
 public:
-    // Both outlive the instructor.
-    Instructor(MotionController& controller, ControllerLink& link, QObject* parent = nullptr);
+    struct Links
+    {
+        ControllerLink* drive;
+        ControllerLink* kvs;
+        ControllerLink* kvk;
+    };
+    // All outlive the instructor.
+    Instructor(MotionController& controller, VacuumSystem& vacuum, const Links& links,
+               QObject* parent = nullptr);
 
     void setBeamUnit(BeamUnit* unit) { m_beamUnit = unit; } // null for none; outlives the instructor
 
@@ -69,8 +77,20 @@ private:
     QString beam(const Words& w);
     QString quit(const Words& w);
 
+    // Of the vacuum plant.
+    QString valve(const Words& w);
+    QString pump(const Words& w);
+    QString gauge(const Words& w);
+    QString water(const Words& w);
+    QString leak(const Words& w);
+    QString air(const Words& w);
+
+    // The link that the first word names and takes away; that of the motion controller without a name.
+    ControllerLink& named(Words* w) const;
+
     MotionController& m_controller;
-    ControllerLink& m_link;
+    VacuumSystem& m_vacuum;
+    Links m_links;
     BeamUnit* m_beamUnit = nullptr;
 };
 

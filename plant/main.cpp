@@ -42,20 +42,44 @@ void print(std::FILE* stream, const QString& line)
     std::fflush(stream);
 }
 
+// By plant::Controller: the names of the options and the ports of the machine.
+constexpr struct
+{
+    const char* who;
+    const char* tcp;
+    const char* tcpPort;
+    const char* udp;
+    const char* udpPort;
+} portOptions[plant::controllerCount] = {
+    {"the motion controller", "tcp", "5190", "udp", "5191"},
+    {"KVS", "kvs-tcp", "5196", "kvs-udp", "5197"},
+    {"KVK", "kvk-tcp", "5198", "kvk-udp", "5199"},
+};
+
 bool readOptions(const QCommandLineParser& parser, plant::InstallationOptions* options)
 {
-    bool tcp = true;
-    bool udp = true;
     bool speed = true;
     bool seed = true;
     options->root = parser.value(QStringLiteral("root"));
-    options->tcpPort = parser.value(QStringLiteral("tcp")).toUShort(&tcp);
-    options->udpPort = parser.value(QStringLiteral("udp")).toUShort(&udp);
+    for (std::size_t i = 0; i < options->ports.size(); ++i) {
+        bool tcp = false;
+        bool udp = false;
+        const auto port = [&](const char* name, bool* ok) {
+            const QString option = QLatin1String(name);
+            const bool any = !parser.isSet(option) && parser.isSet(QStringLiteral("free-ports"));
+            return any ? (*ok = true, std::uint16_t(0)) : parser.value(option).toUShort(ok);
+        };
+        options->ports[i].tcp = port(portOptions[i].tcp, &tcp);
+        options->ports[i].udp = port(portOptions[i].udp, &udp);
+        if (!tcp || !udp)
+            return false;
+    }
+    options->air = parser.isSet(QStringLiteral("air"));
     options->shmSuffix = parser.value(QStringLiteral("shm-suffix"));
     options->speed = parser.value(QStringLiteral("speed")).toDouble(&speed);
     options->seed = parser.value(QStringLiteral("seed")).toUInt(&seed);
     options->ownThread = false;
-    return tcp && udp && seed && speed && options->speed >= 0.1 && options->speed <= 200;
+    return seed && speed && options->speed >= 0.1 && options->speed <= 200;
 }
 
 } // namespace
@@ -70,10 +94,9 @@ int main(int argc, char* argv[])
     parser.addHelpOption();
     parser.addOptions({
         {QStringLiteral("root"), QStringLiteral("folder that holds programs/"), QStringLiteral("dir")},
-        {QStringLiteral("tcp"), QStringLiteral("TCP port, 0 for a free one"), QStringLiteral("port"),
-         QStringLiteral("5190")},
-        {QStringLiteral("udp"), QStringLiteral("UDP port of the console, 0 for a free one"),
-         QStringLiteral("port"), QStringLiteral("5191")},
+        {QStringLiteral("free-ports"), QStringLiteral("a free port wherever none is given")},
+        {QStringLiteral("air"),
+         QStringLiteral("start with the vacuum plant off, air in the chamber, the door open")},
         {QStringLiteral("speed"), QStringLiteral("simulated seconds for each real one, 0.1 to 200"),
          QStringLiteral("n"), QStringLiteral("1")},
         {QStringLiteral("shm-suffix"), QStringLiteral("end of the shared segments' keys"),
@@ -83,6 +106,15 @@ int main(int argc, char* argv[])
          QStringLiteral("1")},
         {QStringLiteral("quit-on-eof"), QStringLiteral("end when standard input ends")},
     });
+    for (const auto& port : portOptions) {
+        const QString who = QLatin1String(port.who);
+        parser.addOption({QLatin1String(port.tcp),
+                          QStringLiteral("TCP port of %1, 0 for a free one").arg(who), QStringLiteral("port"),
+                          QLatin1String(port.tcpPort)});
+        parser.addOption({QLatin1String(port.udp),
+                          QStringLiteral("UDP port of the console for %1, 0 for a free one").arg(who),
+                          QStringLiteral("port"), QLatin1String(port.udpPort)});
+    }
     parser.process(app);
 
     plant::InstallationOptions options;
@@ -108,9 +140,16 @@ int main(int argc, char* argv[])
         print(stderr, QStringLiteral("plant: ") + error);
         return 1;
     }
-    print(
-        stdout,
-        QStringLiteral("plant ready tcp=%1 udp=%2").arg(installation.tcpPort()).arg(installation.udpPort()));
+    QString ready = QStringLiteral("plant ready");
+    for (int i = 0; i < plant::controllerCount; ++i) {
+        const plant::Ports ports = installation.ports(static_cast<plant::Controller>(i));
+        ready += QStringLiteral(" %1=%2 %3=%4")
+                     .arg(QLatin1String(portOptions[i].tcp))
+                     .arg(ports.tcp)
+                     .arg(QLatin1String(portOptions[i].udp))
+                     .arg(ports.udp);
+    }
+    print(stdout, ready);
 
     QByteArray input;
     QSocketNotifier inputNotifier(STDIN_FILENO, QSocketNotifier::Read);

@@ -14,8 +14,9 @@
 class Journey
 {
 public:
-    explicit Journey(double speed = 20, bool firstDay = true)
-        : m_plant({QStringLiteral(PLANT_PROGRAM), m_site.root(), speed, QString(), site().shmSuffix})
+    // `air`: the installation starts with the vacuum plant off and the door open, not pumped down.
+    explicit Journey(double speed = 20, bool firstDay = true, bool air = false)
+        : m_plant({QStringLiteral(PLANT_PROGRAM), m_site.root(), speed, QString(), site().shmSuffix, air})
     {
         laySiteFolder(m_site.root(), firstDay);
         QString why;

@@ -96,6 +96,7 @@ void TestElaShare::readsWhatTheBeamUnitWrites()
     plant::MotionController controller(place.root());
     plant::BeamUnit unit(controller, site().shmSuffix);
     QVERIFY(unit.speaks());
+    unit.setGunPressure(2e-3);
     const auto pass = [&controller](int steps) {
         for (int i = 0; i < steps; ++i)
             controller.step(0.01);
@@ -114,7 +115,7 @@ void TestElaShare::readsWhatTheBeamUnitWrites()
         ela::Real offset;
         float value;
     } reals[] = {
-        {ela::GunPressure, 1e5F},
+        {ela::GunPressure, 2e-3F},
         {ela::FocusCurrent, 712},
         {ela::FocusCurrentSet, 712},
         {ela::DeflectionX, 0},

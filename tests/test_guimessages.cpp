@@ -455,7 +455,7 @@ void TestGuiMessages::told()
     QFETCH(QStringList, lines);
     QFETCH(bool, buzzer);
     end();
-    Journey journey(10);
+    Journey journey(10, true, true); // with the door open
     const QString trouble = journey.runLoggedIn([&] {
         const auto heard = [&] {
             return !journey.plant().lines().filter(QStringLiteral("buzzer")).isEmpty();

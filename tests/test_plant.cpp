@@ -1,6 +1,7 @@
 #include "plant/controller.h"
 #include "plant/controllerlink.h"
 #include "plant/instructor.h"
+#include "plant/vacuumsystem.h"
 
 #include <QDir>
 #include <QRandomGenerator>
@@ -22,8 +23,9 @@ struct Machine
 {
     QTemporaryDir root;
     MotionController c{root.path(), 7};
-    ControllerLink link{c}; // not listening
-    Instructor instructor{c, link};
+    VacuumSystem vacuum;
+    ControllerLink link{portOf(c)}; // not listening
+    Instructor instructor{c, vacuum, {&link, &link, &link}};
     QStringList log;
 
     Machine()

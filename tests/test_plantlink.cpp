@@ -36,10 +36,10 @@ struct Console
     bool open(const Installation& plant)
     {
         if (udp.state() != QUdpSocket::BoundState &&
-            !udp.bind(QHostAddress::LocalHost, plant.udpPort(), QUdpSocket::ShareAddress))
+            !udp.bind(QHostAddress::LocalHost, plant.ports().udp, QUdpSocket::ShareAddress))
             return false;
         tcp.abort();
-        tcp.connectToHost(QHostAddress::LocalHost, plant.tcpPort());
+        tcp.connectToHost(QHostAddress::LocalHost, plant.ports().tcp);
         return tcp.waitForConnected(2000);
     }
     bool up() const { return tcp.state() == QTcpSocket::ConnectedState; }
@@ -88,11 +88,26 @@ void TestPlantLink::everyInstructorLineIsAnswered_data()
         {"help", "help [WORD]; status; door open|close; "},
         {"help axis", "axis NAME VALUE: places an axis"},
         {"help me", "error:"},
-        {"status", "door open, vacuum off, key on, drives off"},
-        {"STATUS", "door open"},
+        {"status", "door closed, vacuum on, key on, drives off"},
+        {"STATUS", "door closed"},
         {"door close", "ok"},
         {"door ajar", "error: door open|close"},
-        {"vacuum on", "error: the door is not closed"},
+        {"door open", "error: the vacuum holds the door"},
+        {"vacuum", "regime 4 done, 1500 s, PT1 1.0e+00, "},
+        {"vacuum off", "ok"},
+        {"vacuum perhaps", "error:"},
+        {"valve vp3 jam", "ok"},
+        {"valve door free", "ok"},
+        {"valve nl1 jam", "error:"},
+        {"pump nl1 stop", "ok"},
+        {"pump vp1 stop", "error:"},
+        {"gauge PT6 freeze", "ok"},
+        {"gauge pt7 good", "error:"},
+        {"water all off", "ok"},
+        {"water 9 off", "error:"},
+        {"leak chamber 0.5", "ok"},
+        {"leak chamber -1", "error:"},
+        {"air off", "ok"},
         {"key off", "ok"},
         {"key", "error: key on|off"},
         {"breaker qf28 off", "ok"},
@@ -130,6 +145,11 @@ void TestPlantLink::everyInstructorLineIsAnswered_data()
         {"link drop 0.1", "ok"},
         {"link silence 0.1", "ok"},
         {"link drop -1", "error:"},
+        {"link kvs drop 0.1", "ok"},
+        {"link kvk", "error:"},
+        {"link kvk silence", "error:"},
+        {"frame kvk bad", "error: no console is connected"},
+        {"frame kvs good", "error:"},
         {"frame bad", "error: no console is connected"},
         {"frame badtcp", "error: no console is connected"},
         {"frame good", "error:"},
@@ -291,12 +311,13 @@ void TestPlantLink::theProgramRunsAScriptAndAnswersOnItsInput()
     script.close();
     QProcess process;
     process.start(QStringLiteral(PLANT_PROGRAM),
-                  {QStringLiteral("--root"), root.path(), QStringLiteral("--tcp"), QStringLiteral("0"),
-                   QStringLiteral("--udp"), QStringLiteral("0"), QStringLiteral("--script"),
-                   script.fileName(), QStringLiteral("--quit-on-eof")});
+                  {QStringLiteral("--root"), root.path(), QStringLiteral("--free-ports"),
+                   QStringLiteral("--air"), QStringLiteral("--script"), script.fileName(),
+                   QStringLiteral("--quit-on-eof")});
     QVERIFY(process.waitForReadyRead(5000));
     const QByteArray ready = process.readLine();
-    QVERIFY2(QRegularExpression(QStringLiteral("\\Aplant ready tcp=[1-9]\\d+ udp=[1-9]\\d+\\n\\z"))
+    QVERIFY2(QRegularExpression(
+                 QStringLiteral("\\Aplant ready( (kv[sk]-)?tcp=[1-9]\\d+ (kv[sk]-)?udp=[1-9]\\d+){3}\\n\\z"))
                  .match(QString::fromLatin1(ready))
                  .hasMatch(),
              ready.constData());
@@ -315,7 +336,7 @@ void TestPlantLink::theProgramRunsAScriptAndAnswersOnItsInput()
     QCOMPARE(
         QProcess::execute(QStringLiteral(PLANT_PROGRAM), {QStringLiteral("--speed"), QStringLiteral("0")}),
         2);
-    process.start(QStringLiteral(PLANT_PROGRAM), {QStringLiteral("--tcp"), QStringLiteral("0")});
+    process.start(QStringLiteral(PLANT_PROGRAM), {QStringLiteral("--free-ports")});
     QVERIFY(process.waitForReadyRead(5000));
     process.terminate();
     QVERIFY(process.waitForFinished(5000));

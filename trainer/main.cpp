@@ -96,10 +96,11 @@ int main(int argc, char* argv[])
                                         QStandardPaths::writableLocation(QStandardPaths::AppDataLocation));
     const QCommandLineOption speedOption("speed", "Seconds of the installation in one second.", "n", "1");
     const QCommandLineOption scriptOption("script", "Instructor's lines from a file.", "file");
+    const QCommandLineOption airOption("air", "Start with the vacuum plant off and the door open.");
     const QCommandLineOption tourOption("tour", "Play the tour, leave pictures in the folder, end.", "dir");
     QCommandLineOption mirrorOption("mirror", "Shown by another process.", "key");
     mirrorOption.setFlags(QCommandLineOption::HiddenFromHelp);
-    parser.addOptions({siteOption, speedOption, scriptOption, tourOption, mirrorOption});
+    parser.addOptions({siteOption, speedOption, scriptOption, airOption, tourOption, mirrorOption});
     parser.process(app);
     endOnSignals(&app);
     if (mirror) {
@@ -118,7 +119,8 @@ int main(int argc, char* argv[])
     }
 
     PlantProcess plant({QCoreApplication::applicationDirPath() + "/plant", own.root,
-                        parser.value(speedOption).toDouble(), parser.value(scriptOption), own.shmSuffix});
+                        parser.value(speedOption).toDouble(), parser.value(scriptOption), own.shmSuffix,
+                        parser.isSet(airOption)});
     QString why;
     if (!plant.start(&why)) {
         std::fprintf(stderr, "%s\n", qPrintable(why));

@@ -2,19 +2,11 @@
 
 #include <QElapsedTimer>
 #include <QRegularExpression>
-#include <QUdpSocket>
 
 namespace {
 
 constexpr int kStartTimeout = 10'000; // ms
 constexpr int kEndTimeout = 3'000;    // ms
-
-int freeUdpPort()
-{
-    QUdpSocket socket;
-    socket.bind(QHostAddress(QHostAddress::LocalHost), 0);
-    return socket.localPort();
-}
 
 } // namespace
 
@@ -42,13 +34,11 @@ PlantProcess::~PlantProcess()
 
 bool PlantProcess::start(QString* why)
 {
-    m_udpPort = freeUdpPort();
-    QStringList arguments{"--root",       m_options.root,
-                          "--tcp",        "0",
-                          "--udp",        QString::number(m_udpPort),
-                          "--speed",      QString::number(m_options.speed),
-                          "--shm-suffix", m_options.shmSuffix,
-                          "--quit-on-eof"};
+    QStringList arguments{
+        "--root",       m_options.root,      "--free-ports", "--speed", QString::number(m_options.speed),
+        "--shm-suffix", m_options.shmSuffix, "--quit-on-eof"};
+    if (m_options.air)
+        arguments << "--air";
     if (!m_options.script.isEmpty())
         arguments << "--script" << m_options.script;
     m_process.start(m_options.program, arguments);
@@ -58,19 +48,23 @@ bool PlantProcess::start(QString* why)
     }
     QElapsedTimer timer;
     timer.start();
-    static const QRegularExpression ready("^plant ready tcp=(\\d+)");
-    while (m_tcpPort == 0 && m_process.state() == QProcess::Running && timer.elapsed() < kStartTimeout) {
+    static const QRegularExpression ready("^plant ready tcp=(\\d+) udp=(\\d+) kvs-tcp=(\\d+) kvs-udp=(\\d+)"
+                                          " kvk-tcp=(\\d+) kvk-udp=(\\d+)$");
+    while (m_drive.tcp == 0 && m_process.state() == QProcess::Running && timer.elapsed() < kStartTimeout) {
         m_process.waitForReadyRead(100);
         readLines();
         for (const QString& line : lines()) {
             const QRegularExpressionMatch match = ready.match(line);
-            if (match.hasMatch())
-                m_tcpPort = match.captured(1).toInt();
+            if (!match.hasMatch())
+                continue;
+            m_drive = {match.captured(1).toInt(), match.captured(2).toInt()};
+            m_kvs = {match.captured(3).toInt(), match.captured(4).toInt()};
+            m_kvk = {match.captured(5).toInt(), match.captured(6).toInt()};
         }
     }
-    if (m_tcpPort == 0)
+    if (m_drive.tcp == 0)
         *why = QStringLiteral("the simulated installation did not come up: ") + lines().join("; ");
-    return m_tcpPort != 0;
+    return m_drive.tcp != 0;
 }
 
 void PlantProcess::instruct(const QString& line)
@@ -87,7 +81,10 @@ QStringList PlantProcess::lines() const
 
 void PlantProcess::setEndpoints(Site* site) const
 {
-    site->drive = {QStringLiteral("127.0.0.1"), m_tcpPort, m_udpPort};
+    const QString host = QStringLiteral("127.0.0.1");
+    site->drive = {host, m_drive.tcp, m_drive.udp};
+    site->kvs = {host, m_kvs.tcp, m_kvs.udp};
+    site->kvk = {host, m_kvk.tcp, m_kvk.udp};
 }
 
 void PlantProcess::readLines()

@@ -22,6 +22,7 @@ public:
         double speed = 1;  // seconds of the installation in one real second
         QString script;    // instructor's lines from a file, empty for none
         QString shmSuffix; // end of the shared segments' keys, as the site has it
+        bool air = false;  // starts with the vacuum plant off and the door open, not pumped down
     };
 
     explicit PlantProcess(const Options& options, QObject* parent = nullptr);
@@ -48,8 +49,14 @@ private:
 
     Options m_options;
     QProcess m_process;
-    int m_tcpPort = 0;
-    int m_udpPort = 0;
+    struct Ports
+    {
+        int tcp = 0;
+        int udp = 0;
+    };
+    Ports m_drive;
+    Ports m_kvs;
+    Ports m_kvk;
     mutable std::mutex m_mutex;
     QStringList m_lines;
 };

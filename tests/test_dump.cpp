@@ -84,8 +84,12 @@ void TestDump::recordsOfFortyFourBytesTwentyTimesASecond()
     const QVector<Sample> list = samples(file);
     QVERIFY(list.size() <= lasted / 50 + 1);
     QVERIFY(list.first().time < 50);
-    for (int i = 1; i < list.size(); ++i) // the clock of the day may round, but not by more
-        QVERIFY(list[i].time - list[i - 1].time >= 49);
+    QVector<quint32> periods;
+    for (int i = 1; i < list.size(); ++i)
+        periods << list[i].time - list[i - 1].time;
+    std::sort(periods.begin(), periods.end());
+    QVERIFY(periods.first() >= 49); // the clock of the day may round, but not by more
+    QVERIFY2(periods[periods.size() / 2] < 70, "about twenty records a second");
     for (const Sample& sample : list)
         QCOMPARE(sample.values, QVector<float>({0, 1, 2, 3, 4, 5, 6, 7, 8, -9.5F}));
 }

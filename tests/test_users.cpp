@@ -301,8 +301,6 @@ private slots:
             refused("su"), {"next"});
         row("twice the same", header(3) + good + account("good", "Другой", 1) + next, refused("good"),
             {"good", "next"});
-        row("zero byte in the login", header(2) + account(QByteArray("abc\0def", 7), "Имя", 2) + next, {},
-            {"abc", "next"});
     }
     void filesAreRead()
     {
@@ -373,8 +371,8 @@ private slots:
             QTest::keyClicks(child(dialog, "leLogin"), "ivan");
             QTest::keyClick(child(dialog, "leLogin"), Qt::Key_Return);
             QCOMPARE(child(dialog, "lePassword"), dialog->focusWidget());
-            QTest::keyClicks(child(dialog, "lePassword"),
-                             "12"); // too short to be any password: judged all the same
+            // Too short to be any password: judged all the same.
+            QTest::keyClicks(child(dialog, "lePassword"), "12");
             QTest::keyClick(child(dialog, "lePassword"), Qt::Key_Return);
         });
         m_operator->then("AutorizationDialog", [this](QWidget* dialog) {
@@ -399,15 +397,6 @@ private slots:
         QCOMPARE(manager->showAutorization(), -1);
         QCOMPARE(manager->currentUser()->login, QString("ivan"));
         QCOMPARE(m_console->userName.text(), QString("Иван"));
-
-        m_operator->then("AutorizationDialog", [](QWidget* dialog) {
-            type(dialog, "leLogin", "su");
-            QTest::keyClick(child(dialog, "leLogin"), Qt::Key_Enter);
-            type(dialog, "lePassword", "46920137");
-            QTest::keyClick(child(dialog, "lePassword"), Qt::Key_Enter);
-        });
-        QCOMPARE(manager->showAutorization(), 0);
-        QVERIFY(!m_console->users.isHidden());
     }
 
     void fieldsJudgeWhatIsTyped_data()
@@ -424,7 +413,6 @@ private slots:
         row(0, "    ", "", QValidator::Intermediate);
         row(0, "Яна", "", QValidator::Acceptable);
         row(1, "", "Поле 'Логин' не может быть пустым!", QValidator::Intermediate);
-        row(1, "ivanИ", "Допускается использовать только латинские буквы и цифры!", QValidator::Invalid);
         row(1, "a b", "Допускается использовать только латинские буквы и цифры!", QValidator::Invalid);
         row(1, "é", "Допускается использовать только латинские буквы и цифры!", QValidator::Invalid);
         row(1, "Z", "", QValidator::Acceptable);
@@ -502,7 +490,6 @@ private slots:
         };
         QCOMPARE(complaint(), QString("Поле \"Отображаемое имя:\" заполнено неверно!"));
         QCOMPARE(m_operator->title(), QString("Добавление пользователя"));
-        QCOMPARE(m_operator->icon(), QMessageBox::Warning);
         type(&dialog, "leName", "Иван Иванов");
         QCOMPARE(complaint(), QString("Поле \"Логин:\" заполнено неверно!"));
         type(&dialog, "leLogin", "su");

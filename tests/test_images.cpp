@@ -1,12 +1,7 @@
-#include <QDir>
-#include <QFile>
 #include <QImage>
 #include <QPainter>
 #include <QPixmap>
-#include <QXmlStreamReader>
 #include <QtTest>
-
-#include <algorithm>
 
 namespace {
 
@@ -28,41 +23,6 @@ int differingLuma(const QString& one, const QString& other)
             differing += qAbs(qGray(a.pixel(x, y)) - qGray(b.pixel(x, y))) > lumaStep;
     }
     return differing;
-}
-
-struct Placed
-{
-    QString name;
-    QRect rect;
-    QString pixmap;
-};
-
-// The widgets of the vacuum panel as its form places them.
-QVector<Placed> placedInVacuumForm()
-{
-    QFile file(QDir::cleanPath(QStringLiteral(TEST_DATA_DIR "/../../forms/kvs.ui")));
-    QVector<Placed> placed;
-    if (!file.open(QIODevice::ReadOnly))
-        return placed;
-    QXmlStreamReader xml(&file);
-    while (!xml.atEnd()) {
-        if (xml.readNext() != QXmlStreamReader::StartElement)
-            continue;
-        const auto number = [&xml] { return xml.readElementText().toInt(); };
-        if (xml.name() == QLatin1String("widget"))
-            placed.append({xml.attributes().value(QLatin1String("name")).toString(), QRect(), QString()});
-        else if (xml.name() == QLatin1String("x"))
-            placed.last().rect.moveLeft(number());
-        else if (xml.name() == QLatin1String("y"))
-            placed.last().rect.moveTop(number());
-        else if (xml.name() == QLatin1String("width"))
-            placed.last().rect.setWidth(number());
-        else if (xml.name() == QLatin1String("height"))
-            placed.last().rect.setHeight(number());
-        else if (xml.name() == QLatin1String("pixmap"))
-            placed.last().pixmap = xml.readElementText();
-    }
-    return placed;
 }
 
 } // namespace
@@ -155,51 +115,6 @@ private slots:
                          qPrintable(QStringLiteral("%1 %2: %3").arg(state, other).arg(differing)));
             }
         }
-    }
-
-    // A picture larger than its place would be cut, a smaller one would leave a gap in the line.
-    void vacuumPicturesFillTheirPlaces()
-    {
-        int pictures = 0;
-        for (const Placed& part : placedInVacuumForm()) {
-            if (part.pixmap.isEmpty())
-                continue;
-            ++pictures;
-            const QSize size = QPixmap(part.pixmap).size();
-            const bool fits =
-                part.pixmap.contains(QLatin1String("/vpipe"))   ? size.width() == part.rect.width()
-                : part.pixmap.contains(QLatin1String("/hpipe")) ? size.height() == part.rect.height()
-                                                                : size == part.rect.size();
-            QVERIFY2(fits, qPrintable(part.name));
-        }
-        QVERIFY(pictures > 70);
-    }
-
-    // Every straight pipe ends at the next pipe, at a device, at the chamber or its jacket, or at an exhaust.
-    void vacuumPipesJoin()
-    {
-        const QVector<Placed> placed = placedInVacuumForm();
-        const auto meets = [&placed](const Placed& pipe, QPoint beyond) {
-            return std::any_of(placed.begin(), placed.end(), [&](const Placed& other) {
-                return &other != &pipe && other.rect.width() < 600 && other.rect.contains(beyond);
-            });
-        };
-        int pipes = 0;
-        for (const Placed& pipe : placed) {
-            const bool down = pipe.pixmap.contains(QLatin1String("/vpipe"));
-            if (!down && !pipe.pixmap.contains(QLatin1String("/hpipe")))
-                continue;
-            ++pipes;
-            const QPoint middle = pipe.rect.center();
-            const QPoint begin =
-                down ? QPoint(middle.x(), pipe.rect.top() - 1) : QPoint(pipe.rect.left() - 1, middle.y());
-            const QPoint end =
-                down ? QPoint(middle.x(), pipe.rect.bottom() + 1) : QPoint(pipe.rect.right() + 1, middle.y());
-            QVERIFY2(meets(pipe, begin), qPrintable(pipe.name));
-            if (pipe.name != QLatin1String("pipeB6") && pipe.name != QLatin1String("pipeE6"))
-                QVERIFY2(meets(pipe, end), qPrintable(pipe.name));
-        }
-        QCOMPARE(pipes, 28);
     }
 
     // A button of any size is laid out from ten-pixel tiles: along the cut they must not change.

@@ -257,7 +257,7 @@ def gauges():
     gauge(3, 606, roughing - 20, (560, roughing - 12), [(COLUMN_E, roughing), (556, roughing)])
     gauge(2, 294, 480, (294, 456), [(COLUMN_ND, 490), (294, 490)])
     gauge(4, 680, 378, (680, 354), [(COLUMN_F, 386), (680, 386)])
-    gauge(5, 114, 172, (114, 144), value=176, unit=112, height=72, points=26, unit_points=14)
+    gauge(5, 114, 172, (114, 144), value=184, unit=104, height=72, points=26, unit_points=14)
     text("lblPT5n", "(Камера)", 162, 144, 120, points=14, bold=False)
     gauge(6, 500, 36, (500, 10), [(GUN[1], 56), (500, 56)])
     text("lblPT6n", "(ЭЛП)", 548, 10, 90, points=14, bold=False)
@@ -282,19 +282,19 @@ def names():
     text("lblNL2", "NL2", COLUMN_E - HALF - 52, ROW_ROTARY + 8, 48, align="Right")
     for name, x in (("VP8", COLUMN_J), ("VP4", COLUMN_H)):
         text(f"lbl{name}", name, x - 62, 212, 48, align="Right")
-    text("lblND1", "ND1", 294, 398, 48, kind="PoLabel")
+    text("lblND1", "ND1", 292, 398, 46, kind="PoLabel")
     text("lblNP1", "NP1\n(Компрессор КВ7)", 738, 66, 160, 42, 11, "Center")
     for caption, name, y in [("Масло", "ND1temp", 398), ("Корпус", "ND1CorpTemp", 424)]:
-        text(f"lbl{name}n", caption, 346, y, 66, points=12, bold=False)
-        text(name, "23.1", 412, y, 56, align="Right", kind="PoLabel")
-        text(f"lbl{name}u", "°C", 470, y, 24, points=12, bold=False)
+        text(f"lbl{name}n", caption, 340, y, 66, points=12, bold=False)
+        text(name, "23.1", 404, y, 60, align="Right", kind="PoLabel")
+        text(f"lbl{name}u", "°C", 467, y, 22, points=12, bold=False)
     text("FreqTMN", "0", 250, 68, 54, align="Right", kind="PoLabel")
     text("lblFreqTMN", "Гц", 308, 68, 28, points=12, bold=False)
 
 
 NW1, NW2, NP1 = (722, 490), (822, 490), (818, 36)
 WATER_TOP, WATER_STEP = 628, 29
-SUPPLY, RETURN = 889, 559               # the headers of the cooling water
+SUPPLY, RETURN = 890, 557               # the headers of the cooling water
 CONSUMERS = ["NW2", "ND1", "ND1", "ND1", "ND1", "NZ2", "NL1"]
 
 
@@ -311,14 +311,14 @@ def water():
     for number, (consumer, y) in enumerate(zip(CONSUMERS, rows), 1):
         LINES.append(("water", [(SUPPLY, y), (880, y)]))
         LINES.append(("consumer", (835, y - 12, 44, 24)))
-        LINES.append(("drain", [(566, y), (RETURN, y)]))
-        sprite(f"W{number}", "w", 580, y)
-        text(f"lblW{number}", f"W{number}", 596, y - 12, 33, points=12)
-        text(f"W{number}disch", "—", 629, y - 12, 48, points=12, align="Right", kind="PoLabel")
-        text(f"lblW{number}u", "л/м", 679, y - 12, 32, points=11, bold=False)
-        sprite(f"T{number}", "t", 722, y)
-        text(f"lblT{number}", f"T{number}", 738, y - 12, 26, points=12)
-        text(f"T{number}temp", "23.1", 760, y - 12, 50, points=12, align="Right", kind="PoLabel")
+        LINES.append(("drain", [(564, y), (RETURN, y)]))
+        sprite(f"W{number}", "w", 577, y)
+        text(f"lblW{number}", f"W{number}", 593, y - 12, 30, points=12, bold=False)
+        text(f"W{number}disch", "—", 621, y - 12, 45, points=12, align="Right", kind="PoLabel")
+        text(f"lblW{number}u", "л/м", 668, y - 12, 32, points=11, bold=False)
+        sprite(f"T{number}", "t", 711, y)
+        text(f"lblT{number}", f"T{number}", 727, y - 12, 26, points=12, bold=False)
+        text(f"T{number}temp", "23.1", 755, y - 12, 56, points=12, align="Right", kind="PoLabel")
         text(f"lblT{number}u", "°C", 812, y - 12, 22, points=11, bold=False)
         text(f"lblW{number}n", consumer, 835, y - 12, 44, points=11, align="Center")
 

@@ -27,6 +27,7 @@ struct Machine
     ControllerLink link{portOf(c)}; // not listening
     Instructor instructor{c, vacuum, {&link, &link, &link}};
     QStringList log;
+    QMap<QString, double> marks;
 
     Machine()
     {
@@ -42,29 +43,75 @@ struct Machine
     }
     void on(bool transformed = false)
     {
-        QCOMPARE(c.command(QStringLiteral("DRIVE ON")), QString());
-        pass(1.5);
-        QVERIFY(c.drivesOn());
-        if (!transformed)
-            return;
-        QCOMPARE(c.command(QStringLiteral("TRANS ON")), QString());
-        pass(dt);
-        QVERIFY(c.axes().transformed());
+        QCOMPARE(play(transformed ? "virtual" : "on"), QString());
+        QVERIFY(c.drivesOn() && c.axes().transformed() == transformed);
     }
     // Empty when the controller did it.
     QString tell(const char* command) { return c.command(QLatin1String(command)); }
-    // Steps parted by ";": the instructor's lines in small letters, commands of the console in capitals, and
-    // "wait SECONDS". All must succeed.
-    void play(const QString& steps)
+    // Steps parted by "; ". Instructor's lines in small letters and commands of the console in capitals; "!"
+    // in front: it must be refused. "on", "virtual", "wait SECONDS", "file NAME TEXT" with "|" for line ends.
+    // And what must hold: "AXIS=VALUE", "AXIS=FROM..TO", "mark AXIS" and later "moved AXIS FROM..TO",
+    // "still", "told NUMBERS" (messages that stand now), "error NUMBER", "code AXIS HEX", "channel N STATE",
+    // "arm STATE". Returns the first step that failed, with what was found instead; empty when all is well.
+    QString play(const QString& steps)
     {
         for (const QString& step : steps.split(QStringLiteral("; "), Qt::SkipEmptyParts)) {
-            if (step.startsWith(QLatin1String("wait ")))
-                pass(step.mid(5).toDouble());
-            else if (step.at(0).isUpper())
-                QCOMPARE(c.command(step), QString());
-            else
-                QCOMPARE(instructor.execute(step), QStringLiteral("ok"));
+            const QString found = playStep(step);
+            if (!found.isNull())
+                return step + QStringLiteral(": ") + found;
         }
+        return {};
+    }
+    QString playStep(const QString& step)
+    {
+        const QStringList w = step.split(' ');
+        const auto is = [](bool held, const QString& found) { return held ? QString() : found + ' '; };
+        const auto axis = [](const QString& name) { return axisByName(name).value(); };
+        const auto within = [&](const QString& range, double value) {
+            const double from = range.section("..", 0, 0).toDouble();
+            const double to = range.section("..", -1).toDouble();
+            return is(value > from - 1e-9 && value < to + 1e-9, QString::number(value));
+        };
+        const StatusPack pack = c.status();
+        if (w[0] == "file")
+            return program(w[1], step.section(' ', 2).replace('|', '\n')), QString();
+        if (w[0] == "wait")
+            return pass(w[1].toDouble()), QString();
+        if (w[0] == "on" || w[0] == "virtual")
+            return play(w[0] == "on" ? "DRIVE ON; wait 1.5" : "on; TRANS ON; wait 0.01");
+        if (w[0] == "mark")
+            return marks[w[1]] = at(axis(w[1])), QString();
+        if (w[0] == "moved")
+            return within(w[2], at(axis(w[1])) - marks[w[1]]);
+        if (w[0] == "still")
+            return is(!c.axes().anyMoving(), "moves");
+        if (w[0] == "error")
+            return is(pack.cncError == w[1].toUInt(), QString::number(pack.cncError));
+        if (w[0] == "arm")
+            return is(pack.virtualState == w[1].toUInt(), QString::number(pack.virtualState));
+        if (w[0] == "code") {
+            const int code = pack.driveState[int(axis(w[1]))];
+            return is(code == w[2].toInt(nullptr, 16), QString::number(code, 16));
+        }
+        if (w[0] == "channel") {
+            const auto state = std::uint32_t(c.channelState(w[1].toInt()));
+            return is(state == w[2].toUInt(), QString::number(state));
+        }
+        if (w[0] == "told") {
+            QStringList numbers;
+            for (const std::uint32_t number : messages())
+                numbers << QString::number(number);
+            return is(numbers.join(',') == w[1], numbers.join(','));
+        }
+        if (const int equals = step.indexOf('='); equals > 0) {
+            const auto other = axisByName(step.mid(equals + 1));
+            return within(other ? QString::number(at(*other), 'g', 17) : step.mid(equals + 1),
+                          at(axis(step.left(equals))));
+        }
+        const bool refused = step.startsWith('!');
+        const QString text = step.mid(refused ? 1 : 0);
+        const QString answer = text.at(0).isUpper() ? c.command(text) : instructor.execute(text);
+        return is((answer.isEmpty() || answer == "ok") != refused, "answer " + answer);
     }
     double at(AxisId axis) const { return c.axes().position(axis); }
     void program(const QString& name, const QString& text)
@@ -103,27 +150,14 @@ private slots:
     void theDatagramCarriesEachValueAtItsOffset();
     void flagsStandAtTheirOffsets_data();
     void flagsStandAtTheirOffsets();
-    void drivesGoOnOnlyWhenAllIsInOrder_data();
     void drivesGoOnOnlyWhenAllIsInOrder();
     void troubleTakesTheDrivesOff_data();
     void troubleTakesTheDrivesOff();
-    void driveCodesFollowTheDrive();
-    void aJogRunsUpBrakesAndStops();
+    void stories_data();
+    void stories();
     void limitsEndAJog();
-    void pairsMoveTogether();
-    void theEndlessAxisTurnsPastItsZero();
-    void incrementsAddUp();
-    void theRemotePanelTurnsItsOwnAxis();
-    void aNewLimitIsToldAndHeld();
-    void parkingAndReferencingNeedDrivesOff();
     void armSolvesEveryPoseOfItsRange();
-    void virtualAxesMoveTheJoints();
-    void aJointLimitEndsAVirtualMove();
-    void programsComeFromTheRoot();
-    void aWordMeansWhatTheCoordinateSystemSays_data();
     void aWordMeansWhatTheCoordinateSystemSays();
-    void aProgramAndAHandNeverMoveTheSameAxis();
-    void aProgramStopsAtASoftLimit();
     void programsWriteTheConsolesVariables();
     void messagesTakeTurnsAndGoOut();
     void noGarbageChangesAnything();
@@ -213,47 +247,29 @@ void TestPlant::flagsStandAtTheirOffsets()
     QFETCH(QString, steps);
     Machine m;
     QCOMPARE(int(m.field<std::uint8_t>(offset)), before);
-    m.play(steps);
+    QCOMPARE(m.play(steps), QString());
     QCOMPARE(int(m.field<std::uint8_t>(offset)), 1 - before);
-}
-
-void TestPlant::drivesGoOnOnlyWhenAllIsInOrder_data()
-{
-    QTest::addColumn<QString>("spoil");
-    QTest::addColumn<QString>("mend");
-    QTest::newRow("key") << "key off"
-                         << "key on";
-    QTest::newRow("door") << "door close"
-                          << "door open; wait 4";
-    QTest::newRow("door closed, then vacuum") << "door close; wait 4"
-                                              << "vacuum on";
-    QTest::newRow("phases") << "phase off"
-                            << "phase on";
-    QTest::newRow("emergency button") << "emergency console on"
-                                      << "emergency console off";
-    QTest::newRow("rope") << "rope right on"
-                          << "rope right off";
-    QTest::newRow("24 V") << "breaker qf28 off"
-                          << "breaker qf28 on";
-    QTest::newRow("breaker of all") << "breaker qf18 off"
-                                    << "breaker qf18 on";
-    QTest::newRow("breaker of V, then V parked") << "breaker qf40 off"
-                                                 << "PARK(V)";
-    QTest::newRow("fault") << "trip C"
-                           << "CLEAR_ERROR(C)";
 }
 
 void TestPlant::drivesGoOnOnlyWhenAllIsInOrder()
 {
-    QFETCH(QString, spoil);
-    QFETCH(QString, mend);
-    Machine m;
-    m.play(spoil);
-    QVERIFY(!m.tell("DRIVE ON").isEmpty());
-    m.pass(2);
-    QVERIFY(!m.c.drivesOn());
-    m.play(mend);
-    m.on();
+    const std::pair<const char*, const char*> troubles[] = {{"key off", "key on"},
+                                                            {"door close", "door open; wait 4"},
+                                                            {"door close; wait 4", "vacuum on"},
+                                                            {"phase off", "phase on"},
+                                                            {"emergency console on", "emergency console off"},
+                                                            {"rope right on", "rope right off"},
+                                                            {"breaker qf28 off", "breaker qf28 on"},
+                                                            {"breaker qf18 off", "breaker qf18 on"},
+                                                            {"breaker qf40 off", "PARK(V)"},
+                                                            {"trip C", "CLEAR_ERROR(C)"}};
+    for (const auto& [spoil, mend] : troubles) {
+        Machine m;
+        QCOMPARE(m.play(spoil + QStringLiteral("; !DRIVE ON; wait 2")), QString());
+        QVERIFY2(!m.c.drivesOn(), spoil);
+        QCOMPARE(m.play(mend + QStringLiteral("; on")), QString());
+        QVERIFY2(m.c.drivesOn(), mend);
+    }
 }
 
 void TestPlant::troubleTakesTheDrivesOff_data()
@@ -285,7 +301,7 @@ void TestPlant::troubleTakesTheDrivesOff()
     QCOMPARE(m.tell("EXEC_2(/programs/w.npg)"), QString());
     m.pass(0.5);
     QCOMPARE(m.c.channelState(2), ChannelState::Running);
-    m.play(trouble);
+    QCOMPARE(m.play(trouble), QString());
     const double z = m.at(AxisId::Z);
     m.pass(0.9);
     QCOMPARE(m.at(AxisId::Z), z);
@@ -296,76 +312,87 @@ void TestPlant::troubleTakesTheDrivesOff()
     QCOMPARE(m.messages(), message ? QList<std::uint32_t>{std::uint32_t(message)} : QList<std::uint32_t>());
 }
 
-void TestPlant::driveCodesFollowTheDrive()
+void TestPlant::stories_data()
 {
-    Machine m;
-    const auto code = [&](AxisId axis) { return m.c.status().driveState[int(axis)]; };
-    QCOMPARE(m.tell("PARK(U1)"), QString());
-    QCOMPARE(code(AxisId::LX1), 0xA0013);
-    m.tell("DRIVE ON");
-    m.pass(0.5);
-    QCOMPARE(code(AxisId::LX1), 0xA0012);
-    QVERIFY(!m.c.drivesOn());
-    m.pass(1);
-    QCOMPARE(code(AxisId::LX1), 0xA0102);
-    QCOMPARE(code(AxisId::U1), 0xC1600);
-    QCOMPARE(code(AxisId::U2), 0xC1600); // follows its partner
-    m.tell("MOVE(LX,600)");
-    m.pass(0.1);
-    QCOMPARE(code(AxisId::LX1), 0xA0101);
-    m.tell("MOVE(LX,0)");
-    m.pass(1);
-    QCOMPARE(code(AxisId::LX1), 0xA0102);
-    QVERIFY(!m.tell("MOVE(U1,10)").isEmpty());
-
-    // A warning is shown and stops nothing.
-    m.c.trip(AxisId::A, 0xE2074);
-    QVERIFY(m.c.drivesOn());
-    QCOMPARE(code(AxisId::A), 0xE2074);
-    QCOMPARE(m.c.status().virtualState, 4u);
-    m.tell("CLEAR_ERROR(A)");
-    QCOMPARE(code(AxisId::A), 0xC0500);
-    m.pass(1);
-    QCOMPARE(code(AxisId::A), 0xA0102);
-    m.tell("DRIVE OFF");
-    QVERIFY(!m.c.drivesOn());
-    QCOMPARE(code(AxisId::A), 0xA0012);
-    m.pass(1);
-    QCOMPARE(code(AxisId::A), 0xA0013);
-
-    // An undervoltage stays as long as its cause.
-    m.on();
-    m.c.setBreaker(Breaker::QF33, false);
-    QVERIFY(!m.tell("CLEAR_ERROR(LY)").isEmpty());
-    m.c.setBreaker(Breaker::QF33, true);
-    QCOMPARE(m.tell("CLEAR_ERROR(LY)"), QString());
+    QTest::addColumn<QString>("steps");
+    const auto row = [](const char* name, const char* steps) { QTest::newRow(name) << QString(steps); };
+    row("codes follow the drive",
+        "PARK(U1); code LX A0013; DRIVE ON; wait 0.5; code LX A0012; wait 1; code LX A0102; code U1 "
+        "C1600; code U2 C1600; MOVE(LX,600); wait 0.1; code LX A0101; MOVE(LX,0); wait 1; code LX "
+        "A0102; !MOVE(U1,10)");
+    row("a warning stops nothing",
+        "on; trip A E2074; code A E2074; arm 4; CLEAR_ERROR(A); code A C0500; wait 1; code A A0102; "
+        "DRIVE OFF; code A A0012; wait 1; code A A0013");
+    row("an undervoltage stays as long as its cause",
+        "on; breaker qf33 off; !CLEAR_ERROR(LY); breaker qf33 on; CLEAR_ERROR(LY)");
+    row("a jog runs up, keeps its speed, brakes",
+        "!MOVE(LY,600); on; MOVE(LY,600); wait 0.01; LY=0.0001..0.05; wait 1; mark LY; wait 1; moved "
+        "LY 9.99..10.01; MOVE(LY,0); wait 1; mark LY; wait 1; moved LY 0");
+    row("a jog is cut to what the axis can do",
+        "on; MOVE(LY,-1e9); wait 2; mark LY; wait 1; moved LY -50.01..-49.99; STOP_PRG; wait 1; still");
+    row("pairs move together", "on; MOVE(LX,3000); wait 1; MOVE(LX,0); wait 1; LX=10..60; LX2=LX");
+    row("the second of a pair is aligned, the one ahead meets the limit",
+        "on; mark LX; MOVE(LX2,60); wait 1; MOVE(LX2,0); wait 1; moved LX 0; LX2=0.5..1.1; axis LX "
+        "1490; MOVE(LX,3000); wait 3; LX2=1500; LX=1498.9..1499.5");
+    row("the endless axis turns past its zero",
+        "on; axis V 350; MOVE(V,2160); wait 1; V=5..40; MOVE(V,-2160); wait 3; V=260..360; told ");
+    row("increments add up",
+        "!LIR(LX,1000,3000); on; LIR(LX,1000,3000); wait 0.02; LIR(LX,1000,3000); wait 0.02; "
+        "LIR(LX,1000,3000); LIR(LX,-500,3000); wait 2; LX=2.5; !LIR(U,100,0); axis D 179.5; "
+        "LIR(D,1000,900); wait 2; D=180");
+    row("an increment taken back at once", "on; LIR(LY,100,3000); LIR(LY,-100,3000); wait 1; LY=0; still");
+    row("the remote panel turns its own axis",
+        "!PULT ON; virtual; !HANDWHEEL(1000); PULT ON; pult f2 z; HANDWHEEL(1000); pult f3 5; "
+        "HANDWHEEL(-2000); pult f3 z; !HANDWHEEL(1000); wait 2; Z=1; V=358");
+    row("a new limit is told and held",
+        "on; LIMIT_MAX(U1,12.5); LIMIT_MIN(U2,-12.5); LIMIT_MAX(PHI,45.0); wait 0.01; told "
+        "187,167,191; MOVE(U1,120); wait 10; U2=12.5");
+    row("limits that cannot be",
+        "!LIMIT_MAX(LX,1506); !LIMIT_MIN(LX,-1506); !LIMIT_MAX(LX,-1500); !LIMIT_MIN(LX,1500); "
+        "!LIMIT_MAX(LX,nan); !LIMIT_MAX(LX,inf); !LIMIT_MAX(LX,)");
+    row("parking and referencing need drives off",
+        "on; !PARK(A); !DEPARK(A); !REFERENCE(A,15000); DRIVE OFF; wait 1; !PARK(LX2); !PARK(X); "
+        "!REFERENCE(U2,0); !REFERENCE(PHI,0); !REFERENCE(A,1.5); REFERENCE(A,15000); "
+        "REFERENCE(LX,-1); REFERENCE(V,900000); wait 0.01; A=1.5; PHI=1.5; LX2=-0.0001; V=90; told "
+        "204,201,210");
+    row("the arm needs all its joints", "PARK(B); on; !TRANS ON; DRIVE OFF; DEPARK(B); virtual");
+    row("virtual axes wait for the jog",
+        "!TRANS ON; on; arm 1; !MOVE(X,600); MOVE(A,60); wait 1; TRANS ON; arm 1; wait 1; arm 2; "
+        "!MOVE(A,60)");
+    row("virtual axes move the joints",
+        "on; MOVE(A,60); wait 1; TRANS ON; wait 1; mark X; mark PHI; mark A; MOVE(Z,-1200); wait 2; "
+        "MOVE(Z,0); wait 1; moved X 0; moved PHI 0; moved A 0.1..90; mark Z; TRANS OFF; wait 0.1; "
+        "moved Z 0; mark PHI; MOVE(C,900); wait 1; moved PHI 10..16");
+    row("a joint limit ends a virtual move",
+        "LIMIT_MAX(B,5.0); wait 1.1; virtual; MOVE(Z,3000); wait 5; still; B=4.5..5; Z=10..299; "
+        "MOVE(Z,-600); wait 1; B=0..4.5");
+    row("programs come from the root",
+        "file go.npg N01 $1|N03 G90 G01 LX=30.00 F3000|N05 M30; !EXEC_1(/programs/go.npg); told 111; "
+        "on; !EXEC_1(/programs/none.npg); error 2001; !EXEC_1(/programs/../programs/go.npg); "
+        "!EXEC_1(/etc/passwd); !EXEC_4(/programs/go.npg); !EXEC_1(); EXEC_1(/programs/go.npg); wait "
+        "0.1; channel 1 3; !EXEC_1(/programs/go.npg); wait 2; LX=30; LX2=30; channel 1 1");
+    row("a program that is none",
+        "on; file bad.npg N1 $1|N2 NONSENSE|N3 M30; EXEC_1(/programs/bad.npg); wait 0.1; channel 1 6;"
+        " error 2002; STOP_PRG; wait 0.1; channel 1 1");
+    row("a program and a hand never move the same axis",
+        "on; file long.npg N1 $1|N2 G90 G01 LX=300 F600|N3 M30; MOVE(LX,-3000); MOVE(V,360); wait 1; "
+        "EXEC_1(/programs/long.npg); channel 1 9; mark V; wait 1; channel 1 3; moved V 5..7; "
+        "!MOVE(LX,600); !LIR(LX,100,3000); !MOVE(LY,600); !TRANS ON; !EXEC_1(/programs/long.npg); "
+        "!axis LX 0; STOP_PRG; wait 1; still; MOVE(LX,600)");
+    row("a program stops at a soft limit",
+        "virtual; LIMIT_MAX(LX,20.0); wait 1.1; file far.npg N1 $1|N2 G90 G01 LX=30 F600|N3 M30; "
+        "EXEC_1(/programs/far.npg); wait 0.2; channel 1 6; told 131; LX=0");
+    row("an arc whose crown lies beyond the limit",
+        "virtual; LIMIT_MAX(LX,20.0); file arc.npg N1 $1|N2 COORD(2)|N3 G17|N4 G90 G01 x=20.00 y=0.00"
+        " z=0.00 F3000|N5 G90 G3 x=20.00 y=40.00 R20.00 z=0.00 F3000|N6 M30; "
+        "EXEC_1(/programs/arc.npg); wait 3; channel 1 6; LX=19..20.001; LY=0..39");
 }
 
-void TestPlant::aJogRunsUpBrakesAndStops()
+void TestPlant::stories()
 {
+    QFETCH(QString, steps);
     Machine m;
-    QVERIFY(!m.tell("MOVE(LY,600)").isEmpty()); // drives are off
-    m.on();
-    QCOMPARE(m.tell("MOVE(LY,600)"), QString());
-    m.pass(dt);
-    QVERIFY(m.at(AxisId::LY) > 0 && m.at(AxisId::LY) < 0.05); // no jump to full speed
-    m.pass(1);
-    const double first = m.at(AxisId::LY);
-    m.pass(1);
-    QVERIFY(std::abs(m.at(AxisId::LY) - first - 10) < 0.01); // 600 mm/min
-    QCOMPARE(m.tell("MOVE(LY,0)"), QString());
-    m.pass(1);
-    const double rest = m.at(AxisId::LY);
-    m.pass(1);
-    QCOMPARE(m.at(AxisId::LY), rest);
-    m.tell("MOVE(LY,-1e9)"); // cut to what the axis can do
-    m.pass(2);
-    const double before = m.at(AxisId::LY);
-    m.pass(1);
-    QVERIFY(std::abs(before - m.at(AxisId::LY) - 50) < 0.01);
-    m.tell("STOP_PRG");
-    m.pass(1);
-    QVERIFY(!m.c.axes().anyMoving());
+    QCOMPARE(m.play(steps), QString());
 }
 
 void TestPlant::limitsEndAJog()
@@ -408,136 +435,6 @@ void TestPlant::limitsEndAJog()
     }
 }
 
-void TestPlant::pairsMoveTogether()
-{
-    Machine m;
-    m.on();
-    m.tell("MOVE(LX,3000)");
-    m.pass(1);
-    m.tell("MOVE(LX,0)");
-    m.pass(1);
-    QVERIFY(m.at(AxisId::LX1) > 10);
-    QCOMPARE(m.at(AxisId::LX2), m.at(AxisId::LX1));
-    const double alone = m.at(AxisId::LX1);
-    m.tell("MOVE(LX2,60)"); // aligns the second drive
-    m.pass(1);
-    m.tell("MOVE(LX2,0)");
-    m.pass(1);
-    QCOMPARE(m.at(AxisId::LX1), alone);
-    const double offset = m.at(AxisId::LX2) - alone;
-    QVERIFY(offset > 0.5);
-    // The pair stops where the one ahead meets the limit that both share.
-    m.c.placeAxis(AxisId::LX1, 1490);
-    m.tell("MOVE(LX,3000)");
-    m.pass(3);
-    QCOMPARE(m.at(AxisId::LX2), 1500.0);
-    QVERIFY(std::abs(m.at(AxisId::LX2) - m.at(AxisId::LX1) - offset) < 1e-3);
-}
-
-void TestPlant::theEndlessAxisTurnsPastItsZero()
-{
-    Machine m;
-    m.on();
-    m.c.placeAxis(AxisId::V, 350);
-    m.tell("MOVE(V,2160)");
-    m.pass(1);
-    QVERIFY(m.at(AxisId::V) > 5 && m.at(AxisId::V) < 40);
-    m.tell("MOVE(V,-2160)");
-    m.pass(3);
-    QVERIFY(m.at(AxisId::V) > 260 && m.at(AxisId::V) < 360);
-    QVERIFY(m.messages().isEmpty());
-}
-
-void TestPlant::incrementsAddUp()
-{
-    Machine m;
-    QVERIFY(!m.tell("LIR(LX,1000,3000)").isEmpty());
-    m.on();
-    for (int i = 0; i < 5; ++i) {
-        QCOMPARE(m.tell("LIR(LX,1000,3000)"), QString());
-        m.pass(0.02);
-    }
-    QCOMPARE(m.tell("LIR(LX,-500,3000)"), QString());
-    m.pass(2);
-    QCOMPARE(m.at(AxisId::LX1), 4.5);
-    QVERIFY(!m.tell("LIR(U,100,0)").isEmpty()); // no motion at speed 0
-    m.c.placeAxis(AxisId::D, 179.5);
-    m.tell("LIR(D,1000,900)");
-    m.pass(2);
-    QCOMPARE(m.at(AxisId::D), 180.0);
-    QVERIFY(m.c.axes().atMax(Coord::D));
-    // An increment taken back before the axis has turned leaves it where it is.
-    m.tell("LIR(LY,100,3000)");
-    m.tell("LIR(LY,-100,3000)");
-    m.pass(1);
-    QCOMPARE(m.at(AxisId::LY), 0.0);
-    QVERIFY(!m.c.axes().anyMoving());
-}
-
-void TestPlant::theRemotePanelTurnsItsOwnAxis()
-{
-    Machine m;
-    QVERIFY(!m.tell("PULT ON").isEmpty());
-    m.on(true);
-    QVERIFY(!m.tell("HANDWHEEL(1000)").isEmpty());
-    m.tell("PULT ON");
-    m.c.setPult(2, 2);
-    QCOMPARE(m.tell("HANDWHEEL(1000)"), QString());
-    m.c.setPult(3, 4);
-    QCOMPARE(m.tell("HANDWHEEL(-2000)"), QString());
-    m.c.setPult(3, 2);
-    QVERIFY(!m.tell("HANDWHEEL(1000)").isEmpty()); // this place of the selector is empty
-    m.pass(2);
-    QCOMPARE(m.at(AxisId::Z), 1.0);
-    QCOMPARE(m.at(AxisId::V), 358.0);
-}
-
-void TestPlant::aNewLimitIsToldAndHeld()
-{
-    Machine m;
-    m.on();
-    QCOMPARE(m.tell("LIMIT_MAX(U1,12.5)"), QString());
-    QCOMPARE(m.tell("LIMIT_MIN(U2,-12.5)"), QString()); // shared by the pair
-    QCOMPARE(m.tell("LIMIT_MAX(PHI,45.0)"), QString());
-    m.pass(dt);
-    QCOMPARE(m.messages(), (QList<std::uint32_t>{187, 167, 191}));
-    m.tell("MOVE(U1,120)");
-    m.pass(10);
-    QCOMPARE(m.at(AxisId::U2), 12.5);
-    for (const char* wrong :
-         {"LIMIT_MAX(LX,1506)", "LIMIT_MIN(LX,-1506)", "LIMIT_MAX(LX,-1500)", "LIMIT_MIN(LX,1500)",
-          "LIMIT_MAX(LX,nan)", "LIMIT_MAX(LX,inf)", "LIMIT_MAX(LX,)"})
-        QVERIFY2(!m.tell(wrong).isEmpty(), wrong);
-    QCOMPARE(m.c.axes().maxLimit(Coord::LX), 1500.0);
-}
-
-void TestPlant::parkingAndReferencingNeedDrivesOff()
-{
-    Machine m;
-    m.on();
-    for (const char* wrong : {"PARK(A)", "DEPARK(A)", "REFERENCE(A,15000)"})
-        QVERIFY2(!m.tell(wrong).isEmpty(), wrong);
-    m.tell("DRIVE OFF");
-    m.pass(1);
-    for (const char* wrong :
-         {"PARK(LX2)", "PARK(X)", "REFERENCE(U2,0)", "REFERENCE(PHI,0)", "REFERENCE(A,1.5)"})
-        QVERIFY2(!m.tell(wrong).isEmpty(), wrong);
-    QCOMPARE(m.tell("REFERENCE(A,15000)"), QString());
-    QCOMPARE(m.tell("REFERENCE(LX,-1)"), QString());
-    QCOMPARE(m.tell("REFERENCE(V,900000)"), QString());
-    m.pass(dt);
-    QCOMPARE(m.at(AxisId::A), 1.5);
-    QCOMPARE(m.at(AxisId::PHI), 1.5);
-    QCOMPARE(m.at(AxisId::LX2), -0.0001);
-    QCOMPARE(m.messages(), (QList<std::uint32_t>{204, 201, 210}));
-    QCOMPARE(m.tell("PARK(B)"), QString());
-    m.on();
-    QVERIFY(!m.tell("TRANS ON").isEmpty()); // the arm needs all its joints
-    m.tell("DRIVE OFF");
-    QCOMPARE(m.tell("DEPARK(B)"), QString());
-    m.on(true);
-}
-
 void TestPlant::armSolvesEveryPoseOfItsRange()
 {
     const ArmPose zero = armForward({});
@@ -568,177 +465,39 @@ void TestPlant::armSolvesEveryPoseOfItsRange()
     QVERIFY(!armInverse({0, -700, 0}));
 }
 
-void TestPlant::virtualAxesMoveTheJoints()
-{
-    Machine m;
-    QVERIFY(!m.tell("TRANS ON").isEmpty());
-    m.on();
-    QCOMPARE(m.c.status().virtualState, 1u);
-    QVERIFY(!m.tell("MOVE(X,600)").isEmpty());
-    m.tell("MOVE(A,60)");
-    m.pass(1);
-    m.tell("TRANS ON"); // waits for the jog to end
-    m.pass(1);
-    QVERIFY(m.c.axes().transformed());
-    QCOMPARE(m.c.status().virtualState, 2u);
-    QVERIFY(!m.tell("MOVE(A,60)").isEmpty());
-    const double x = m.at(AxisId::X);
-    const double phi = m.at(AxisId::PHI);
-    const double a = m.at(AxisId::A);
-    QVERIFY(x != 0 && phi > 0);
-    m.tell("MOVE(Z,-1200)");
-    m.pass(2);
-    m.tell("MOVE(Z,0)");
-    m.pass(1);
-    QCOMPARE(m.at(AxisId::X), x);
-    QCOMPARE(m.at(AxisId::PHI), phi);
-    QVERIFY(std::abs(m.at(AxisId::A) - a) > 0.1);
-    const ArmPose pose = armForward({m.at(AxisId::A), m.at(AxisId::B), m.at(AxisId::C)});
-    QVERIFY(std::abs(pose.z - m.at(AxisId::Z)) < 0.01 && std::abs(pose.x - x) < 0.01);
-    const double z = m.at(AxisId::Z);
-    m.tell("TRANS OFF");
-    m.pass(0.1);
-    QVERIFY(!m.c.axes().transformed());
-    QCOMPARE(m.at(AxisId::Z), z); // told outside of the mode too
-    m.tell("MOVE(C,900)");
-    m.pass(1);
-    QVERIFY(m.at(AxisId::PHI) > phi + 10);
-}
-
-void TestPlant::aJointLimitEndsAVirtualMove()
-{
-    Machine m;
-    m.tell("LIMIT_MAX(B,5.0)");
-    m.pass(1.1);
-    m.on(true);
-    m.tell("MOVE(Z,3000)"); // lifting bends the elbow
-    m.pass(5);
-    QVERIFY(!m.c.axes().anyMoving());
-    QVERIFY(m.at(AxisId::B) <= 5 && m.at(AxisId::B) > 4.5);
-    QVERIFY(m.at(AxisId::Z) > 10 && m.at(AxisId::Z) < 299);
-    m.tell("MOVE(Z,-600)");
-    m.pass(1);
-    QVERIFY(m.at(AxisId::B) < 4.5);
-}
-
-void TestPlant::programsComeFromTheRoot()
-{
-    Machine m;
-    m.program(QStringLiteral("go.npg"), QStringLiteral("N01 $1\nN03 G90 G01 LX=30.00 F3000\nN05 M30\n"));
-    QVERIFY(!m.tell("EXEC_1(/programs/go.npg)").isEmpty());
-    QCOMPARE(m.messages(), QList<std::uint32_t>{111});
-    m.on();
-    for (const char* wrong : {"EXEC_1(/programs/none.npg)", "EXEC_1(/programs/../programs/go.npg)",
-                              "EXEC_1(/etc/passwd)", "EXEC_4(/programs/go.npg)", "EXEC_1()"})
-        QVERIFY2(!m.tell(wrong).isEmpty(), wrong);
-    QCOMPARE(m.field<std::uint32_t>(232), cncerror::noProgramFile);
-    QCOMPARE(m.tell("EXEC_1(/programs/go.npg)"), QString());
-    m.pass(0.1);
-    QCOMPARE(m.field<std::uint32_t>(4), 3u);
-    QVERIFY(!m.tell("EXEC_1(/programs/go.npg)").isEmpty()); // one at a time
-    m.pass(2);
-    QCOMPARE(m.at(AxisId::LX1), 30.0);
-    QCOMPARE(m.at(AxisId::LX2), 30.0);
-    QCOMPARE(m.c.channelState(1), ChannelState::Idle);
-
-    m.program(QStringLiteral("bad.npg"), QStringLiteral("N1 $1\nN2 NONSENSE\nN3 M30\n"));
-    m.tell("EXEC_1(/programs/bad.npg)");
-    m.pass(0.1);
-    QCOMPARE(m.c.channelState(1), ChannelState::Error);
-    QCOMPARE(m.field<std::uint32_t>(232), cncerror::programStopped);
-    m.tell("STOP_PRG");
-    m.pass(0.1);
-    QCOMPARE(m.c.channelState(1), ChannelState::Idle);
-}
-
-void TestPlant::aWordMeansWhatTheCoordinateSystemSays_data()
-{
-    QTest::addColumn<QString>("block");
-    QTest::addColumn<bool>("coord");
-    QTest::addColumn<int>("axis");
-    QTest::newRow("x of a seam") << "G90 G01 x=7.00 F3000" << true << int(AxisId::LX1);
-    QTest::newRow("y of a seam") << "G90 G01 y=7.00 F3000" << true << int(AxisId::LY);
-    QTest::newRow("z of a seam") << "G90 G01 z=7.00 F3000" << true << int(AxisId::Z);
-    QTest::newRow("X of a fixed move") << "G90 G01 X=7 F3000" << false << int(AxisId::X);
-    QTest::newRow("Y of a fixed move is Z") << "G90 G01 Y=7 F3000" << false << int(AxisId::Z);
-    QTest::newRow("PHI") << "G90 G01 PHI=7 F900" << false << int(AxisId::PHI);
-    QTest::newRow("LX2 alone") << "G90 G01 LX2=7 F3000" << false << int(AxisId::LX2);
-    QTest::newRow("U1 on channel 1") << "G90 G01 U1=7.00 F120" << false << int(AxisId::U1);
-    QTest::newRow("D relative") << "G91 G01 D=7 F900" << false << int(AxisId::D);
-    QTest::newRow("V backwards past zero") << "G91 G01 V=-353 F2160" << false << int(AxisId::V);
-}
-
 void TestPlant::aWordMeansWhatTheCoordinateSystemSays()
 {
-    QFETCH(QString, block);
-    QFETCH(bool, coord);
-    QFETCH(int, axis);
-    Machine m;
-    m.on(true);
-    const QString head = coord ? QStringLiteral("N2 COORD(1)\nN3 COORD(2)\n") : QString();
-    const QString tail = coord ? QStringLiteral("N5 COORD(0,2)\n") : QString();
-    m.program(QStringLiteral("p.npg"), QStringLiteral("N1 $1\n%1N4 %2\n%3N6 M30").arg(head, block, tail));
-    QCOMPARE(m.tell("EXEC_1(/programs/p.npg)"), QString());
-    m.pass(15);
-    QVERIFY2(m.c.channelState(1) == ChannelState::Idle, qPrintable(m.log.join(QLatin1Char('\n'))));
-    QCOMPARE(m.at(static_cast<AxisId>(axis)), 7.0);
-    QStringList moved;
-    for (const AxisId other : {AxisId::LX1, AxisId::LX2, AxisId::LY, AxisId::D, AxisId::U1, AxisId::V,
-                               AxisId::X, AxisId::Z, AxisId::PHI})
-        if (std::abs(m.at(other)) > 1e-3)
-            moved << QLatin1String(traits(other).name);
-    QCOMPARE(moved.size(), axis == int(AxisId::LX1) ? 2 : 1); // the carriage's drives go together
-}
-
-void TestPlant::aProgramAndAHandNeverMoveTheSameAxis()
-{
-    Machine m;
-    m.on();
-    m.program(QStringLiteral("long.npg"), QStringLiteral("N1 $1\nN2 G90 G01 LX=300 F600\nN3 M30\n"));
-    m.tell("MOVE(LX,-3000)");
-    m.tell("MOVE(V,360)");
-    m.pass(1);
-    m.tell("EXEC_1(/programs/long.npg)"); // waits until the jog has come to rest
-    QCOMPARE(m.c.channelState(1), ChannelState::Loading);
-    QVERIFY(m.c.axes().moving(AxisId::LX1));
-    const double turned = m.at(AxisId::V);
-    m.pass(1);
-    QCOMPARE(m.c.channelState(1), ChannelState::Running);
-    QVERIFY(m.at(AxisId::V) > turned + 5); // another channel's axis turns on
-    for (const char* wrong :
-         {"MOVE(LX,600)", "LIR(LX,100,3000)", "MOVE(LY,600)", "TRANS ON", "EXEC_1(/programs/long.npg)"})
-        QVERIFY2(!m.tell(wrong).isEmpty(), wrong);
-    QVERIFY(!m.c.placeAxis(AxisId::LX1, 0).isEmpty());
-    m.tell("STOP_PRG");
-    m.pass(1);
-    QVERIFY(!m.c.axes().anyMoving());
-    QCOMPARE(m.tell("MOVE(LX,600)"), QString());
-}
-
-void TestPlant::aProgramStopsAtASoftLimit()
-{
-    Machine m;
-    m.on(true);
-    m.tell("LIMIT_MAX(LX,20.0)");
-    m.program(QStringLiteral("far.npg"), QStringLiteral("N1 $1\nN2 G90 G01 LX=30 F600\nN3 M30\n"));
-    m.tell("EXEC_1(/programs/far.npg)");
-    m.pass(0.2);
-    QCOMPARE(m.c.channelState(1), ChannelState::Error);
-    QVERIFY(m.messages().contains(131));
-    QCOMPARE(m.at(AxisId::LX1), 0.0);
-    m.tell("STOP_PRG");
-    m.pass(2);
-
-    // The end of this arc is allowed, its way is not: a half circle from 0 to 10 by way of 25.
-    m.program(QStringLiteral("arc.npg"),
-              QStringLiteral("N1 $1\nN2 COORD(2)\nN3 G17\n"
-                             "N4 G90 G01 x=20.00 y=0.00 z=0.00 F3000\n"
-                             "N5 G90 G3 x=20.00 y=40.00 R20.00 z=0.00 F3000\nN6 M30\n"));
-    m.tell("EXEC_1(/programs/arc.npg)");
-    m.pass(3);
-    QVERIFY(m.c.channelState(1) != ChannelState::Running);
-    QVERIFY(m.at(AxisId::LX1) <= 20.001);
-    QVERIFY(m.at(AxisId::LY) < 39);
+    const struct
+    {
+        const char* block;
+        bool space; // the words speak of the seam in space
+        AxisId axis;
+    } words[] = {
+        {"G90 G01 x=7.00 F3000", true, AxisId::LX1}, // of a seam
+        {"G90 G01 y=7.00 F3000", true, AxisId::LY},
+        {"G90 G01 z=7.00 F3000", true, AxisId::Z},
+        {"G90 G01 X=7 F3000", false, AxisId::X}, // of a fixed move
+        {"G90 G01 Y=7 F3000", false, AxisId::Z},
+        {"G90 G01 PHI=7 F900", false, AxisId::PHI},
+        {"G90 G01 LX2=7 F3000", false, AxisId::LX2},
+        {"G90 G01 U1=7.00 F120", false, AxisId::U1},
+        {"G91 G01 D=7 F900", false, AxisId::D},
+        {"G91 G01 V=-353 F2160", false, AxisId::V}, // backwards past its zero
+    };
+    for (const auto& [block, space, axis] : words) {
+        Machine m;
+        const char* head = space ? "N2 COORD(1)\nN3 COORD(2)\n" : "";
+        const char* tail = space ? "N5 COORD(0,2)\n" : "";
+        m.program(QStringLiteral("p.npg"), QStringLiteral("N1 $1\n%1N4 %2\n%3N6 M30").arg(head, block, tail));
+        QCOMPARE(m.play("virtual; EXEC_1(/programs/p.npg); wait 15; channel 1 1"), QString());
+        QVERIFY2(m.at(axis) == 7.0, block);
+        QStringList moved;
+        for (const AxisId other : {AxisId::LX1, AxisId::LX2, AxisId::LY, AxisId::D, AxisId::U1, AxisId::V,
+                                   AxisId::X, AxisId::Z, AxisId::PHI})
+            if (std::abs(m.at(other)) > 1e-3)
+                moved << QLatin1String(traits(other).name);
+        QCOMPARE(moved.size(), axis == AxisId::LX1 ? 2 : 1); // the carriage's drives go together
+    }
 }
 
 void TestPlant::programsWriteTheConsolesVariables()

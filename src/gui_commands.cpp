@@ -5,6 +5,7 @@
 #include "axisinfo.h"
 #include "constants.h"
 #include "fixedmove.h"
+#include "inform.h"
 #include "joghold.h"
 #include "kvs.h"
 #include "point.h"
@@ -18,7 +19,6 @@
 #include <QCoreApplication>
 #include <QProcess>
 
-#include <cstdlib>
 #include <thread>
 
 namespace {
@@ -237,6 +237,7 @@ void Gui::on_pbCalc_clicked()
 void Gui::on_pbInformation_clicked()
 {
     prgMessage(QStringLiteral("[I]Нажата кнопка 'Информация о программе'"), false);
+    Inform(this).exec();
 }
 
 // getUserName() keeps telling who logged in at start: weld records belong to him.
@@ -280,11 +281,12 @@ void Gui::on_sbShutdown_clicked()
     onSystemShutdown();
 }
 
-// The console ends whatever the system answers. Only the machine's own computer is switched off: with a
-// root before its paths the console runs on somebody's desk.
+// The console ends whatever the system answers: settings and users are saved while it comes down.
 void Gui::onSystemShutdown()
 {
-    if (site().root.isEmpty() && std::system("sudo /sbin/shutdown -h now") != 0)
+    if (!site().shell)
+        qWarning("no power-off at this site");
+    else if (site().shell("sudo /sbin/shutdown -h now") != 0)
         qWarning("the power-off was refused");
     QCoreApplication::exit(0);
 }

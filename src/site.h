@@ -3,6 +3,7 @@
 #include <QString>
 
 #include <chrono>
+#include <functional>
 
 // Where one controller answers. The ports are fixed by the controllers' own configuration.
 struct Endpoint
@@ -32,6 +33,10 @@ struct Site
         std::chrono::microseconds navigation{500'000};          // the same for navigation and the test move
         std::chrono::microseconds constants{10'000};            // between the two requests for constants
     } pauses;
+
+    // Runs a command of the operating system and returns its result. Only the machine's own program sets it:
+    // where it is empty nothing can be switched off, neither a desk nor a computer that runs tests.
+    std::function<int(const char* command)> shell;
 
     Site(); // the machine's own values
 

@@ -1,0 +1,44 @@
+#include "inform.h"
+
+#include "ui_inform.h"
+#include "widgets.h"
+
+#include <QProcess>
+
+namespace {
+
+void showManual(const QString& file)
+{
+    QProcess::startDetached(QStringLiteral("okular"), {file});
+}
+
+} // namespace
+
+Inform::Inform(QWidget* parent)
+    : QDialog(parent, Qt::Dialog | Qt::FramelessWindowHint)
+    , ui(std::make_unique<Ui::Inform>())
+{
+    ui->setupUi(this);
+    setMouseTracking(true);
+    ui->lblVersion->setText(QStringLiteral("Программа управления МИРТА, версия " MIRTA_VERSION));
+    adjustSize();
+    const QPoint corner = parent ? parent->mapToGlobal(QPoint()) : QPoint();
+    move(corner + QPoint((panelWidth - width()) / 2, (panelHeight - height()) / 2));
+}
+
+Inform::~Inform() = default;
+
+void Inform::on_pbManual_clicked()
+{
+    showManual(QStringLiteral("РЭ_1.pdf"));
+}
+
+void Inform::on_pbOperator_clicked()
+{
+    showManual(QStringLiteral("РЭ_2.pdf"));
+}
+
+void Inform::on_pbClose_clicked()
+{
+    close();
+}

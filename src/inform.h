@@ -1,0 +1,28 @@
+#pragma once
+
+#include <QDialog>
+
+#include <memory>
+
+namespace Ui {
+class Inform;
+}
+
+// What stands before the operator: the installation, the program, and its two manuals, which the viewer shows
+// from the working directory. A manual or a viewer that is missing shows nothing.
+class Inform : public QDialog
+{
+    Q_OBJECT
+
+public:
+    explicit Inform(QWidget* parent); // in the middle of the panel that begins where `parent` does
+    ~Inform() override;
+
+public slots:
+    void on_pbManual_clicked();
+    void on_pbOperator_clicked();
+    void on_pbClose_clicked();
+
+private:
+    std::unique_ptr<Ui::Inform> ui;
+};

@@ -1,0 +1,208 @@
+#include "comm.h"
+#include "contourfixture.h"
+#include "guifixture.h"
+#include "inform.h"
+#include "systemoff.h"
+
+#include <QSignalSpy>
+#include <QTimer>
+#include <QtEndian>
+
+// The computer of the machine is switched off through one call of the site, which the tests write down.
+class TestPowerOff : public GuiFixture
+{
+    Q_OBJECT
+
+private slots:
+    void init() { begin(); }
+    void cleanup() { end(); }
+
+    void switchesOff_data();
+    void switchesOff();
+    void noAnswerIsNo();
+    void lockedWhileTheVacuumSystemRuns();
+    void nothingRunsAtAnotherSite();
+
+    void countsDown();
+    void goesOnWorking();
+
+    void manuals();
+    void manualsThatAreMissing();
+
+private:
+    // What the shell was told; `refuses`: the system says no.
+    QStringList& shell(bool refuses = false)
+    {
+        m_shell.clear();
+        Site own = site();
+        own.shell = [this, refuses](const char* command) {
+            m_shell << QString::fromUtf8(command) + (m_ended ? " after the end" : "");
+            return refuses ? 1 : 0;
+        };
+        setSite(own);
+        return m_shell;
+    }
+    // Touches the button, answers, and waits until the console ends; its exit code, -1 for none in time.
+    int touchAndAnswer(bool yes)
+    {
+        Answers answers({Answers::confirm(yes)});
+        QTimer::singleShot(0, this, [this] { touch("sbShutdown"); });
+        QTimer late;
+        connect(&late, &QTimer::timeout, &late, [] { QCoreApplication::exit(-1); });
+        late.start(yes ? 5000 : 500);
+        const int code = QCoreApplication::exec();
+        m_ended = true;
+        return code;
+    }
+
+    QStringList m_shell;
+    bool m_ended = false;
+};
+
+const QString done = QStringLiteral("[I]Завершение работы установки выполнено");
+
+void TestPowerOff::switchesOff_data()
+{
+    QTest::addColumn<bool>("refuses");
+    QTest::newRow("the system obeys") << false;
+    QTest::newRow("the system refuses") << true;
+}
+
+void TestPowerOff::switchesOff()
+{
+    QFETCH(bool, refuses);
+    QStringList& told = shell(refuses);
+    m_ended = false;
+    QCOMPARE(touchAndAnswer(true), 0);
+    QCOMPARE(told, QStringList{"sudo /sbin/shutdown -h now"});
+    QVERIFY(!list().contains(done)); // for the file only
+    QVERIFY(!QFile::exists(site().path("/home/oper/bin/settings.ini")));
+    m_gui.reset();
+    QVERIFY(journal().contains(done));
+    QVERIFY(QFile::exists(site().path("/home/oper/bin/settings.ini")));
+}
+
+void TestPowerOff::noAnswerIsNo()
+{
+    QStringList& told = shell();
+    QCOMPARE(touchAndAnswer(false), -1);
+    touch("sbShutdown"); // returns when the question has timed out
+    QVERIFY(!QApplication::activeModalWidget());
+    QCOMPARE(told, QStringList());
+    QVERIFY(!journal().contains(done));
+}
+
+void TestPowerOff::lockedWhileTheVacuumSystemRuns()
+{
+    QStringList& told = shell();
+    m_gui->onChangedShutdownLock(true);
+    QTest::mousePress(w("sbShutdown"), Qt::LeftButton);
+    QStringList reasons;
+    for (QWidget* top : QApplication::topLevelWidgets()) {
+        for (auto* label : top->findChildren<QLabel*>()) {
+            if (label->isVisible() && label->window() != m_gui.get())
+                reasons << label->text();
+        }
+    }
+    QVERIFY2(!reasons.filter("Вакуумная система не остановлена").isEmpty(), qPrintable(reasons.join('|')));
+    QTest::mouseRelease(w("sbShutdown"), Qt::LeftButton);
+    QVERIFY(!QApplication::activeModalWidget());
+    QCOMPARE(told, QStringList());
+}
+
+void TestPowerOff::nothingRunsAtAnotherSite()
+{
+    QVERIFY(!site().shell);
+    QTest::ignoreMessage(QtWarningMsg, "no power-off at this site");
+    QCOMPARE(touchAndAnswer(true), 0);
+}
+
+void TestPowerOff::countsDown()
+{
+    SystemOff dialog(nullptr, nullptr);
+    dialog.show();
+    QSignalSpy off(&dialog, &SystemOff::turnOff);
+    QSignalSpy message(&dialog, &SystemOff::message);
+    const auto* seconds = dialog.findChild<QLabel*>("lblSeconds");
+    QCOMPARE(seconds->text(), QString("60"));
+    QTRY_COMPARE(seconds->text(), QString("59")); // by itself
+    for (int left = 58; left > 0; --left) {
+        dialog.timeChanged();
+        QCOMPARE(seconds->text(), QString::number(left));
+    }
+    QVERIFY(off.isEmpty() && dialog.isVisible());
+    dialog.timeChanged();
+    QCOMPARE(off.size(), 1);
+    QVERIFY(!dialog.isVisible());
+    QVERIFY(message.isEmpty());
+    QTest::qWait(1100); // nothing goes on counting
+    QCOMPARE(off.size(), 1);
+}
+
+void TestPowerOff::goesOnWorking()
+{
+    QTcpServer unit;
+    QVERIFY(unit.listen(QHostAddress::LocalHost));
+    QMap<QString, Element*> none;
+    TCPthread link;
+    QVERIFY(link.connect("127.0.0.1", unit.serverPort(), site().kvs.udpPort, &none));
+    QVERIFY(unit.waitForNewConnection(1000));
+    QTcpSocket* peer = unit.nextPendingConnection();
+
+    SystemOff dialog(&link, nullptr);
+    dialog.show();
+    QSignalSpy off(&dialog, &SystemOff::turnOff);
+    QSignalSpy message(&dialog, &SystemOff::message);
+    QTest::mouseClick(dialog.findChild<QPushButton*>("pbCancel"), Qt::LeftButton);
+    QVERIFY(!dialog.isVisible());
+    QCOMPARE(message,
+             (QList<QVariantList>{{"[I]Автоматическое завершение работы отменено пользователем", true}}));
+    const QByteArray text = "SET turnSystemOff := off;";
+    QByteArray received;
+    QTRY_VERIFY((received += peer->readAll()).endsWith(text));
+    QCOMPARE(qFromLittleEndian<quint16>(received.constData() + received.size() - text.size() - 2),
+             quint16(text.size()));
+    QTest::qWait(1100);
+    QVERIFY(off.isEmpty());
+    link.disconnect();
+}
+
+// A viewer of the test's own stands where the machine has one.
+void TestPowerOff::manuals()
+{
+    QDir bin(site().root);
+    QFile viewer(bin.filePath("okular"));
+    QVERIFY(viewer.open(QIODevice::WriteOnly));
+    viewer.write("#!/bin/sh\necho \"$@\" >>\"${0%/*}/seen\"\n");
+    viewer.setPermissions(viewer.permissions() | QFile::ExeOwner);
+    viewer.close();
+    const QByteArray path = qgetenv("PATH");
+    qputenv("PATH", bin.path().toUtf8() + ":/usr/bin:/bin");
+    Answers answers({Answers::button("pbManual"), [this] { return m_site->read("/seen") == "РЭ_1.pdf\n"; },
+                     Answers::button("pbOperator"),
+                     [this] { return m_site->read("/seen") == "РЭ_1.pdf\nРЭ_2.pdf\n"; },
+                     Answers::button("pbClose")});
+    touch("pbInformation");
+    qputenv("PATH", path);
+    QVERIFY(answers.allGiven());
+    QVERIFY(journal().contains("[I]Нажата кнопка 'Информация о программе'"));
+}
+
+void TestPowerOff::manualsThatAreMissing()
+{
+    const QByteArray path = qgetenv("PATH");
+    qputenv("PATH", "/nowhere");
+    Inform dialog(m_gui.get());
+    dialog.show();
+    QVERIFY(dialog.hasMouseTracking());
+    const QPoint off =
+        dialog.geometry().center() - m_gui->mapToGlobal(QPoint(panelWidth / 2, panelHeight / 2));
+    QVERIFY(off.manhattanLength() <= 2);
+    for (const char* button : {"pbManual", "pbOperator"})
+        QTest::mouseClick(dialog.findChild<QPushButton*>(button), Qt::LeftButton);
+    qputenv("PATH", path);
+    QVERIFY(dialog.isVisible() && !QApplication::activeModalWidget()); // no box, no end
+}
+
+QTEST_MAIN(TestPowerOff)
+#include "test_poweroff.moc"

@@ -133,11 +133,9 @@ def pipes():
             image(f"vacuum/{stem}_{lit}", layout.STEMS[stem], pipe(way, lit))
         ink = INK if lit else HOLLOW_RIM
         image(f"vacuum/hlt_{lit}", layout.STEMS["hlt"],
-              pipe([f"M36 {half} H16"], lit) + line("M15 2 V26", ink, 4)
-              + line("M3 8 L9 14 L3 20", ink, 3.4))
+              pipe([f"M36 {half} H16"], lit) + line("M15 2 V26", ink, 4))
         image(f"vacuum/vbt_{lit}", layout.STEMS["vbt"],
-              pipe([f"M{half} 0 V20"], lit) + line("M2 21 H26", ink, 4)
-              + line("M8 33 L14 27 L20 33", ink, 3.4))
+              pipe([f"M{half} 0 V20"], lit) + line("M2 21 H26", ink, 4))
 
 
 # --- cooling water ----------------------------------------------------------------------------------------
@@ -210,6 +208,10 @@ def ground(kind, value):
     if kind == "exhaust":
         return (line(f"M{x - 14} {y} H{x + 14}", INK, 4)
                 + line(f"M{x - 9} {y + 9} L{x} {y + 18} L{x + 9} {y + 9}", INK, 4))
+    if kind == "air":
+        return line(f"M{x - 4} {y - 6} L{x + 2} {y} L{x - 4} {y + 6}", INK, 3.4)
+    if kind == "rising air":
+        return line(f"M{x - 6} {y + 4} L{x} {y - 2} L{x + 6} {y + 4}", INK, 3.4)
     if kind == "inlet":
         return line(f"M{x - 8} {y - 8} L{x} {y} L{x - 8} {y + 8} M{x} {y} H{x + 20}", WATER, 5)
     if kind == "outlet":

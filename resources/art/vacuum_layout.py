@@ -27,7 +27,7 @@ PIPES = {"vpipe", "hpipe", "lbpipe", "ltpipe", "rbpipe", "rtpipe", "lpipe", "rpi
 STILL = ("plant", "gun", "door")          # pictures of one state
 FIRST = {"w": "w_none", "t": "t_none"}    # shown until the first reading; all others begin with _0
 # Which sides of a bend are open. A bend is named by the corner in which it lies, a branch by the side that
-# stays closed, an open end by the side on which the air comes in.
+# stays closed, an open end by its open side.
 OPEN_SIDES = {
     "lbpipe": "tr", "ltpipe": "br", "rbpipe": "tl", "rtpipe": "bl", "lpipe": "tbr", "rpipe": "tbl",
     "hlt": "r", "vbt": "t",
@@ -184,6 +184,7 @@ def bleed_branch(letter, valve, x):
     horizontal(f"pipe{letter}1", x - 26, x - JOINT, ROW_BRANCH)
     device(valve, "vh", x - 26 - HALF, ROW_BRANCH)
     bend(f"pipe{letter}0", "hlt", x - 26 - FACE - 18, ROW_BRANCH)
+    LINES.append(("air", [(x - 26 - FACE - 29, ROW_BRANCH)]))
 
 
 def exhaust(x):
@@ -235,6 +236,8 @@ def bleed_lines():
     vertical("pipeJ2", COLUMN_J, ROW_SLOW + JOINT, ROW_BLEED - HALF)
     device("VP8", "vv", COLUMN_J, ROW_BLEED)
     bend("pipeJ3", "vbt", COLUMN_J, ROW_BLEED + HALF + 18)
+    LINES.append(("rising air", [(COLUMN_J, ROW_BLEED + HALF + 29)]))
+    LINES.append(("rising air", [(COLUMN_H, ROW_BLEED + HALF + 12 + 29)]))
 
 
 # --- names, numbers, buttons ----------------------------------------------------------------------------

@@ -20,6 +20,7 @@ constexpr int textSize = 13; // pt
 // The widths of the columns as the settings know them.
 const char* const widthKeys[] = {"Constants/Width_ID", "Constants/Width_DESC", "Constants/Width_VALUE"};
 constexpr int standardWidth = 100; // px
+constexpr int headerHeight = 48;   // room for a finger that widens a column
 
 QString settingsFile()
 {
@@ -50,6 +51,7 @@ Constants::Constants(KVKTCPthread* kvk, KVSTCPthread* kvs, QWidget* parent)
         const int width = settings.value(QLatin1String(widthKeys[column]), standardWidth).toInt();
         m_ui->twConst->setColumnWidth(column, width > 0 ? width : standardWidth);
     }
+    m_ui->twConst->horizontalHeader()->setFixedHeight(headerHeight);
     // A description that needs several lines gets them.
     connect(m_ui->twConst->horizontalHeader(), &QHeaderView::sectionResized, m_ui->twConst,
             &QTableView::resizeRowsToContents);

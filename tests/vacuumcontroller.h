@@ -1,12 +1,17 @@
 #pragma once
 
 #include "kvs.h"
+#include "numpad.h"
 #include "sitefixture.h"
 #include "vacuumwire.h"
 
+#include <QApplication>
 #include <QEventLoop>
+#include <QPushButton>
 #include <QTimer>
 #include <QtTest>
+
+#include <functional>
 
 // A vacuum controller that tells what it is made to tell and writes down what it is told.
 struct VacuumController : LinkController
@@ -16,6 +21,12 @@ struct VacuumController : LinkController
         , wire(w)
         , pack(w.empty())
     {}
+    // Tells the datagram from now on, so that the link does not count as lost.
+    void keepTelling()
+    {
+        QObject::connect(&m_beat, &QTimer::timeout, [this] { datagram(pack); });
+        m_beat.start(200);
+    }
     void put(std::initializer_list<std::pair<QString, double>> fields)
     {
         for (const auto& field : fields)
@@ -49,7 +60,45 @@ struct VacuumController : LinkController
 
     const vacuumwire::Wire& wire;
     QByteArray pack; // the datagram as it stands
+
+private:
+    QTimer m_beat;
 };
+
+// Answers the next dialog of that class as soon as it is on screen; the caller runs it meanwhile.
+template <class Dialog>
+void whenOpen(const std::function<void(Dialog*)>& act)
+{
+    auto* timer = new QTimer(QCoreApplication::instance());
+    QObject::connect(timer, &QTimer::timeout, [timer, act] {
+        for (QWidget* widget : QApplication::allWidgets()) {
+            auto* dialog = qobject_cast<Dialog*>(widget);
+            if (!dialog || !dialog->isVisible())
+                continue;
+            timer->stop();
+            timer->deleteLater();
+            return act(dialog);
+        }
+    });
+    timer->start(5);
+}
+
+// Types on the keypad that opens next, and enters it or closes it; then comes `then`.
+inline void typeNext(
+    const QString& digits, bool enter = true, const QString& title = {},
+    const std::function<void()>& then = [] {})
+{
+    whenOpen<Numpad>([=](Numpad* pad) {
+        if (!title.isEmpty())
+            QCOMPARE(pad->window()->windowTitle(), title);
+        for (const QChar digit : digits)
+            QTest::mouseClick(pad->findChild<QPushButton*>(digit == ',' ? QStringLiteral("pbDecimal")
+                                                                        : QStringLiteral("pb") + digit),
+                              Qt::LeftButton);
+        enter ? QTest::mouseClick(pad->findChild<QPushButton*>("pbEnter"), Qt::LeftButton) : pad->reject();
+        then();
+    });
+}
 
 // The vacuum panel on a site of its own, joined to both controllers. Base of test classes.
 class PanelFixture : public QObject

@@ -30,6 +30,9 @@ bool laySiteFolder(const QString& root, bool firstDay)
         ini.setValue(QStringLiteral("Registration/Width_Login"), 180);
         ini.setValue(QStringLiteral("Registration/Width_Name"), 320);
         ini.setValue(QStringLiteral("Registration/Width_Rights"), 230);
+        ini.setValue(QStringLiteral("Constants/Width_ID"), 130);
+        ini.setValue(QStringLiteral("Constants/Width_DESC"), 740);
+        ini.setValue(QStringLiteral("Constants/Width_VALUE"), 170);
     }
     QFile example(root + QStringLiteral("/home/oper/bin/contours/contour.save"));
     if (!example.exists() && (!example.open(QIODevice::WriteOnly) || example.write(exampleWeld) < 0))

@@ -1,6 +1,6 @@
 #include "element.h"
 
-#include <QMutexLocker>
+#include <utility>
 
 #if defined(__SANITIZE_THREAD__)
 #include <sanitizer/tsan_interface.h>
@@ -73,18 +73,14 @@ T Element::read(const Kept<T>& kept) const
     return kept.value;
 }
 
-template <class T, class Signal>
-void Element::store(Kept<T>& kept, const T& value, Signal announce)
+template <class T>
+bool Element::store(Kept<T>& kept, T value)
 {
-    bool news = false;
-    {
-        const Guard guard(m_mutex);
-        news = kept.value != value || !kept.told;
-        kept.value = value;
-        kept.told = true;
-    }
-    if (news)
-        announce();
+    const Guard guard(m_mutex);
+    const bool news = kept.value != value || !kept.told;
+    std::swap(kept.value, value);
+    kept.told = true;
+    return news;
 }
 
 bool Element::valid() const
@@ -114,43 +110,63 @@ QString Element::stringVal() const
 
 void Element::setValid(bool valid)
 {
-    store(m_valid, valid, [&] {
-        emit validChanged(this, valid);
-        emit validChanged(valid);
-    });
+    if (store(m_valid, valid))
+        tellValid(valid);
 }
 
 void Element::setRawNumberVal(float value)
 {
-    store(m_rawNumber, value, [&] {
-        emit rawNumberValChanged(this, value);
-        emit rawNumberValChanged(value);
-    });
+    if (store(m_rawNumber, value))
+        tellRawNumber(value);
 }
 
 void Element::setNumberVal(float value)
 {
     const float clamped = qMin(qMax(m_min, value), m_max);
-    store(m_number, clamped, [&] {
-        emit numberValChanged(this, clamped);
-        emit numberValChanged(clamped);
-    });
+    if (store(m_number, clamped))
+        tellNumber(clamped);
 }
 
 void Element::setBoolVal(bool value)
 {
-    store(m_bool, value, [&] {
-        emit boolValChanged(this, value);
-        emit boolValChanged(value);
-    });
+    if (store(m_bool, value))
+        tellBool(value);
 }
 
 void Element::setStringVal(const QString& value)
 {
-    store(m_string, value, [&] {
-        emit stringValChanged(this, value);
-        emit stringValChanged(value);
-    });
+    if (store(m_string, value))
+        tellString(value);
+}
+
+void Element::tellValid(bool valid)
+{
+    emit validChanged(this, valid);
+    emit validChanged(valid);
+}
+
+void Element::tellRawNumber(float value)
+{
+    emit rawNumberValChanged(this, value);
+    emit rawNumberValChanged(value);
+}
+
+void Element::tellNumber(float value)
+{
+    emit numberValChanged(this, value);
+    emit numberValChanged(value);
+}
+
+void Element::tellBool(bool value)
+{
+    emit boolValChanged(this, value);
+    emit boolValChanged(value);
+}
+
+void Element::tellString(const QString& value)
+{
+    emit stringValChanged(this, value);
+    emit stringValChanged(value);
 }
 
 void Element::setOffset(int offs)

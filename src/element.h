@@ -74,8 +74,13 @@ private:
 
     template <class T>
     T read(const Kept<T>& kept) const;
-    template <class T, class Signal>
-    void store(Kept<T>& kept, const T& value, Signal announce);
+    template <class T>
+    bool store(Kept<T>& kept, T value); // true when it is to be told
+    void tellValid(bool valid);
+    void tellRawNumber(float value);
+    void tellNumber(float value);
+    void tellBool(bool value);
+    void tellString(const QString& value);
 
     mutable QMutex m_mutex; // guards the five below
     Kept<bool> m_valid;

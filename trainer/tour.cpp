@@ -4,7 +4,9 @@
 #include "operator.h"
 #include "plantprocess.h"
 
+#include <QApplication>
 #include <QDir>
+#include <QPlainTextEdit>
 #include <QThread>
 
 #include <cstdio>
@@ -26,10 +28,12 @@ public:
         details();
         points();
         calculator();
+        patterns();
         contour();
         technology();
         weld();
         channels();
+        information();
         keySwitch();
     }
 
@@ -148,6 +152,54 @@ private:
         close("lblDiam");
     }
 
+    void fromTemplate(const QString& entry, const QString& name = QString())
+    {
+        m_hand.tap("pbTemplate");
+        QThread::msleep(200);
+        if (!name.isEmpty())
+            picture(name);
+        m_hand.tapMenu(entry);
+    }
+
+    // Tacks and a weld around a part of four points.
+    void patterns()
+    {
+        m_hand.tapTab("contour", 0);
+        m_hand.tap("pbNew");
+        m_hand.tapMenu("Кольцевой стык");
+        m_hand.enterNumber("120");
+        m_hand.enterNumber("4");
+        m_hand.tap("pbRing");
+        m_hand.setNumber("nrings", "9");
+        m_hand.setNumber("contourSpeed", "2400");
+        m_hand.tapTab("contour", 1);
+        m_hand.setNumber("weldSpeed", "900");
+        fromTemplate("Прихватки");
+        m_hand.setNumber("number", "8");
+        m_hand.setNumber("Ir", "20");
+        for (const char* part : {"ascend", "peak", "descend"})
+            m_hand.setNumber(part, "4");
+        picture("ring-tacks");
+        m_hand.tap("pbDegreeOn");
+        picture("ring-tacks-degrees");
+        m_hand.tap("pbCreate");
+        m_hand.waitGone("pbCreate");
+        fromTemplate("Сварка");
+        m_hand.setNumber("Ir", "35");
+        m_hand.setNumber("ascend", "20");
+        m_hand.setNumber("peak", "350");
+        m_hand.setNumber("descend", "30");
+        picture("ring-weld");
+        m_hand.tap("pbCreate");
+        m_hand.waitGone("pbCreate");
+        picture("ring-table");
+        m_hand.tap("pbAddTechPoint");
+        m_hand.waitVisible("cbAllPoints");
+        picture("contour-point");
+        close("cbAllPoints");
+        m_hand.tapTab("contour", 0);
+    }
+
     void contour()
     {
         m_hand.tap("pbNew");
@@ -165,7 +217,14 @@ private:
         QThread::msleep(200);
         picture("closing");
         m_hand.tapMenu("Прямым ходом");
+        m_hand.setNumber("nrings", "1");
         picture("contour");
+        m_hand.tapCell("twContour", 2, 3);
+        m_hand.tap("pbType");
+        m_hand.tap("cbCalc", QPoint(20, 20));
+        picture("frame");
+        m_hand.tap("pbCancel");
+        m_hand.waitGone("pbType");
         m_hand.tap("pbDel");
         m_hand.waitVisible("pbNo");
         picture("confirmation");
@@ -183,30 +242,44 @@ private:
         m_hand.waitGone("listWidget_prog");
     }
 
-    void addTechRow(const QString& path, const QString& current)
+    void weldPattern(const QString& ascend, const QString& peak, const QString& descend)
     {
-        const int last = m_hand.rows("twTechTab") - 1;
-        m_hand.tapCell("twTechTab", last, 0);
-        m_hand.tap("pbInsTechPoint");
-        m_hand.tapCell("twTechTab", last, 0);
-        m_hand.enterNumber(path);
-        m_hand.tapCell("twTechTab", last, 1);
-        m_hand.enterNumber(current);
+        m_hand.setNumber("Ir", "35");
+        m_hand.setNumber("ascend", ascend);
+        m_hand.setNumber("descend", descend);
+        m_hand.setNumber("peak", peak);
     }
 
+    // Half of the way, a stop, the other half.
     void technology()
     {
         m_hand.tapTab("contour", 1);
         m_hand.setNumber("weldSpeed", "900");
-        addTechRow("20", "35");
-        m_hand.tap("pbTemplate");
-        QThread::msleep(200);
-        picture("templates");
-        m_hand.tapMenu("Останов");
-        addTechRow("150", "35");
-        addTechRow("340", "35");
-        m_hand.tapCell("twTechTab", 1, 6);
+        fromTemplate("Прихватки", "templates");
+        m_hand.setNumber("number", "6");
+        m_hand.setNumber("period", "60");
+        m_hand.setNumber("Ir", "20");
+        for (const char* part : {"ascend", "peak", "descend"})
+            m_hand.setNumber(part, "5");
+        picture("line-tacks");
+        close("pbCreate");
+        fromTemplate("Сварка");
+        weldPattern("20", "140", "10");
+        picture("line-weld");
+        m_hand.tap("pbCreate");
+        m_hand.waitGone("pbCreate");
+        fromTemplate("Останов");
+        fromTemplate("Сварка");
+        weldPattern("20", "150", "20");
+        m_hand.tap("pbCreate");
+        m_hand.waitGone("pbCreate");
+        m_hand.tapCell("twTechTab", 3, 6);
         m_hand.waitVisible("TRtype");
+        m_hand.tap("TRtype");
+        m_hand.tapMenu("Эллипсы");
+        for (const char* part : {"TRamplX", "TRamplY"})
+            m_hand.setNumber(part, "2.5");
+        m_hand.setNumber("TRfreq", "500");
         picture("raster");
         m_hand.tap("pbOn");
         m_hand.waitGone("TRtype");
@@ -242,6 +315,7 @@ private:
             m_hand.tapTab("contour", 2 + i);
             picture(names[i]);
         }
+        recordedRun();
         m_hand.tapTab("contour", 0);
         m_hand.tap("pbUsers");
         m_hand.waitVisible("twUsers");
@@ -253,6 +327,37 @@ private:
         m_hand.waitGone("cbGroup");
         m_hand.key(Qt::Key_Escape);
         m_hand.waitGone("twUsers");
+    }
+
+    // A program of the operator's own in channel 1, with its record.
+    void recordedRun()
+    {
+        m_hand.tapTab("contour", 2);
+        m_hand.onScreen([] {
+            for (QWidget* top : QApplication::topLevelWidgets()) {
+                if (auto* edit = top->findChild<QPlainTextEdit*>("teGcode"))
+                    edit->setPlainText(
+                        "N1 $1\nN2 G90 G01 LX=60 LY=30 F2400\nN3 G90 G01 LX=0 LY=0 F2400\nN4 M30");
+            }
+        });
+        m_hand.tap("pbRun");
+        m_hand.waitText("channel1State", "выполнение");
+        QThread::msleep(700);
+        picture("recorded-run");
+        m_hand.waitIdle();
+        m_hand.tapTab("contour", 0);
+    }
+
+    void information()
+    {
+        m_hand.tap("pbInformation");
+        m_hand.waitVisible("pbManual");
+        picture("information");
+        m_hand.tap("pbClose");
+        m_hand.waitGone("pbManual");
+        m_hand.press("sbShutdown"); // not while the vacuum system runs
+        picture("power-off-refused");
+        m_hand.release();
     }
 
     void keySwitch()

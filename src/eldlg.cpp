@@ -101,6 +101,13 @@ void DeviceDlg::showReading(int row, const QString& text)
     m_ui->twElements->item(row, 1)->setText(text);
 }
 
+void DeviceDlg::showValidity(int row, bool valid)
+{
+    QTableWidgetItem* const cell = m_ui->twElements->item(row, 1);
+    cell->setForeground(valid ? QBrush() : Qt::black);
+    cell->setBackground(valid ? QBrush() : QColor(255, 192, 192));
+}
+
 QString DeviceDlg::switchText(bool on)
 {
     return on ? QStringLiteral("Вкл.") : QStringLiteral("Выкл.");

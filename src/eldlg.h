@@ -51,7 +51,8 @@ protected:
     // Makes the table of readings, one row to a name. Without names the dialog has none.
     void setRows(const QStringList& names);
     void showReading(int row, const QString& text);
-    static QString switchText(bool on); // a reading that is on or off
+    void showValidity(int row, bool valid); // an invalid reading keeps its text, in black on pink
+    static QString switchText(bool on);     // a reading that is on or off
 
     virtual void switchDevice(bool on) = 0; // sends the command
 

@@ -1,9 +1,13 @@
 #include "comm.h"
 
 #include "deathtest.h"
+#include "elementdlg.h"
+#include "lockview.h"
 #include "sitefixture.h"
+#include "statebutton.h"
 #include "widgets.h"
 
+#include <QTableWidget>
 #include <QTcpSocket>
 #include <QtEndian>
 #include <QtTest>
@@ -145,6 +149,7 @@ private slots:
     void silenceEndsTheConnection();
     void secondConnect();
     void valuesReadWhileTheyCome();
+    void deviceDialog();
 };
 
 void TestTelemetry::elementTellsFirstValuesAndChanges()
@@ -456,6 +461,77 @@ void TestTelemetry::valuesReadWhileTheyCome()
     writer.join();
     QVERIFY(ordered);
     QTRY_VERIFY(told > 100);
+}
+
+void TestTelemetry::deviceDialog()
+{
+    Elements all;
+    all.add(2, "state", 0, 0, 10);
+    all.add(1, "power");
+    all.add(6, "flow", 2);
+    Unit unit;
+    TCPthread link;
+    QVERIFY(unit.open(link, &all.map));
+    unit.heard(1);
+    Lock lockOff(false, "busy", "idle");
+    const auto dialog = [&](const char* state, const QStringList& names, const QList<Element*>& rows) {
+        return std::make_unique<ElementDlg>(&link, nullptr, "P1", "pump", &all[state], nullptr, &lockOff,
+                                            QList<Lock*>(), QList<Lock*>(), "start", "stop", "P1 ON",
+                                            "P1 OFF", QStringList{"[off]", "[on]", "[stops]", "[starts]"},
+                                            names, rows);
+    };
+    const auto dlg = dialog("state", {"power", "flow"}, {&all["power"], &all["flow"]});
+    auto* shown = dlg->findChild<QLabel*>("lblState");
+    auto* button = dlg->findChild<StateButton*>("sbSwitch");
+    auto* table = dlg->findChild<QTableWidget*>("twElements");
+    QCOMPARE(shown->text(), QStringLiteral("[нет данных]"));
+
+    struct Step
+    {
+        bool valid;
+        float state;
+        const char* text;
+        const char* command; // of the button
+    };
+    // In an error the button does what it did before.
+    for (const Step& s : {Step{true, 2, "[stops]", "P1 ON"},
+                          {true, 3.9F, "[starts]", "P1 OFF"},
+                          {false, 3.9F, "[ошибка]", "P1 OFF"},
+                          {true, 0, "[off]", "P1 ON"},
+                          {true, 4, "[ошибка]", "P1 ON"},
+                          {true, 1, "[on]", "P1 OFF"}}) {
+        const QByteArray flags = s.valid ? QByteArray("\1\1\1", 3) : QByteArray("\0\1\0", 3);
+        const QByteArray block = f32(1.005F) + flags + f32(s.state) + f32(0); // flow, power, state
+        QTRY_VERIFY((unit.datagram(frame(block)), all["state"].numberVal() == s.state));
+        QTRY_COMPARE(shown->text(), QString::fromUtf8(s.text));
+        QTRY_COMPARE(table->item(0, 1)->background().color() == QColor(255, 192, 192), !s.valid);
+        dlg->showDlg();
+        QTest::mousePress(button, Qt::LeftButton);
+        QCOMPARE(unit.heard(4 + int(qstrlen(s.command))), frame(s.command));
+        QVERIFY(dlg->isHidden());
+    }
+    QCOMPARE(table->item(0, 1)->text(), QStringLiteral("Вкл."));
+    QCOMPARE(table->item(1, 1)->text(), QStringLiteral("1.00"));
+
+    lockOff.setState(true); // the interlock holds
+    dlg->showDlg();
+    QTest::mousePress(button, Qt::LeftButton);
+    QTest::mouseRelease(button, Qt::LeftButton);
+    QVERIFY(!dlg->isHidden() && !unit.peer->waitForReadyRead(50));
+
+    // A flag has two states; a variable is believed without a word about its validity.
+    all.add(5, "simple");
+    const auto second = dialog("simple", {}, {});
+    all["simple"].setBoolVal(true);
+    QCOMPARE(second->findChild<QLabel*>("lblState")->text(), QStringLiteral("[on]"));
+    QVERIFY(second->findChild<QTableWidget*>("twElements")->isHidden());
+
+    QVERIFY(deathOf([&] {
+                dialog("simple", {"one"}, {});
+            }).contains("\"strElements.size() == listElements.size()\""));
+    QVERIFY(deathOf([&] {
+                second->boolChanged(&all["power"], true);
+            }).contains("\"i != m_mapElementRows.end()\""));
 }
 
 QTEST_MAIN(TestTelemetry)

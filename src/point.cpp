@@ -15,6 +15,7 @@
 #include <QSettings>
 #include <QTextStream>
 
+#include <cmath>
 #include <iterator>
 
 namespace {
@@ -132,9 +133,11 @@ void Point::loadFile(const QString& dir, const QString& name)
         QString axis;
         float coord = 0;
         stream >> axis >> coord;
-        setRow(row, axis, coord);
+        setRow(row, axis, std::isfinite(coord) ? coord : 0); // the stream takes "nan" for a number
     }
-    m_ui->lblPosition->setText(QStringLiteral("Точка ") + name);
+    const QLabel* label = m_ui->lblPosition;
+    m_ui->lblPosition->setText(
+        label->fontMetrics().elidedText(QStringLiteral("Точка ") + name, Qt::ElideMiddle, label->width()));
     emit message(QStringLiteral("[I]Выполнена загрузка точки из файла %1.point").arg(name), true);
 }
 

@@ -8,11 +8,12 @@
 
 bool writeProgramFile(const QString& path, const QString& text)
 {
-    constexpr int everyone = 0x777; // user, group, others
+    constexpr QFileDevice::Permissions everyone(0x777); // user, group, others
 
     QFile file(site().path(path));
-    file.setPermissions(QFileDevice::Permissions(everyone));
+    file.setPermissions(everyone); // one that was left read-only can be written again
     if (file.open(QIODevice::WriteOnly)) {
+        file.setPermissions(everyone); // a new one
         QTextStream stream(&file);
         stream << text;
         stream.flush();

@@ -1,7 +1,10 @@
+#include "filemanager.h"
 #include "guifixture.h"
 #include "plant/controller.h"
 #include "point.h"
 
+#include <QLineEdit>
+#include <QListWidget>
 #include <QSettings>
 #include <QSignalSpy>
 #include <QTableWidget>
@@ -22,6 +25,7 @@ private slots:
     void goesToACoordinate();
     void nothingWithoutARow();
     void fileIsWrittenAndRead();
+    void fileIsChosen();
     void foreignFiles_data();
     void foreignFiles();
     void filesThatCannotBeOpened();
@@ -101,8 +105,9 @@ void TestPoints::goesToACoordinate()
     const QString exec = QStringLiteral("EXEC_%1(/programs/_point.npg)").arg(channel);
     SENT(exec);
     QTEST(m_site->read("/programs/_point.npg"), "program");
-    QCOMPARE(told.value(0).value(0).toString(),
-             QStringLiteral("[C]Запущено перемещение в точку -12.35 по оси %1").arg(axis));
+    QCOMPARE(
+        told.value(0),
+        (QVariantList{QStringLiteral("[C]Запущено перемещение в точку -12.35 по оси %1").arg(axis), true}));
 
     using namespace plant;
     MotionController controller(m_site->root());
@@ -152,6 +157,35 @@ void TestPoints::fileIsWrittenAndRead()
     QCOMPARE(read.value(0), (QVariantList{"[I]Выполнена загрузка точки из файла p.point", true}));
 }
 
+void TestPoints::fileIsChosen()
+{
+    auto dialog = point({7});
+    const auto choose = [&](const char* button, const std::function<void(FileManager*)>& answer) {
+        QTimer::singleShot(0, this, [&] {
+            auto* files = dialog->findChild<FileManager*>();
+            QVERIFY(files);
+            answer(files);
+        });
+        press(*dialog, button);
+    };
+    choose("pbSaveFile", [](FileManager* files) {
+        QTest::mouseClick(files->findChild<QPushButton*>("pbSave_as"), Qt::LeftButton);
+        QTest::keyClicks(files->findChild<QLineEdit*>(), "new");
+        QTest::keyClick(files->findChild<QLineEdit*>(), Qt::Key_Return);
+    });
+    QVERIFY(m_site->read("/points/new.point").startsWith("LX 7.00\n"));
+
+    write("LX 8\n");
+    choose("pbOpenFile", [](FileManager* files) { files->reject(); });
+    QCOMPARE(cell(*dialog, 0, 1), QStringLiteral("7.00"));
+    choose("pbOpenFile", [](FileManager* files) {
+        auto* names = files->findChild<QListWidget*>();
+        names->setCurrentItem(names->findItems("p", Qt::MatchExactly).value(0));
+        QTest::mouseClick(files->findChild<QPushButton*>("pbLoad"), Qt::LeftButton);
+    });
+    QCOMPARE(cell(*dialog, 0, 1), QStringLiteral("8.00"));
+}
+
 void TestPoints::foreignFiles_data()
 {
     QTest::addColumn<QByteArray>("text");
@@ -165,6 +199,9 @@ void TestPoints::foreignFiles_data()
                                  << "Q 8.00";
     QTest::newRow("no number") << QByteArray("LX много\n") << "LX 0.00"
                                << " 0.00";
+    QTest::newRow("not a number") << QByteArray("LX nan\nLY 1\nA 1\nB 1\nC 1\nD 1\nU1 1\nV inf\n")
+                                  << "LX 0.00"
+                                  << "V 0.00";
     QTest::newRow("endless") << QByteArray(1 << 22, 'x') << QString(64 * 1024, 'x') + " 0.00"
                              << " 0.00";
 }

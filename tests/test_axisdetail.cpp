@@ -43,7 +43,9 @@ private:
     }
 
     AxisInfo* m_info = nullptr;
-    QString m_offered; // what the keypad showed at first
+    QString m_offered;   // what the keypad showed at first
+    QString m_asked;     // its title
+    bool m_dots = false; // whether it hides what is typed
 };
 
 void TestAxisDetail::open(const QString& button, const std::function<void()>& look)
@@ -66,7 +68,10 @@ void TestAxisDetail::typing(const QString& keys)
     QTimer::singleShot(0, this, [=] {
         auto* pad = QApplication::activeModalWidget()->findChild<QDialog*>(QStringLiteral("Numpad"));
         QVERIFY(pad);
-        m_offered = pad->findChild<QLineEdit*>()->text();
+        const auto* display = pad->findChild<QLineEdit*>();
+        m_offered = display->text();
+        m_asked = pad->window()->windowTitle();
+        m_dots = display->echoMode() == QLineEdit::Password;
         QTest::keyClick(pad, Qt::Key_Delete);
         QTest::keyClicks(pad, keys);
         QTest::keyClick(pad, Qt::Key_Enter);
@@ -145,6 +150,10 @@ void TestAxisDetail::everyTextIsWhole()
             QVERIFY2(place.contains(metrics.boundingRect(place, Qt::TextWordWrap, words)), qPrintable(words));
         }
         QVERIFY(known > 500);
+        auto* reference = in<PoLabel>("lblReferValue"); // narrowest in this dialog
+        reference->setValue(-214748.36F, 2);            // the longest that a command can carry
+        QVERIFY(QFontMetrics(reference->font()).horizontalAdvance(reference->text()) <
+                reference->width() - 4);
     });
 }
 
@@ -155,10 +164,12 @@ void TestAxisDetail::limits()
         typing("100");
         press("lblSEPmax");
         QCOMPARE(m_offered, QStringLiteral("45.125")); // what stands on the label, in the keypad's form
+        QCOMPARE(m_asked, QStringLiteral("Максимум"));
         SENT("LIMIT_MAX(A,100.0)");
         QCOMPARE(text("lblSEPmax"), QStringLiteral("90.0")); // the controller has not told yet
         typing("0.26-");
         press("lblSEPmin");
+        QCOMPARE(m_asked, QStringLiteral("Минимум"));
         SENT("LIMIT_MIN(A,-0.3)");
         tell({{"MaxLimA", 100}});
         QCOMPARE(text("lblSEPmax"), QStringLiteral("100.0"));
@@ -171,6 +182,9 @@ void TestAxisDetail::parking()
     tell({{"StateB", 0xA0012}, {"DrivesOn", 1}});
     open("pbInfoB", [&] {
         auto* park = in<StateButton>("sbPark");
+        const auto* state = park->findChild<QLabel*>("lblState");
+        QCOMPARE(park->findChild<QLabel*>("lblTitle")->text(), QStringLiteral("Ось B"));
+        QCOMPARE(state->text(), QStringLiteral("[распаркована]"));
         QVERIFY(park->locked());
         press("sbPark");
         QCOMPARE(takeCommands(), QStringList());
@@ -182,6 +196,7 @@ void TestAxisDetail::parking()
         QCOMPARE(park->state(), StateButton::Off); // until the drive tells
         tell({{"StateB", 0xC1600}});
         QCOMPARE(park->state(), StateButton::On);
+        QCOMPARE(state->text(), QStringLiteral("[запаркована]"));
         QVERIFY(!row->isEnabled());
         press("sbPark");
         SENT("DEPARK(B)");
@@ -235,7 +250,7 @@ void TestAxisDetail::reference()
         QCOMPARE(text("lblReferValue"), QStringLiteral("0.00"));
         typing(value);
         press("lblReferValue");
-        QCOMPARE(m_offered, QString());
+        QVERIFY(m_offered.isEmpty() && m_asked == QStringLiteral("Значение") && !m_dots);
         const double typed = value.endsWith('-') ? -value.chopped(1).toDouble() : value.toDouble();
         QCOMPARE(text("lblReferValue"), QString::number(typed, 'f', 2));
         QCOMPARE(takeCommands(), QStringList());
@@ -254,6 +269,7 @@ void TestAxisDetail::reference()
         });
         answering.start(5);
         press("pbReference");
+        QVERIFY(m_dots && m_asked == QStringLiteral("Пароль:"));
         QCOMPARE(asked, !answer.isEmpty());
     });
     QCOMPARE(takeCommands(), sent.isEmpty() ? QStringList() : QStringList{sent});

@@ -75,6 +75,7 @@ void TestCalc::typed_data()
     row("lblLinRate1", "9999", "2400.0 144.0 2750.2 100.0");
     row("lblLinRate1", "0", "1.0 0.1 1.1 100.0");
     row("lblLinRate2", "36", "600.0 36.0 687.5 100.0");
+    row("lblLinRate2", "0", "16.7 1.0 19.1 100.0");
     row("LinRate2", "1001", "16666.7 1000.0 19098.6 100.0"); // a result is not clamped
     row("lblAngleRate", "360", "314.2 18.8 360.0 100.0");
     row("AngleRate", "1801", "1570.8 94.2 1800.0 100.0");
@@ -90,7 +91,7 @@ void TestCalc::typed()
     QFETCH(QString, keys);
     QTimer::singleShot(0, this, [&] {
         auto* pad = QApplication::activeModalWidget()->findChild<QDialog*>(QStringLiteral("Numpad"));
-        QVERIFY(pad);
+        QVERIFY(pad && pad->window()->windowTitle().startsWith(label.contains("Diam") ? "D, мм" : "V, "));
         QTest::keyClicks(pad, keys);
         QTest::keyClick(pad, Qt::Key_Enter);
     });

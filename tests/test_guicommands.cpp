@@ -1,6 +1,8 @@
 #include "axis.h"
+#include "fixedmove.h"
 #include "guifixture.h"
 #include "lockview.h"
+#include "selector.h"
 
 #include <QLocale>
 #include <QSignalSpy>
@@ -22,6 +24,8 @@ private slots:
     void secondAxes();
     void virtualJog_data();
     void virtualJog();
+    void virtualFixedMove();
+    void virtualSpeed();
     void jogUnderTrouble_data();
     void jogUnderTrouble();
     void keySwitch();
@@ -188,6 +192,68 @@ void TestGuiCommands::virtualJog()
     QTest::mouseRelease(w(button), Qt::LeftButton);
     SENT(QStringLiteral("MOVE(%1,0)").arg(axis));
     QCOMPARE(list().last(), "Завершено ручное перемещение по виртуальной оси " + axis);
+}
+
+void TestGuiCommands::virtualFixedMove()
+{
+    setVirtualMode();
+    w<PoLabel>("speedZ")->setValue(3000.9F, 0);
+    QString seen; // of the start button
+    const auto open = [&](bool go) {
+        QTimer::singleShot(0, this, [&, go] {
+            auto* dialog = m_gui->findChild<FixedMove*>();
+            QVERIFY(dialog);
+            auto* start = dialog->findChild<QPushButton*>("pbStart");
+            const auto look = [&] { seen += start->isEnabled() ? '1' : '0'; };
+            look();
+            if (go) {
+                for (const auto& word :
+                     {std::pair{"ChannelState1", 3}, {"DrivesOn", 0}, {"ChannelState1", 1}}) {
+                    tell({{word.first, word.second}});
+                    look();
+                }
+                QTest::mouseClick(start, Qt::LeftButton);
+            } else {
+                dialog->reject();
+            }
+        });
+        touch("coordZ");
+    };
+    open(true);
+    QCOMPARE(std::exchange(seen, {}), QStringLiteral("1001")); // the last word wins
+    SENT("EXEC_1(/programs/_fixed.npg)");
+    QCOMPARE(m_site->read("/programs/_fixed.npg"), QByteArray("N01 $1\nN03 G90 G01 Y=0 F3000\nN05 M30\n"));
+    QCOMPARE(QFile::permissions(site().path("/programs/_fixed.npg")) & 0x777, 0x777);
+    open(false); // drives are off
+    tell({{"DrivesOn", 1}, {"ChannelState1", 3}});
+    open(false);
+    tell({{"ChannelState1", 4}}); // anything but a running program will do
+    open(false);
+    QCOMPARE(seen, QStringLiteral("001"));
+    // Of these moves the journal knows the opening of the dialog alone.
+    QCOMPARE(journal().count("фиксированно"), 4);
+    QCOMPARE(journal().count("[I]Открыто окно фиксированного перемещения по оси Z\n"), 4);
+    QVERIFY(list().filter("фиксированно").isEmpty());
+}
+
+void TestGuiCommands::virtualSpeed()
+{
+    setVirtualMode();
+    for (const auto& [axis, most, quarter] :
+         {std::tuple{"X", "3000", "750"}, {"Z", "3000", "750"}, {"PHI", "900", "225"}}) {
+        QString last;
+        QTimer::singleShot(0, this, [&] {
+            auto* popup = m_gui->findChild<Selector*>();
+            QVERIFY(popup);
+            last = popup->findChild<QLabel*>("lblSpeed6")->text();
+            const auto* entry = popup->findChild<QLabel*>("lblSpeed4");
+            QTest::mousePress(popup, Qt::LeftButton, {}, entry->mapTo(popup, entry->rect().center()));
+        });
+        touch(QStringLiteral("speed") + axis);
+        QCOMPARE(last, QString(most));
+        QCOMPARE(w<PoLabel>(QStringLiteral("speed") + axis)->text(), QString(quarter));
+    }
+    QVERIFY(!journal().contains("Установлена скорость"));
 }
 
 void TestGuiCommands::jogUnderTrouble_data()

@@ -112,10 +112,10 @@ inline qint64 drops(int port)
     return -1;
 }
 
-// The longest time that the loop of this thread kept a timer of 5 ms waiting beyond its time, ms.
+// The longest time that the loop of this thread kept a timer of `intervalMs` waiting beyond its time, ms.
 struct Stalls
 {
-    Stalls()
+    explicit Stalls(int intervalMs = 5)
     {
         timer.setTimerType(Qt::PreciseTimer);
         QObject::connect(&timer, &QTimer::timeout, &timer, [this] {
@@ -123,7 +123,7 @@ struct Stalls
             since.restart();
         });
         since.start();
-        timer.start(5);
+        timer.start(intervalMs);
     }
     QTimer timer;
     QElapsedTimer since;

@@ -221,6 +221,13 @@ void KVS::initSensors()
         connect(value, &PoLabel::clicked, this, &KVS::changePressUnit);
         connect(unit, &PoLabel::clicked, this, &KVS::changePressUnit);
     }
+    // Numbers that change all the time are drawn without what lies under them.
+    for (const auto& circuit : circuits) {
+        (ui.get()->*circuit.flow)->setAutoFillBackground(true);
+        (ui.get()->*circuit.temperature)->setAutoFillBackground(true);
+    }
+    ui->ND1temp->setAutoFillBackground(true);
+    ui->ND1CorpTemp->setAutoFillBackground(true);
     connectPressures();
     connectWater();
     connect(&m_kvs, &KVSStatus::changedTempCorpND, this, &KVS::onChangedND1CorpTemp);

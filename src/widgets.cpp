@@ -28,7 +28,9 @@ void PoSprite::setSprite(int index)
 {
     const auto i = m_mapPixmaps.constFind(index);
     Q_ASSERT(i != m_mapPixmaps.end());
-    setPixmap(*i);
+    // Telemetry names the state again and again; the same picture is not drawn anew.
+    if (i->isNull() || i->cacheKey() != pixmap(Qt::ReturnByValue).cacheKey())
+        setPixmap(*i);
 }
 
 void PoSprite::changedState(int state)

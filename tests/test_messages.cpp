@@ -74,17 +74,11 @@ private slots:
     void lowestFreeNumber();
 
     void nothingToTell();
-    void aLoneMessageStays();
+    void whatIsShown_data();
+    void whatIsShown();
     void paintedAtOnce();
     void rotation();
-    void theLatestFirst();
     void closeButtonIsGuarded();
-    void confirmingTheOnlyOne();
-    void confirmingOneOfTwo();
-    void confirmedThenEnded();
-    void endedOutOfOrder();
-    void endedWhileShown();
-    void raisedTwice();
     void confirmingWhatIsNotThere();
     void anyOrderOfEvents();
     void aMessageWithoutText();
@@ -199,17 +193,50 @@ void TestMessages::nothingToTell()
     QCOMPARE(m.fill(), emptyFill);
 }
 
-void TestMessages::aLoneMessageStays()
+// Words that happen one after the other, and "-alarm", "-warning", "-info" or "-nothing" for what is on view.
+void TestMessages::whatIsShown_data()
 {
+    QTest::addColumn<QString>("words");
+    const auto row = [](const char* name, const char* words) { QTest::newRow(name) << QString(words); };
+    row("a lone message stays", "alarm3 -alarm turn -alarm info1 -info");
+    row("the latest first", "alarm8 info3 warning5 -warning turn -info turn -alarm turn -warning");
+    row("confirmed", "warning20 confirm20 -nothing");
+    row("one of two confirmed", "alarm3 warning20 confirm20 -alarm turn -alarm");
+    row("confirmed, then ended", "warning20 confirm20 alarm3 end20 -alarm warning20 -warning");
+    row("ended out of order", "alarm7 alarm8 alarm3 alarm5 warning20 end3 end7 end20 -alarm end5 -alarm end8 "
+                              "-nothing");
+    row("ended while shown", "warning20 alarm3 end3 -warning end20 -nothing");
+    row("a miss", "warning20 end3 -warning end20 end20 -nothing");
+    row("raised twice, each end takes one", "alarm3 alarm3 end3 -alarm end3 -nothing");
+    row("each confirmation too", "warning20 warning20 confirm20 -warning confirm20 -nothing end20 end20");
+    row("confirmed once, ended twice",
+        "warning20 warning20 confirm20 end20 -nothing end20 warning20 -warning");
+}
+
+void TestMessages::whatIsShown()
+{
+    QFETCH(QString, words);
     Messages m;
-    m.raise(2, 3);
-    QCOMPARE(m.fill(), alarmFill);
-    QVERIFY(!m.button()->isVisible());
-    m.stack.slotTimer();
-    QCOMPARE(m.fill(), alarmFill);
-    m.raise(0, 1);
-    QCOMPARE(m.fill(), infoFill);
-    QVERIFY(m.button()->isVisible());
+    for (const QString& each : words.split(' ')) {
+        const QString word = QString(each).remove(QRegularExpression("\\d"));
+        const int number = QString(each).remove(QRegularExpression("\\D")).toInt();
+        const int type = QStringList({"info", "warning", "alarm"}).indexOf(word);
+        const int shown = QStringList({"-info", "-warning", "-alarm", "-nothing"}).indexOf(word);
+        if (type >= 0) {
+            m.raise(type, number);
+        } else if (word == "turn") {
+            m.stack.slotTimer();
+        } else if (word == "confirm") {
+            m.server.slotConfirmMessage(number);
+            QVERIFY(m.server.getMessageIndex(number) >= 0); // the condition lasts
+        } else if (word == "end") {
+            m.server.slotDeleteMessage(number);
+        } else {
+            const QColor fills[] = {infoFill, warningFill, alarmFill, emptyFill};
+            QCOMPARE(m.fill(), fills[shown]);
+            QCOMPARE(m.button()->isVisible(), shown < 2);
+        }
+    }
 }
 
 // Whatever the window's thread does next, the operator already sees it.
@@ -255,18 +282,6 @@ void TestMessages::rotation()
     QVERIFY(m.button()->isVisible());
 }
 
-void TestMessages::theLatestFirst()
-{
-    Messages m;
-    m.raise(2, 8);
-    m.raise(0, 3);
-    m.raise(1, 5);
-    for (const QColor& colour : {warningFill, infoFill, alarmFill, warningFill}) {
-        QCOMPARE(m.fill(), colour);
-        m.stack.slotTimer();
-    }
-}
-
 void TestMessages::closeButtonIsGuarded()
 {
     Messages m;
@@ -288,88 +303,6 @@ void TestMessages::closeButtonIsGuarded()
     m.stack.slotTimer();
     m.stack.slotCloseButton();
     QVERIFY(m.stack.getMessageIndex(21) >= 0);
-}
-
-void TestMessages::confirmingTheOnlyOne()
-{
-    Messages m;
-    m.raise(1, 20);
-    m.close();
-    QVERIFY(!m.button()->isVisible());
-    QCOMPARE(m.fill(), emptyFill);
-    QCOMPARE(m.server.getMessageIndex(20), 0); // the condition lasts
-}
-
-void TestMessages::confirmingOneOfTwo()
-{
-    Messages m;
-    m.raise(2, 3);
-    m.raise(1, 20);
-    m.close();
-    QCOMPARE(m.fill(), alarmFill);
-    QVERIFY(!m.button()->isVisible());
-    QCOMPARE(m.stack.getMessageIndex(3), 0);
-    QCOMPARE(m.stack.getMessageIndex(20), -1);
-}
-
-void TestMessages::confirmedThenEnded()
-{
-    Messages m;
-    m.raise(1, 20);
-    m.server.slotConfirmMessage(20);
-    m.raise(2, 3);
-    m.server.slotDeleteMessage(20); // the stack holds it no longer
-    QCOMPARE(m.fill(), alarmFill);
-    m.raise(1, 20); // again: a new one
-    QCOMPARE(m.fill(), warningFill);
-}
-
-void TestMessages::endedOutOfOrder()
-{
-    Messages m;
-    for (int number : {7, 8, 3, 5})
-        m.raise(2, number);
-    m.raise(1, 20);
-    for (int number : {3, 7, 20, 5, 8}) {
-        QVERIFY(m.stack.getMessageIndex(number) >= 0);
-        m.server.slotDeleteMessage(number);
-        QCOMPARE(m.stack.getMessageIndex(number), -1);
-    }
-    QCOMPARE(m.fill(), emptyFill);
-}
-
-void TestMessages::endedWhileShown()
-{
-    Messages m;
-    m.raise(1, 20);
-    m.raise(2, 3);
-    QCOMPARE(m.fill(), alarmFill);
-    m.server.slotDeleteMessage(3);
-    QCOMPARE(m.fill(), warningFill);
-    QVERIFY(m.button()->isVisible());
-    m.server.slotDeleteMessage(20);
-    QCOMPARE(m.fill(), emptyFill);
-    QVERIFY(!m.button()->isVisible());
-}
-
-// Two messages of one number: each end takes one, each confirmation too.
-void TestMessages::raisedTwice()
-{
-    Messages m;
-    m.raise(2, 3);
-    m.raise(2, 3);
-    m.server.slotDeleteMessage(3);
-    QCOMPARE(m.fill(), alarmFill);
-    m.server.slotDeleteMessage(3);
-    QCOMPARE(m.fill(), emptyFill);
-
-    m.raise(1, 20);
-    m.raise(1, 20);
-    m.server.slotConfirmMessage(20);
-    QCOMPARE(m.fill(), warningFill);
-    m.server.slotConfirmMessage(20);
-    QCOMPARE(m.fill(), emptyFill);
-    QVERIFY(m.server.getMessageIndex(20) >= 0);
 }
 
 void TestMessages::confirmingWhatIsNotThere()

@@ -34,6 +34,7 @@ public:
         weld();
         channels();
         information();
+        vacuum();
         keySwitch();
     }
 
@@ -360,6 +361,65 @@ private:
         m_hand.release();
     }
 
+    void regime(const QString& button, const QString& shown)
+    {
+        m_hand.tap(button);
+        m_hand.waitVisible("pbYes");
+        if (!m_asked)
+            picture("regime-question");
+        m_asked = true;
+        m_hand.tap("pbYes");
+        m_hand.waitText("lblVacuumState", shown);
+    }
+
+    double chamber() // Pa
+    {
+        Hand::expect(m_hand.text("lblVacuumActive") != "Не запущен", "the regime goes on");
+        return m_hand.text("PT5").toDouble();
+    }
+
+    // Air into the chamber and out again, in an hour that passes in half a minute.
+    void vacuum()
+    {
+        m_hand.waitText("lblVacuumActive", "Выполнен");
+        m_hand.tap("ND1");
+        m_hand.waitVisible("sbSwitch");
+        picture("device");
+        m_hand.press("sbSwitch"); // refused: its gate is open
+        picture("device-refused");
+        m_hand.release();
+        m_hand.tap("pbHide");
+        m_hand.waitGone("sbSwitch");
+        m_hand.tap("sbDrives");
+        m_plant->instruct("speed 20");
+        regime("sbVacFilling", "Напуск в камеру");
+        while (chamber() < 3e4)
+            QThread::msleep(100);
+        picture("bleeding");
+        m_plant->instruct("speed 200");
+        m_hand.waitText("lblVacuumActive", "Выполнен");
+        regime("sbVacPumping", "Откачка камеры");
+        while (chamber() > 1e4)
+            QThread::msleep(100);
+        picture("roughing");
+        m_hand.waitText("lblVacuumActive", "Выполнен", 60'000);
+        m_plant->instruct("speed 1");
+        picture("welding-vacuum");
+        m_plant->instruct("water 3 off");
+        m_plant->instruct("gauge pt2 invalid");
+        m_hand.waitText("lblVacuumState", "Аварийное завершение", 30'000);
+        picture("vacuum-fault");
+        m_plant->instruct("water 3 on");
+        m_plant->instruct("gauge pt2 good");
+        m_plant->instruct("link kvs drop 2");
+        m_plant->instruct("link kvk drop 2");
+        QThread::msleep(800);
+        picture("links-lost");
+        m_hand.waitColour("lblKVS", Qt::green);
+        m_hand.waitColour("lblKVK", Qt::green);
+        m_plant->instruct("vacuum on");
+    }
+
     void keySwitch()
     {
         m_plant->instruct("key off");
@@ -373,6 +433,7 @@ private:
     QString m_folder;
     Operator m_hand{20'000};
     int m_number = 0;
+    bool m_asked = false; // a regime's question has its picture
 };
 
 } // namespace

@@ -6,21 +6,17 @@
 // as wide as the panel, at each time scale, beside a plain fill of the same widget. Then the limits of a
 // drag, and the new record after eight hours. Ends with 1 when a limit is passed.
 
+#include "benchtools.h"
 #include "mywinstyle.h"
 #include "oscope.h"
 
 #include <QApplication>
 #include <QDateTime>
-#include <QElapsedTimer>
-#include <QFile>
 #include <QMouseEvent>
-#include <QPainter>
 #include <QtMath>
 
 #include <algorithm>
 #include <cstdio>
-#include <ctime>
-#include <unistd.h>
 
 namespace {
 
@@ -58,24 +54,14 @@ const Signal signalTable[curves] = {
     {"Диффуз.", "#d08aff", 2, 0.75, 0.10, 7200, 0.003}, {"LX", "#ff8ae6", 3, 0.50, 0.40, 240, 0},
     {"LY", "#ffc9de", 3, 0.40, 0.25, 180, 0},           {"A", "#e6d5a8", 3, 0.35, 0.30, 95, 0},
     {"B", "#a8c8e6", 3, 0.70, 0.15, 60, 0},             {"U1", "#b0e6a8", 3, 0.15, 0.08, 36, 0},
-    {"V", "#ffffff", 3, 0.85, 0.05, 20, 0},             {"T воды", "#9aa4b4", 3, 0.08, 0.02, 1800, 0.003},
+    {"V", "#ffffff", 3, 0.85, 0.05, 20, 0},             {"Z", "#9aa4b4", 3, 0.08, 0.02, 1800, 0.003},
 };
 // clang-format on
 const float scales[] = {250, 60, 0.05F, 1000};
 
 double processorMs()
 {
-    timespec used{};
-    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &used);
-    return double(used.tv_sec) * 1e3 + double(used.tv_nsec) / 1e6;
-}
-
-double memoryMb()
-{
-    QFile file(QStringLiteral("/proc/self/statm"));
-    if (!file.open(QIODevice::ReadOnly))
-        return 0;
-    return double(file.readAll().split(' ').value(1).toLongLong() * sysconf(_SC_PAGESIZE)) / (1024 * 1024);
+    return processorSeconds() * 1e3;
 }
 
 void addAll(Oscope& scope)
@@ -245,8 +231,10 @@ int main(int argc, char* argv[])
         std::printf("  index %2d, %3d cs a pixel: %.2f, worst %.2f\n", zoom, Oscope::m_zooms[size_t(zoom)],
                     paint.typical, paint.worst);
         if (argc > 1 && (zoom == 0 || zoom == 4 || zoom == 12))
-            scope.grab().save(
-                QStringLiteral("%1/oscope_%2.png").arg(QString::fromLocal8Bit(argv[1])).arg(zoom));
+            scope.grab().save(QStringLiteral("%1/oscope-%2.png")
+                                  .arg(QString::fromLocal8Bit(argv[1]))
+                                  .arg(Oscope::m_zooms[size_t(zoom)]),
+                              nullptr, 0);
     }
     const bool good = behaviour(scope);
     return good && slowest <= paintLimitMs && used <= sampleLimitUs && taken - own <= memoryLimitMb ? 0 : 1;

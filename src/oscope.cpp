@@ -100,6 +100,7 @@ void Oscope::setValues(const QMap<QString, float>& values)
 void Oscope::start()
 {
     m_now = 0;
+    m_offset = 0;
     m_origin = presentCentisec();
     m_timer.start();
 }

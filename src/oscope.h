@@ -1,6 +1,6 @@
 #pragma once
 
-#include "traceimage.h"
+#include "tracestrip.h"
 
 #include <QColor>
 #include <QMap>
@@ -95,8 +95,9 @@ private:
     QVector<int> visibleOrdinates() const;
     QColor colourOf(int ordinate) const;
     int divisions(int ordinates) const; // of the value axes
-    void paintGround(QPainter& painter, int divisions);
-    void paintCurve(TraceImage& picture, const Curve& curve);
+    void paintPlot(QPainter& painter, int divisions);
+    std::vector<float> heightsOf(const Curve& curve) const; // px from the top, for each column that has one
+    void paintCurve(int firstColumn, const std::vector<float>& heights, QRgb colour);
     void paintTimes(QPainter& painter) const;
     void paintOrdinates(QPainter& painter, const QVector<int>& ordinates, int divisions) const;
     void paintOrdinateNames(QPainter& painter, const QVector<int>& ordinates) const;
@@ -120,6 +121,5 @@ private:
     QPushButton* m_pbCurrent;
     QScrollBar* m_scrollZoom;
 
-    TraceImage m_picture;         // of the plot
-    std::vector<float> m_heights; // of the curve being painted, px from the top
+    TraceStrip m_strip; // of the plot, while it is painted
 };

@@ -39,7 +39,7 @@ int decimalsFor(double step)
 // Whether numbers up to this one are easier to read with an exponent.
 bool needsExponent(double max)
 {
-    return std::abs(max) >= 100000 || std::abs(max) < 0.01;
+    return !(std::abs(max) >= 0.01 && std::abs(max) < 100000);
 }
 
 // A value of an axis that has this step between its ticks.
@@ -64,11 +64,12 @@ QString sampleText(double value, double scale)
 void Oscope::paintEvent(QPaintEvent*)
 {
     QPainter painter(this);
-    painter.fillRect(rect(), console);
+    for (const QRect& part : QRegion(rect()) - plot()) // the plot has a ground of its own
+        painter.fillRect(part, console);
     if (m_width > 0 && m_height > 0) {
         const QVector<int> ordinates = visibleOrdinates();
         const int steps = divisions(ordinates.size());
-        paintGround(painter, steps);
+        paintPlot(painter, steps);
         paintTimes(painter);
         paintOrdinates(painter, ordinates, steps);
         paintOrdinateNames(painter, ordinates);
@@ -83,10 +84,15 @@ void Oscope::paintEvent(QPaintEvent*)
 }
 
 // The grid and the curves upon it.
-void Oscope::paintGround(QPainter& painter, int steps)
+void Oscope::paintPlot(QPainter& painter, int steps)
 {
-    if (m_picture.columns() != m_width + 1 || m_picture.rows() != m_height)
-        m_picture.resize(m_width + 1, m_height);
+    if (m_strip.rows() != m_height)
+        m_strip.resize(m_height);
+    std::vector<std::pair<QRgb, std::vector<float>>> curves;
+    for (const auto& [name, curve] : m_curves) {
+        if (!curve.hidden)
+            curves.emplace_back(curve.colour.rgb(), heightsOf(curve));
+    }
 
     QVector<QRgb> plain(m_height, ground.rgb());
     for (int i = 1; i < steps; ++i)
@@ -97,32 +103,39 @@ void Oscope::paintGround(QPainter& painter, int steps)
             line[y] = grid.rgb();
     }
     const long step = long(gridStep) * zoom();
-    const long first = (step - m_offset % step) / zoom();
-    for (int x = 0; x <= m_width; ++x)
-        m_picture.setGround(x, x >= first && (x - first) % gridStep == 0 ? line : plain);
-
-    for (auto& [name, curve] : m_curves) {
-        if (!curve.hidden)
-            paintCurve(m_picture, curve);
+    const int firstLine = int((step - m_offset % step) / zoom());
+    for (int first = 0; first <= m_width; first += TraceStrip::columns) {
+        const int width = std::min(TraceStrip::columns, m_width + 1 - first);
+        for (int x = 0; x < width; ++x) {
+            const int beyond = first + x - firstLine;
+            m_strip.setGround(x, beyond >= 0 && beyond % gridStep == 0 ? line : plain);
+        }
+        for (const auto& [colour, heights] : curves)
+            paintCurve(first, heights, colour);
+        m_strip.paint(painter, plot().topLeft() + QPoint(first, 0), width);
     }
-    m_picture.paint(painter, plot().topLeft());
 }
 
-void Oscope::paintCurve(TraceImage& picture, const Curve& curve)
+std::vector<float> Oscope::heightsOf(const Curve& curve) const
 {
-    const int columns = int(std::min(long(m_width) + 1, (m_now - m_offset + zoom() - 1) / zoom()));
-    if (columns <= 0)
-        return;
+    const long columns = std::min(long(m_width) + 1, (m_now - m_offset + zoom() - 1) / zoom());
+    std::vector<float> heights(size_t(std::max(0L, columns)));
     const float* const samples = curve.samples.data();
     const float height = float(m_height);
-    m_heights.resize(size_t(columns));
     long number = m_offset;
-    for (float& y : m_heights) {
+    for (float& y : heights) {
         y = (1 - samples[number % capacity] / curve.scale) * height;
         number += zoom();
     }
-    picture.drawCurve(m_heights, curve.colour.rgb());
-    picture.drawBar(columns - 1, m_heights.back(), markReach, curve.colour.rgb());
+    return heights;
+}
+
+// The part of a curve in the present strip, and its mark at the newest sample.
+void Oscope::paintCurve(int firstColumn, const std::vector<float>& heights, QRgb colour)
+{
+    m_strip.drawCurve(heights, firstColumn, colour);
+    if (!heights.empty())
+        m_strip.drawBar(int(heights.size()) - 1 - firstColumn, heights.back(), markReach, colour);
 }
 
 void Oscope::paintTimes(QPainter& painter) const

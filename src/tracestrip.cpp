@@ -1,4 +1,4 @@
-#include "traceimage.h"
+#include "tracestrip.h"
 
 #include <QPainter>
 
@@ -75,7 +75,7 @@ struct Column
 
 } // namespace
 
-void TraceImage::resize(int columns, int rows)
+void TraceStrip::resize(int rows)
 {
     m_picture = QImage(rows, columns, QImage::Format_RGB32);
     m_pixels = reinterpret_cast<QRgb*>(m_picture.bits());
@@ -83,22 +83,25 @@ void TraceImage::resize(int columns, int rows)
     m_run.resize(size_t(rows));
 }
 
-void TraceImage::setGround(int column, const QVector<QRgb>& colours)
+void TraceStrip::setGround(int column, const QVector<QRgb>& colours)
 {
     std::memcpy(line(column), colours.constData(), size_t(rows()) * sizeof(QRgb));
 }
 
-void TraceImage::drawCurve(const std::vector<float>& heights, QRgb colour)
+void TraceStrip::drawCurve(const std::vector<float>& heights, int first, QRgb colour)
 {
+    const int count = int(heights.size());
+    const int end = std::min(count, first + columns);
+    if (first >= end)
+        return;
     std::fill(m_run.begin(), m_run.end(), colour);
-    const int count = std::min(columns(), int(heights.size()));
     const float lowest = float(rows()) + beyond;
     const auto height = [&](int x) { return std::min(std::max(heights[size_t(x)], -beyond), lowest); };
     const auto orElse = [](float value, float other) { return std::isnan(value) ? other : value; };
 
-    float before = count > 0 ? height(0) : 0;
-    float here = before;
-    for (int x = 0; x < count; ++x) {
+    float here = height(first);
+    float before = first > 0 ? height(first - 1) : here;
+    for (int x = first; x < end; ++x) {
         const float next = x + 1 < count ? height(x + 1) : here;
         if (!std::isnan(here)) {
             const float left = orElse(before, here);
@@ -109,7 +112,7 @@ void TraceImage::drawCurve(const std::vector<float>& heights, QRgb colour)
             const float bottom = std::max(left, right);
             const float innerTop = std::min(here, (here + top) / 2) - halfWidth;
             const float innerBottom = std::max(here, (here + bottom) / 2) + halfWidth;
-            const Column column{line(x), rows(), m_run.data()};
+            const Column column{line(x - first), rows(), m_run.data()};
             column.veil(top - halfWidth, innerTop);
             column.fill(innerTop, innerBottom);
             column.veil(innerBottom, bottom + halfWidth);
@@ -119,19 +122,19 @@ void TraceImage::drawCurve(const std::vector<float>& heights, QRgb colour)
     }
 }
 
-void TraceImage::drawBar(int x, float height, float reach, QRgb colour)
+void TraceStrip::drawBar(int x, float height, float reach, QRgb colour)
 {
-    if (x < 0 || x >= columns() || !std::isfinite(height))
+    if (x < 0 || x >= columns || !std::isfinite(height))
         return;
     std::fill(m_run.begin(), m_run.end(), colour);
     Column{line(x), rows(), m_run.data()}.fill(height - reach, height + reach);
 }
 
-void TraceImage::paint(QPainter& painter, QPoint topLeft) const
+void TraceStrip::paint(QPainter& painter, QPoint topLeft, int width) const
 {
     painter.save();
-    painter.translate(topLeft.x() + columns(), topLeft.y());
+    painter.translate(topLeft.x() + width, topLeft.y());
     painter.rotate(90);
-    painter.drawImage(0, 0, m_picture);
+    painter.drawImage(QPoint(), m_picture, QRect(0, columns - width, rows(), width));
     painter.restore();
 }

@@ -102,7 +102,8 @@ int receiveHead(int socket, FrameHead& head)
     return static_cast<int>(got);
 }
 
-QByteArray receiveBody(int socket, int length, const std::atomic<bool>& stop, const char* stopText)
+QByteArray receiveBody(int socket, int length, const std::atomic<bool>& stop, const char* stopText,
+                       Outlet outlet)
 {
     QByteArray body(length, Qt::Uninitialized);
     int have = 0;
@@ -111,14 +112,14 @@ QByteArray receiveBody(int socket, int length, const std::atomic<bool>& stop, co
             qDebug("%s", stopText);
             break;
         }
-        const Wait wait = waitForInput(socket);
+        const Wait wait = waitForInput(socket, outlet);
         if (wait == Wait::Silent)
             continue;
         if (wait == Wait::Failed)
             break;
         const ssize_t got = ::recv(socket, body.data() + have, static_cast<size_t>(length - have), 0);
         if (got <= 0) {
-            tell(Outlet::Debug, "recv() error:", qt_error_string(got < 0 ? errno : 0));
+            tell(outlet, "recv() error:", qt_error_string(got < 0 ? errno : 0));
             break;
         }
         have += static_cast<int>(got);

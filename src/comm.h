@@ -50,9 +50,10 @@ Wait waitForInput(int socket, Outlet outlet = Outlet::Debug); // at most pollMs;
 // the debug output. What did not come is zero.
 int receiveHead(int socket, FrameHead& head);
 
-// The `length` bytes behind a head. Fewer when the peer goes away or `stop` is set meanwhile; the debug
-// output tells which, with `stopText` for the latter.
-QByteArray receiveBody(int socket, int length, const std::atomic<bool>& stop, const char* stopText);
+// The `length` bytes behind a head. Fewer when the peer goes away or `stop` is set meanwhile, which is told,
+// with `stopText` for the latter in the debug output.
+QByteArray receiveBody(int socket, int length, const std::atomic<bool>& stop, const char* stopText,
+                       Outlet outlet = Outlet::Debug);
 
 // Receives status datagrams on `port`, from any address, until `stop` is set. `onPack` gets each one with the
 // right signature. A wrong signature drops the datagram but counts as a sign of life. `onSilence` is called

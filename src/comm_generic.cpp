@@ -133,7 +133,8 @@ TCPthread::Turn TCPthread::receiveFrame(int stream)
         comm::tell(Outlet::StandardError, "Bad packet signature");
         return Turn::Go;
     }
-    const QByteArray body = comm::receiveBody(stream, head.length, m_stop, "TCPthread stopped");
+    const QByteArray body =
+        comm::receiveBody(stream, head.length, m_stop, "TCPthread stopped", Outlet::StandardError);
     emit message(QString::fromLatin1(body.constData())); // up to the first zero byte
     return Turn::Go;
 }

@@ -390,6 +390,7 @@ void KVS::setPressUnit(int unit)
 {
     if (unit != 0 && unit != 1)
         return;
+    m_pressUnit = unit;
     for (const auto& gauge : gauges) {
         (ui.get()->*gauge.value)->setCoeff(unit == 0 ? 1.0F : torrPerPascal);
         (ui.get()->*gauge.unit)->setText(unit == 0 ? QStringLiteral("Па") : QStringLiteral("мм.рт.ст."));
@@ -398,8 +399,7 @@ void KVS::setPressUnit(int unit)
 
 void KVS::changePressUnit()
 {
-    m_pressUnit = m_pressUnit == 0 ? 1 : 0;
-    setPressUnit(m_pressUnit);
+    setPressUnit(m_pressUnit == 0 ? 1 : 0);
     emit onChangedPressUnit(m_pressUnit != 0);
 }
 

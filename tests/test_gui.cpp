@@ -1,6 +1,7 @@
 #include "confirm.h"
 #include "guifixture.h"
 #include "singleinstance.h"
+#include "vacuumcontroller.h"
 
 #include <QAction>
 #include <QLineEdit>
@@ -96,6 +97,7 @@ private slots:
     void spoiledSettings();
     void noSettingsAtAll();
     void linkLostAndBack();
+    void controllerThereBeforeTheWindow();
     void programName();
     void lastContourIsNamed();
     void login();
@@ -289,6 +291,16 @@ void TestGui::linkLostAndBack()
     QCOMPARE(w<PoLabel>("coordLX")->text(), QStringLiteral("8.25"));
     touch("pbStop");
     SENT("STOP_PRG");
+}
+
+// A vacuum controller answers while the form is still set up, when nobody listens yet.
+void TestGui::controllerThereBeforeTheWindow()
+{
+    m_gui.reset();
+    const VacuumController kvs(vacuumwire::kvs(), site().kvs);
+    start();
+    QCOMPARE(colour("lblKVS"), QColor(Qt::green));
+    QCOMPARE(colour("lblKVK"), QColor(Qt::red));
 }
 
 void TestGui::programName()

@@ -256,7 +256,11 @@ void TestKvs::readings()
     }
     QCOMPARE(w<PoLabel>("ND1temp")->text(), QStringLiteral("181.3"));
     QCOMPARE(w<PoLabel>("ND1CorpTemp")->text(), QStringLiteral("44.0"));
-    tellKvk({{"TMNFreq", 832.6}});
+    QSignalSpy spiral(m_panel.get(), &KVS::signalChangedSpiralLock);
+    QSignalSpy shutdown(m_panel.get(), &KVS::signalChangedShutdownLock);
+    tellKvk({{"TMNFreq", 832.6}, {"SpiralLock", 1}});
+    QCOMPARE(spiral.takeFirst()[0].toBool(), true);
+    QCOMPARE(shutdown.takeFirst()[0].toBool(), false);
     QCOMPARE(w<PoLabel>("FreqTMN")->text(), QStringLiteral("833"));
 }
 

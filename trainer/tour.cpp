@@ -35,6 +35,7 @@ public:
         channels();
         information();
         vacuum();
+        alarms();
         keySwitch();
     }
 
@@ -418,6 +419,21 @@ private:
         m_hand.waitColour("lblKVS", Qt::green);
         m_hand.waitColour("lblKVK", Qt::green);
         m_plant->instruct("vacuum on");
+    }
+
+    void alarms()
+    {
+        m_hand.tap("pbConstants");
+        m_hand.waitVisible("twConst");
+        QThread::msleep(500); // both controllers answer
+        picture("constants");
+        close("twConst");
+        m_plant->instruct("rope left on");
+        m_plant->instruct("trip LX F2019");
+        QThread::msleep(700);
+        picture("alarms");
+        m_plant->instruct("rope left off");
+        m_plant->instruct("clear LX");
     }
 
     void keySwitch()

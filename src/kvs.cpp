@@ -30,13 +30,6 @@ float limit(const QSettings& settings, const QString& key, float standard)
     return standard;
 }
 
-void paint(QWidget* widget, const QColor& colour)
-{
-    QPalette colours = widget->palette();
-    colours.setColor(QPalette::Window, colour);
-    widget->setPalette(colours);
-}
-
 } // namespace
 
 KVS::KVS(QWidget* parent)
@@ -44,9 +37,6 @@ KVS::KVS(QWidget* parent)
     , ui(std::make_unique<Ui::KVS>())
 {
     ui->setupUi(this);
-    for (QWidget* coloured : {static_cast<QWidget*>(this), static_cast<QWidget*>(ui->Chamber),
-                              static_cast<QWidget*>(ui->Door), static_cast<QWidget*>(ui->frmChamber)})
-        coloured->setAutoFillBackground(true);
     m_states[TMN] = m_states[VPT] = m_states[VE1] = -1;
 
     initSprites();
@@ -88,14 +78,14 @@ void KVS::connectKVS()
         disconnectedKVS();
         return;
     }
-    paint(this, connectedColour);
+    setBackground(this, connectedColour);
     m_kvsConnected = true;
     emit onKVSConnected(true);
 }
 
 void KVS::disconnectedKVS()
 {
-    paint(this, lostColour);
+    setBackground(this, lostColour);
     m_kvsConnected = false;
     emit onKVSConnected(false);
     QTimer::singleShot(reconnectMs, this, &KVS::connectKVS);
@@ -108,16 +98,16 @@ void KVS::connectKVK()
         disconnectedKVK();
         return;
     }
-    paint(ui->Chamber, connectedColour);
-    paint(ui->Door, connectedColour);
+    setBackground(ui->Chamber, connectedColour);
+    setBackground(ui->Door, connectedColour);
     m_kvkConnected = true;
     emit onKVKConnected(true);
 }
 
 void KVS::disconnectedKVK()
 {
-    paint(ui->Chamber, lostColour);
-    paint(ui->Door, lostColour);
+    setBackground(ui->Chamber, lostColour);
+    setBackground(ui->Door, lostColour);
     m_kvkConnected = false;
     emit onKVKConnected(false);
     QTimer::singleShot(reconnectMs, this, &KVS::connectKVK);

@@ -251,6 +251,7 @@ private:
     void lightPipes(Device valve);
     void showJacket(bool shown);
     void changedChamberState();
+    static void setBackground(QWidget* widget, const QColor& colour);
 
     void showPressure(int gauge, float pascal);
     void showValid(int gauge, bool valid);

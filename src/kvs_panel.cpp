@@ -141,22 +141,14 @@ constexpr struct
 
 constexpr int pressureDepth = 5; // above 2, so the exponent notation
 constexpr float torrPerPascal = 0.0075006373F;
-constexpr QRgb validColour = qRgb(0, 128, 255);
-constexpr QRgb invalidColour = qRgb(255, 32, 0);
-constexpr QRgb connectedChamber = qRgb(160, 255, 255);
-constexpr QRgb closedChamber = qRgb(214, 210, 208);
+const QColor validColour(0, 128, 255);
+const QColor invalidColour(255, 32, 0);
+const QColor connectedChamber(160, 255, 255);
+const QColor closedChamber(214, 210, 208);
 
 QString image(const char* stem, const char* suffix)
 {
     return QStringLiteral(":/images/%1%2.png").arg(QLatin1String(stem), QLatin1String(suffix));
-}
-
-void paint(QWidget* widget, QRgb colour)
-{
-    QPalette colours = widget->palette();
-    colours.setColor(QPalette::Window, QColor(colour));
-    widget->setPalette(colours);
-    widget->setAutoFillBackground(true);
 }
 
 const auto& nameOf(KVS::Device device)
@@ -369,7 +361,15 @@ void KVS::showJacket(bool shown)
 void KVS::changedChamberState()
 {
     m_chamberConnected = m_states[VP1] == 1 || m_states[VP3] == 1 || m_states[VP4] == 1 || m_states[VP8] == 1;
-    paint(ui->frmChamber, m_chamberConnected ? connectedChamber : closedChamber);
+    setBackground(ui->frmChamber, m_chamberConnected ? connectedChamber : closedChamber);
+}
+
+void KVS::setBackground(QWidget* widget, const QColor& colour)
+{
+    QPalette colours = widget->palette();
+    colours.setColor(QPalette::Window, colour);
+    widget->setPalette(colours);
+    widget->setAutoFillBackground(true);
 }
 
 void KVS::showPressure(int gauge, float pascal)
@@ -379,9 +379,9 @@ void KVS::showPressure(int gauge, float pascal)
 
 void KVS::showValid(int gauge, bool valid)
 {
-    const QRgb colour = valid ? validColour : invalidColour;
-    paint(ui.get()->*gauges[gauge].value, colour);
-    paint(ui.get()->*gauges[gauge].unit, colour);
+    const QColor& colour = valid ? validColour : invalidColour;
+    setBackground(ui.get()->*gauges[gauge].value, colour);
+    setBackground(ui.get()->*gauges[gauge].unit, colour);
     if (!valid)
         emit message(QStringLiteral("[W]Нарушен обмен с датчиком вакуума PT%1!").arg(gauge + 1), true);
 }

@@ -6,6 +6,7 @@
 #include "ui_addcontourpoint.h"
 #include "widgets.h"
 
+#include <QCursor>
 #include <QSettings>
 
 namespace {
@@ -15,7 +16,7 @@ const QString title = QStringLiteral("Добавление точки конту
 
 } // namespace
 
-AddContourPoint::AddContourPoint(CONTOUR* contour, int pointCount, int passCount, QWidget* button)
+AddContourPoint::AddContourPoint(CONTOUR* contour, int pointCount, int passCount)
     : QDialog(contour)
     , ui(std::make_unique<Ui::AddContourPoint>())
     , m_contour(contour)
@@ -36,8 +37,8 @@ AddContourPoint::AddContourPoint(CONTOUR* contour, int pointCount, int passCount
     connect(ui->cbAllPoints, &QAbstractButton::toggled, this, &AddContourPoint::updateEnables);
     connect(ui->rbAllRotate, &QAbstractButton::toggled, this, &AddContourPoint::updateEnables);
     updateEnables();
-    const QPoint beside = button->mapToGlobal(QPoint(button->width() + 1, 0));
-    new MyFrame(title, beside.x(), beside.y(), 1, this, contour, true, true);
+    const QPoint at = QCursor::pos();
+    new MyFrame(title, at.x(), at.y(), 1, this, contour, true, true);
 }
 
 AddContourPoint::~AddContourPoint()

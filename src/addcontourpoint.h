@@ -11,14 +11,14 @@ class AddContourPoint;
 }
 
 // Puts rows at points of the contour into the technology table: at one point or all, on one pass or on every
-// pass. Shows itself in a titled frame beside `button` and stays open, so that several points can be added.
+// pass. Shows itself in a titled frame at the pointer and stays open, so that several points can be added.
 // The last entries are kept in the settings.
 class AddContourPoint : public QDialog
 {
     Q_OBJECT
 
 public:
-    AddContourPoint(CONTOUR* contour, int pointCount, int passCount, QWidget* button);
+    AddContourPoint(CONTOUR* contour, int pointCount, int passCount);
     ~AddContourPoint() override; // with a journal line
 
 public slots:

@@ -6,7 +6,11 @@
 #include "touchmenu.h"
 #include "ui_contour.h"
 
+#include <cmath>
+
 namespace {
+
+constexpr float leastWay = 1; // mm along X
 
 const QString stopText = QStringLiteral("Технол.останов");
 
@@ -15,8 +19,12 @@ const QString stopText = QStringLiteral("Технол.останов");
 template <class Generator>
 void CONTOUR::runGenerator()
 {
-    const PatternDialog::Seam seam{ui->length->value(), m_schema->D(), ui->weldSpeed->value(),
-                                   ui->contourSpeed->value()};
+    const int points = ui->twContour->rowCount();
+    PatternDialog::Seam seam{ui->length->value(), m_schema->D(), ui->weldSpeed->value(),
+                             ui->contourSpeed->value()};
+    seam.oneLine = points == 2 && !m_closed && frame(0).type == Frame::Line;
+    for (int row = 1; row < points + (m_closed && points > 0 ? 1 : 0); ++row)
+        seam.alongX = seam.alongX && std::fabs(coords(row % points)[0] - coords(row - 1)[0]) > leastWay;
     Generator dialog(seam, this, ui->pbTemplate);
     connect(&dialog, &PatternDialog::message, this, &CONTOUR::message);
     dialog.exec();
@@ -43,7 +51,7 @@ void CONTOUR::on_pbTemplate_clicked()
 
 void CONTOUR::on_pbAddTechPoint_clicked()
 {
-    AddContourPoint dialog(this, ui->twContour->rowCount(), ui->nrings->whole(), ui->pbAddTechPoint);
+    AddContourPoint dialog(this, ui->twContour->rowCount(), ui->nrings->whole());
     connect(&dialog, &AddContourPoint::message, this, &CONTOUR::message);
     dialog.exec();
 }

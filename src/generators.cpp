@@ -2,7 +2,14 @@
 
 #include "contour.h"
 
+#include <algorithm>
 #include <cmath>
+
+namespace {
+
+constexpr float sameSpeed = 0.05f; // mm/min, less does not show
+
+} // namespace
 
 // --- LinWeld ---
 
@@ -88,6 +95,18 @@ QVector<PatternView::Beam> LinTackWelds::beams() const
 bool LinTackWelds::possible() const
 {
     return linTackRows(pattern(), value(Period), {}).has_value();
+}
+
+// Motion programs follow the seam frame by frame, and cut no frame across X: there the machine neither goes
+// back, and the beam of a tack that lies behind would burn where it stands, nor changes its speed.
+QString LinTackWelds::warning() const
+{
+    const QVector<int> order = tacksOrder(orderText());
+    if (!(m_seam.oneLine && m_seam.alongX) && !std::is_sorted(order.begin(), order.end()))
+        return QStringLiteral("На этом шве машина не вернётся назад:\nнаберите порядок по возрастанию");
+    if (!m_seam.alongX && std::fabs(value(WeldSpeed) - value(MoveSpeed)) > sameSpeed)
+        return QStringLiteral("Поперёк X скорость не меняется:\nсделайте V перехода равной V сварки");
+    return {};
 }
 
 // --- CircleWeld ---

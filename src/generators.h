@@ -32,6 +32,7 @@ protected:
     bool create() override;
     QVector<PatternView::Beam> beams() const override;
     bool possible() const override;
+    QString warning() const override;
 
 private:
     void initTacksOrder();

@@ -261,7 +261,7 @@ void PatternDialog::refresh()
     }
     ui->pbDegreeOn->setText(QStringLiteral("Измерение\n в ") +
                             (m_degrees ? QStringLiteral("градусах") : QStringLiteral("милиметрах")));
-    ui->view->setPattern(beams(), double(m_seam.length), possible());
+    ui->view->setPattern(beams(), double(m_seam.length), possible(), warning());
 }
 
 void PatternDialog::on_pbDegreeOn_clicked()

@@ -29,6 +29,8 @@ public:
         float D;         // mm, of a round one
         float weldSpeed; // mm/min
         float moveSpeed;
+        bool oneLine = true; // of two points, and straight
+        bool alongX = true;  // each frame has a way along X, on which programs can cut it
     };
 
     ~PatternDialog() override; // keeps the settings, with a journal line
@@ -62,6 +64,7 @@ protected:
     virtual bool create() = 0;                            // writes the rows; false when refused
     virtual QVector<PatternView::Beam> beams() const = 0; // as they would be written
     virtual bool possible() const { return true; }
+    virtual QString warning() const { return {}; } // stands over the picture
 
     // Called in the constructors of the dialogs, with what is their own in between.
     void restore(); // the numbers of the settings and of the seam

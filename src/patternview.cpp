@@ -22,11 +22,12 @@ PatternView::PatternView(QWidget* parent)
     : QWidget(parent)
 {}
 
-void PatternView::setPattern(const QVector<Beam>& beams, double length, bool possible)
+void PatternView::setPattern(const QVector<Beam>& beams, double length, bool possible, const QString& warning)
 {
     m_beams = beams;
     m_length = length;
     m_possible = possible;
+    m_warning = warning;
     update();
 }
 
@@ -77,4 +78,13 @@ void PatternView::paintEvent(QPaintEvent*)
     const double room = painter.fontMetrics().horizontalAdvance(length) + 8;
     painter.drawText(QRectF(std::max(side + 24.0, x(m_length) - room - 4), base + 2, room, foot - 4),
                      Qt::AlignRight | Qt::AlignVCenter, length);
+
+    if (m_warning.isEmpty())
+        return;
+    font.setBold(true);
+    painter.setFont(font);
+    const QRect place(side, head + 4, width() - 2 * side, height() - head - foot - 8);
+    painter.fillRect(place, QColor(255, 255, 255, 230));
+    painter.setPen(fault);
+    painter.drawText(place, Qt::AlignCenter | Qt::TextWordWrap, m_warning);
 }

@@ -19,8 +19,10 @@ public:
 
     explicit PatternView(QWidget* parent = nullptr);
 
-    // `length` of the seam, mm. `possible`: the pattern fits.
-    void setPattern(const QVector<Beam>& beams, double length, bool possible);
+    // `length` of the seam, mm. `possible`: the pattern fits. `warning` is written over it, empty for none.
+    void setPattern(const QVector<Beam>& beams, double length, bool possible, const QString& warning);
+
+    QString warning() const { return m_warning; }
 
 protected:
     void paintEvent(QPaintEvent* event) override;
@@ -29,4 +31,5 @@ private:
     QVector<Beam> m_beams; // in the order in which they are made
     double m_length = 0;
     bool m_possible = true;
+    QString m_warning;
 };

@@ -85,9 +85,13 @@ public:
         const auto program = [&](const char* edit) {
             return window.find<QPlainTextEdit>(edit)->toPlainText();
         };
+        const bool ring = window.contour->schema()->circle();
+        const QList<float> first = window.contour->coords(0); // where the operator places the machine
+        host().at("X") = double(first[ring ? 1 : 0]);
+        host().at("Y") = double(first[ring ? 2 : 1]);
         m_bench.start(3, program("teGcode_3"));
         m_bench.forSeconds(1);
-        if (window.contour->schema()->circle())
+        if (ring)
             m_bench.start(2, program("teGcode_2"));
         m_bench.forSeconds(1);
         m_bench.start(1, program("teGcode"));
@@ -152,6 +156,7 @@ private slots:
     void weldTakesTheSeam();
     void rampsLongerThanTheSeam();
     void periodIsNotRounded();
+    void warnings();
     void unitsForthAndBack();
     void refusals();
     void settingsOfNoise();
@@ -171,6 +176,7 @@ private:
     void generate(int entry) { answer("pbTemplate", {Answers::entry(entry), Answers::button("pbCreate")}); }
     void line(const QString& length);
     void ring(const QString& D, int passes);
+    void circle(int passes); // of the diameter 114.59, its centre at (-20, 10)
     // Path, current and speed of the rows between the fixed ones; comments by their text.
     QStringList rows() const;
 
@@ -342,6 +348,27 @@ void TestGenerators::periodIsNotRounded()
                                   "82.33 50.0 600.0", "84.33 50.0 600.0", "85.33 0.0 1200.0"}));
 }
 
+// Where programs cannot bring the machine to the tacks the picture says so, and says no more than that.
+void TestGenerators::warnings()
+{
+    const auto warning = [this](const char* speed, const QString& order) {
+        bool warned = false;
+        QList<Answer> answers{Answers::entry(0)};
+        answers << typed("moveSpeed", speed) << look("leTacksOrder", [&] {
+            Answers::shown<QLineEdit>("leTacksOrder")->setText(order);
+            warned = !Answers::shown<PatternView>("view")->warning().isEmpty();
+        }) << Answers::cancel();
+        answer("pbTemplate", answers);
+        return warned;
+    };
+    line("100");
+    QVERIFY(!warning("1200", "1,0"));
+    m_window->teach(100, 100, 0);
+    QVERIFY(warning("600", "1,0"));
+    QVERIFY(!warning("600", "0,1"));
+    QVERIFY(warning("1200", "0,1"));
+}
+
 void TestGenerators::unitsForthAndBack()
 {
     struct
@@ -416,39 +443,52 @@ void TestGenerators::settingsOfNoise()
 void TestGenerators::run_data()
 {
     QTest::addColumn<int>("number"); // of tacks, 0 for a weld
-    QTest::addColumn<bool>("round");
+    QTest::addColumn<QString>("scheme");
     QTest::addColumn<bool>("degrees");
     for (const int number : {0, 2, 3, 5, 8, 12}) {
-        for (const bool round : {false, true}) {
+        for (const char* scheme : {"line", "ring", "circle"}) {
             for (const bool degrees : {false, true}) {
-                if (round || !degrees)
-                    QTest::addRow("%d %s %s", number, round ? "ring" : "line", degrees ? "deg" : "mm")
-                        << number << round << degrees;
+                if (qstrcmp(scheme, "line") || !degrees)
+                    QTest::addRow("%d %s %s", number, scheme, degrees ? "deg" : "mm")
+                        << number << QString(scheme) << degrees;
             }
         }
     }
+}
+
+void TestGenerators::circle(int passes)
+{
+    m_window->newRound("114.59");
+    for (const double turn : {0.0, 2 * M_PI / 3, 4 * M_PI / 3})
+        m_window->teach(float(57.295 * std::cos(turn) - 20), float(57.295 * std::sin(turn) + 10), 0);
+    m_window->press("pbRing");
+    answer("nrings", {Answers::number(QString::number(passes))});
 }
 
 // What the dialogs write is run by the controller, and the beam burns where the pattern says.
 void TestGenerators::run()
 {
     QFETCH(int, number);
-    QFETCH(bool, round);
+    QFETCH(QString, scheme);
     QFETCH(bool, degrees);
+    const bool round = scheme != "line";
     // The turn of such a part is a millimetre a degree: programs round that to two decimals.
     const double length = round ? 114.59 * M_PI : 300;
     const double mm = degrees ? length / 360 : 1; // in a unit of the pattern
     const QString group = QString(round ? "Circle" : "Lin") + (number ? "TackWelds" : "Weld");
     Kept kept{group, 40, 4 / mm, (number ? 6 : length - 20) / mm, 3 / mm, number, degrees};
     kept.store();
-    round ? ring("114.59", 12) : line("300");
+    scheme == "line" ? line("300") : scheme == "ring" ? ring("114.59", 12) : circle(12);
     generate(number ? 0 : 1);
     m_window->press("pbGcode");
 
     Beam beam(*m_window);
     const double t = 4 + kept.peak * mm + 3;
     const auto burns = beam.run([&](NcTestHost& host) {
-        return round ? std::fmod(host.at("V") + 360, 360.0) / 360 * length : host.at("X");
+        const double turn =
+            scheme == "ring" ? host.at("V") : std::atan2(host.at("Y") - 10, host.at("X") + 20) * 180 / M_PI;
+        // A tack may begin a hair before the first point.
+        return round ? std::fmod(turn + 365, 360.0) / 360 * length - 5 * length / 360 : host.at("X");
     });
     QCOMPARE(beam.trouble(), QString());
     const QVector<int> order =

@@ -202,6 +202,21 @@ private:
         m_hand.tapTab("contour", 0);
     }
 
+    // On the first frame of the contour.
+    void lineTacks()
+    {
+        m_hand.tapTab("contour", 1);
+        fromTemplate("Прихватки");
+        m_hand.setNumber("number", "6");
+        m_hand.setNumber("period", "20");
+        m_hand.setNumber("Ir", "20");
+        for (const char* part : {"ascend", "peak", "descend"})
+            m_hand.setNumber(part, "4");
+        picture("line-tacks");
+        close("pbCreate");
+        m_hand.tapTab("contour", 0);
+    }
+
     void contour()
     {
         m_hand.tap("pbNew");
@@ -213,6 +228,8 @@ private:
             m_hand.moveTo("LX", point[0]);
             m_hand.moveTo("LY", point[1]);
             m_hand.tap("pbIns");
+            if (&point == &points[1])
+                lineTacks();
         }
         m_hand.setNumber("contourSpeed", "2400");
         m_hand.tap("pbRing");
@@ -257,15 +274,7 @@ private:
     {
         m_hand.tapTab("contour", 1);
         m_hand.setNumber("weldSpeed", "900");
-        fromTemplate("Прихватки", "templates");
-        m_hand.setNumber("number", "6");
-        m_hand.setNumber("period", "60");
-        m_hand.setNumber("Ir", "20");
-        for (const char* part : {"ascend", "peak", "descend"})
-            m_hand.setNumber(part, "5");
-        picture("line-tacks");
-        close("pbCreate");
-        fromTemplate("Сварка");
+        fromTemplate("Сварка", "templates");
         weldPattern("20", "140", "10");
         picture("line-weld");
         m_hand.tap("pbCreate");

@@ -49,6 +49,8 @@ public:
     double place(Device device) const { return actuator(device).place(); }
     bool wanted(Device device) const { return actuator(device).wanted(); }
     bool powered(Device device) const { return actuator(device).powered(); }
+    // BKU, which switches VPT, VE1 and TMN, is as silent as its gauge PT6.
+    bool reachable(Device device) const { return device < Device::VPT || valid(6); }
     bool overheated(Device device) const; // pumps with a water circuit only
 
     // Gauges 1 to 6: Pa as shown, and whether to be believed.

@@ -182,6 +182,8 @@ const char* VacuumRegimes::trouble() const
 
 bool VacuumRegimes::ask(Device device, bool on)
 {
+    if (!m_plant.reachable(device))
+        return false;
     const DeviceState state = m_plant.state(device);
     if (state == (on ? DeviceState::On : DeviceState::Off))
         return true;

@@ -77,6 +77,7 @@ private:
     bool ask(Device device, bool on);
     bool joinForeline() { return join(Device::VP2, Device::VP7, Device::NL1, 2, 1); }
     bool joinRoughing() { return join(Device::VP3, Device::VP6, Device::NL2, 5, 3); }
+    // Opens a valve between two gauges' volumes once their pressures are near each other, and sees to that.
     bool join(Device valve, Device vent, Device pump, int far, int line);
     bool bleedShut();
     bool gatesShut();

@@ -94,9 +94,7 @@ QString VacuumSystem::executeKvk(const QString& text)
     if (const auto match = regime.match(text); match.hasMatch())
         return m_regimes.start(match.captured(1).toUInt());
     if (const auto match = bku.match(text); match.hasMatch())
-        return bkuAnswers() ? switchDevice(bkuUnits[match.captured(1).toInt() - 1],
-                                           match.captured(2) == QLatin1String("1"))
-                            : QStringLiteral("BKU does not answer");
+        return switchDevice(bkuUnits[match.captured(1).toInt() - 1], match.captured(2) == QLatin1String("1"));
     if (const auto match = door.match(text); match.hasMatch())
         return switchDevice(Device::Door, !match.captured(1).isEmpty());
     if (const auto match = device.match(text); match.hasMatch())
@@ -108,6 +106,8 @@ QString VacuumSystem::switchDevice(Device device, bool on)
 {
     if (m_regimes.automatic())
         return QStringLiteral("an automatic regime is at work");
+    if (!m_plant.reachable(device))
+        return QStringLiteral("BKU does not answer");
     if (const char* reason = refusalOf(m_plant, device, on))
         return QLatin1String(reason);
     m_plant.command(device, on);
@@ -213,13 +213,14 @@ KvkPack VacuumSystem::kvkStatus() const
     pack.algTime = static_cast<std::uint32_t>(m_regimes.time());
     pack.algState = static_cast<std::uint32_t>(m_regimes.state());
     const auto bku = [this](Device device) {
-        return static_cast<std::int32_t>(bkuAnswers() ? m_plant.state(device) : DeviceState::NoData);
+        return static_cast<std::int32_t>(m_plant.reachable(device) ? m_plant.state(device)
+                                                                   : DeviceState::NoData);
     };
-    pack.bkuValid = bkuAnswers();
+    pack.bkuValid = m_plant.valid(6);
     pack.vpt = bku(Device::VPT);
     pack.ve1 = bku(Device::VE1);
     pack.tmn = bku(Device::TMN);
-    pack.net = bkuAnswers();
+    pack.net = m_plant.valid(6);
     pack.acc = around.accelerating;
     pack.mp = m_plant.is(Device::TMN, DeviceState::On);
     pack.locks = bkuLockWord(m_plant);

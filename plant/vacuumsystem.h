@@ -55,13 +55,11 @@ public:
 private:
     QString executeKvs(const QString& text);
     QString executeKvk(const QString& text);
-    QString executeBku(int unit, int on);
     QString switchDevice(Device device, bool on);
     QString refused(const char* controller, const QString& text, const QString& reason) const;
     PumpBlock pumpBlock(Device device) const;
     ValveBlock valveBlock(Device device) const;
     bool stopped() const;
-    bool bkuAnswers() const { return m_plant.valid(6); }
 
     VacuumConstants m_constants;
     VacuumPlant m_plant;

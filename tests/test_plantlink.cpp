@@ -33,13 +33,14 @@ struct Console
     int datagrams = 0;
     int strange = 0; // with a signature that is not the controller's
 
-    bool open(const Installation& plant)
+    bool open(const Installation& plant, Controller controller = Controller::Drive)
     {
+        const Ports ports = plant.ports(controller);
         if (udp.state() != QUdpSocket::BoundState &&
-            !udp.bind(QHostAddress::LocalHost, plant.ports().udp, QUdpSocket::ShareAddress))
+            !udp.bind(QHostAddress::LocalHost, ports.udp, QUdpSocket::ShareAddress))
             return false;
         tcp.abort();
-        tcp.connectToHost(QHostAddress::LocalHost, plant.ports().tcp);
+        tcp.connectToHost(QHostAddress::LocalHost, ports.tcp);
         return tcp.waitForConnected(2000);
     }
     bool up() const { return tcp.state() == QTcpSocket::ConnectedState; }
@@ -75,6 +76,7 @@ private slots:
     void garbageOnTheWireEndsOnlyTheConnection();
     void aLostConsoleStopsItsJogs();
     void theLinkFailsOnRequest();
+    void theVacuumControllersHaveLinksOfTheirOwn();
     void theProgramRunsAScriptAndAnswersOnItsInput();
 };
 
@@ -300,6 +302,38 @@ void TestPlantLink::theLinkFailsOnRequest()
     QTRY_VERIFY(console.open(plant));
     console.datagrams = 0;
     QTRY_VERIFY((console.receive(), console.datagrams > 2));
+}
+
+void TestPlantLink::theVacuumControllersHaveLinksOfTheirOwn()
+{
+    Installation plant;
+    QVERIFY(plant.start());
+    const struct
+    {
+        Controller controller;
+        const char* name;
+        int size;
+        const char* command;
+        const char* constants; // signature of their packet
+    } links[] = {{Controller::Kvs, "kvs", 404, "NW2 ON", "\x52\x56"},
+                 {Controller::Kvk, "kvk", 144, "ALG(1)", "\x51\x56"}};
+    for (const auto& link : links) {
+        Console console;
+        QVERIFY(console.open(plant, link.controller));
+        QTRY_VERIFY((console.receive(), console.datagrams >= 3));
+        QCOMPARE(console.last.size(), link.size);
+        QCOMPARE(console.strange, 0);
+        console.tcp.write(frame(link.command) + frame("DRIVE ON") + frame("CONST"));
+        const QByteArray refused = QByteArray("REFUSED DRIVE ON: unknown command");
+        const QByteArray expected = frame(QByteArray("OK ") + link.command) + frame(refused) + link.constants;
+        QByteArray answers;
+        QTRY_VERIFY((answers += console.tcp.readAll()).startsWith(expected));
+        QCOMPARE(plant.instruct(QStringLiteral("link %1 drop 0.3").arg(QLatin1String(link.name))),
+                 QStringLiteral("ok"));
+        QTRY_VERIFY(!console.up());
+        QVERIFY(!console.open(plant, link.controller));
+        QTRY_VERIFY(console.open(plant, link.controller));
+    }
 }
 
 void TestPlantLink::theProgramRunsAScriptAndAnswersOnItsInput()

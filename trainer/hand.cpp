@@ -446,6 +446,8 @@ QString runScript(const std::function<void()>& console, const std::function<void
     QMetaObject::invokeMethod(
         qApp,
         [&] {
+            if (consoleOver)
+                return;
             operatorThread = std::thread([&] {
                 try {
                     script();
@@ -487,6 +489,8 @@ QString runScript(const std::function<void()>& console, const std::function<void
         while (!over)
             QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
         operatorThread.join();
+    } else {
+        trouble = QStringLiteral("the console did not come up");
     }
     // What was meant for this console must not reach the next one.
     QCoreApplication::sendPostedEvents();

@@ -14,20 +14,35 @@ constexpr float leastWay = 1; // mm along X
 
 const QString stopText = QStringLiteral("Технол.останов");
 
+bool isOneLine(const WeldContour& contour)
+{
+    return contour.rows.size() == 2 && !contour.closed && contour.rows[0].frame.type == Frame::Line;
+}
+
+bool everyFrameGoesAlongX(const WeldContour& contour)
+{
+    const QVector<ContourRow>& rows = contour.rows;
+    for (int i = contour.closed ? 0 : 1; i < rows.size(); ++i) {
+        const ContourRow& from = i == 0 ? rows.last() : rows[i - 1];
+        if (std::fabs(rows[i].coords[0] - from.coords[0]) < leastWay)
+            return false;
+    }
+    return true;
+}
+
 } // namespace
 
 template <class Generator>
 void CONTOUR::runGenerator()
 {
-    const int points = ui->twContour->rowCount();
-    PatternDialog::Seam seam{ui->length->value(), m_schema->D(), ui->weldSpeed->value(),
-                             ui->contourSpeed->value()};
-    seam.oneLine = points == 2 && !m_closed && frame(0).type == Frame::Line;
-    for (int row = 1; row < points + (m_closed && points > 0 ? 1 : 0); ++row)
-        seam.alongX = seam.alongX && std::fabs(coords(row % points)[0] - coords(row - 1)[0]) > leastWay;
+    const WeldContour contour = contourValues();
+    const PatternDialog::Seam seam{contour.length,         m_schema->D(),
+                                   ui->weldSpeed->value(), ui->contourSpeed->value(),
+                                   isOneLine(contour),     everyFrameGoesAlongX(contour)};
     Generator dialog(seam, this, ui->pbTemplate);
     connect(&dialog, &PatternDialog::message, this, &CONTOUR::message);
-    dialog.exec();
+    if (dialog.exec() == QDialog::Accepted)
+        updateValidDistance();
 }
 
 void CONTOUR::on_pbTemplate_clicked()
@@ -46,7 +61,6 @@ void CONTOUR::on_pbTemplate_clicked()
     else
         round ? runGenerator<CircleTackWelds>() : runGenerator<LinTackWelds>();
     updateTechTab();
-    updateValidDistance();
 }
 
 void CONTOUR::on_pbAddTechPoint_clicked()

@@ -20,17 +20,19 @@ struct PatternDialog::Form
     float minimum;
     float step;
     int decimals;
+    const char* key; // in the settings; null where it is not kept
+    float fallback;
 };
 
 const PatternDialog::Form PatternDialog::forms[NumberCount] = {
-    {"number", "Количество", nullptr, 1, 1, 0},
-    {"period", "Период, мм", "Период, ", 0, 0.1f, 1},
-    {"Ir", "Ток луча, мА", nullptr, 0, 1, 0},
-    {"ascend", "Подъем, мм", "Подъем, ", 0, 0.1f, 1},
-    {"peak", "Пик, мм", "Пик, ", 0, 0.1f, 1},
-    {"descend", "Спад, мм", "Спад, ", 0, 0.1f, 1},
-    {"weldSpeed", "V сварки, мм/мин", nullptr, 0, 10, 1},
-    {"moveSpeed", "V перехода, мм/мин", nullptr, 0, 10, 1},
+    {"number", "Количество", nullptr, 1, 1, 0, "Number", 2},
+    {"period", "Период, мм", "Период, ", 0, 0.1f, 1, nullptr, 0},
+    {"Ir", "Ток луча, мА", nullptr, 0, 1, 0, "Ir", 0},
+    {"ascend", "Подъем, мм", "Подъем, ", 0, 0.1f, 1, "Ascend", 0},
+    {"peak", "Пик, мм", "Пик, ", 0, 0.1f, 1, "Peak", 0},
+    {"descend", "Спад, мм", "Спад, ", 0, 0.1f, 1, "Descend", 0},
+    {"weldSpeed", "V сварки, мм/мин", nullptr, 0, 10, 1, nullptr, 0},
+    {"moveSpeed", "V перехода, мм/мин", nullptr, 0, 10, 1, nullptr, 0},
 };
 
 namespace {
@@ -41,16 +43,6 @@ constexpr float maxCurrent = 800; // mA
 constexpr float maxSpeed = 2400;  // mm/min
 constexpr float maxTacks = 100;
 constexpr float maxPeriod = 10'000; // mm
-
-struct Kept
-{
-    int number;
-    const char* key;
-    float fallback;
-};
-constexpr Kept kept[] = {
-    {0, "Number", 2}, {2, "Ir", 0}, {3, "Ascend", 0}, {4, "Peak", 0}, {5, "Descend", 0},
-};
 
 QString key(const char* group, const char* name)
 {
@@ -105,9 +97,9 @@ PatternDialog::PatternDialog(const Kind& kind, const Seam& seam, CONTOUR* contou
 PatternDialog::~PatternDialog()
 {
     QSettings settings(site().path(settingsFile), QSettings::IniFormat);
-    for (const Kept& one : kept) {
-        if (one.number != TackCount || m_kind.tacks)
-            settings.setValue(key(m_kind.group, one.key), double(value(Number(one.number))));
+    for (int i = m_kind.tacks ? TackCount : Period; i < NumberCount; ++i) {
+        if (forms[i].key)
+            settings.setValue(key(m_kind.group, forms[i].key), double(value(Number(i))));
     }
     if (m_kind.round)
         settings.setValue(key(m_kind.group, "DegreeOn"), m_degrees);
@@ -132,11 +124,13 @@ void PatternDialog::restore()
 {
     const QSettings settings(site().path(settingsFile), QSettings::IniFormat);
     m_degrees = m_kind.round && settings.value(key(m_kind.group, "DegreeOn"), false).toBool();
-    for (const Kept& one : kept) {
-        const auto number = Number(one.number);
-        const float stored = settings.value(key(m_kind.group, one.key), one.fallback).toFloat();
-        setValue(number, std::isfinite(stored) ? qBound(forms[number].minimum, stored, maximum(number))
-                                               : one.fallback);
+    for (int i = 0; i < NumberCount; ++i) {
+        const Form& form = forms[i];
+        if (!form.key)
+            continue;
+        const float stored = settings.value(key(m_kind.group, form.key), form.fallback).toFloat();
+        setValue(Number(i),
+                 std::isfinite(stored) ? qBound(form.minimum, stored, maximum(Number(i))) : form.fallback);
     }
     setValue(TackCount, std::floor(value(TackCount)));
     setValue(WeldSpeed, m_seam.weldSpeed);

@@ -386,8 +386,9 @@ void TestAxis::fixedMoveDialog()
         enabledAtFirst = start->isEnabled(); // channel 1 has told nothing yet
         emit m_link->changedChannelState1(1);
         emit m_link->changedDrivesOn(false);
+        enabledByDrives = !start->isEnabled();
         emit m_link->changedDrivesOn(true);
-        enabledByDrives = start->isEnabled();
+        enabledByDrives &= start->isEnabled();
         QTest::mouseClick(start, Qt::LeftButton);
     });
     QTest::mouseClick(m_coord, Qt::LeftButton);

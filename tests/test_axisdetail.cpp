@@ -123,9 +123,10 @@ void TestAxisDetail::followsTheDrive()
         }
         QCOMPARE(text("lblDriveState"), QStringLiteral("Состояние привода неопределено - ошибка связи"));
 
-        tell({{"LY", 1.5}, {"MaxLimLY", 7.7}, {"LYmin", 0}, {"LYmax", 1}});
+        tell({{"LY", 1.5}, {"MaxLimLY", 7.7}, {"MinLimLY", -7.7}, {"LYmin", 0}, {"LYmax", 1}});
         QCOMPARE(text("lblCoord"), QStringLiteral("1.5000"));
         QCOMPARE(text("lblSEPmax"), QStringLiteral("7.7"));
+        QCOMPARE(text("lblSEPmin"), QStringLiteral("-7.7"));
         QVERIFY(!lampRed("indEPmin") && lampRed("indEPmax"));
     });
     const QString log = journal();
@@ -150,10 +151,11 @@ void TestAxisDetail::everyTextIsWhole()
             QVERIFY2(place.contains(metrics.boundingRect(place, Qt::TextWordWrap, words)), qPrintable(words));
         }
         QVERIFY(known > 500);
-        auto* reference = in<PoLabel>("lblReferValue"); // narrowest in this dialog
-        reference->setValue(-214748.36F, 2);            // the longest that a command can carry
-        QVERIFY(QFontMetrics(reference->font()).horizontalAdvance(reference->text()) <
-                reference->width() - 4);
+        in<PoLabel>("lblReferValue")->setValue(-214748.36F, 2); // the longest that a command can carry
+        m_info->onStateChanged(-1);
+        for (const auto* field : {in<QLabel>("lblReferValue"), in<QLabel>("lblStateCode")})
+            QVERIFY2(QFontMetrics(field->font()).horizontalAdvance(field->text()) < field->width() - 4,
+                     qPrintable(field->objectName()));
     });
 }
 
@@ -204,6 +206,7 @@ void TestAxisDetail::parking()
         QVERIFY(park->locked());
     });
     QCOMPARE(journal().count("[I]Нажата кнопка 'Парковка оси'\n"), 2);
+    QVERIFY(list().filter("Нажата").isEmpty());
 
     // The only way back stays open, and shows what is.
     open("pbInfoB", [&] {
@@ -219,6 +222,7 @@ void TestAxisDetail::clearsTheError()
     open("pbInfoU2", [&] { press("pbClearError"); });
     SENT("CLEAR_ERROR(U2)");
     QVERIFY(journal().contains("[I]Нажата кнопка 'Сброс ошибки оси'\n"));
+    QVERIFY(list().filter("Нажата").isEmpty());
 }
 
 void TestAxisDetail::reference_data()
@@ -275,6 +279,7 @@ void TestAxisDetail::reference()
     QCOMPARE(takeCommands(), sent.isEmpty() ? QStringList() : QStringList{sent});
     QCOMPARE(journal().count("[I]Нажата кнопка 'Референцирование оси'\n"), answer == "pbYes" ? 1 : 0);
     QCOMPARE(list().filter("недопустимое значение").size(), value == "300000" ? 1 : 0);
+    QVERIFY(list().filter("Нажата").isEmpty()); // what is pressed goes to the file only
 }
 
 void TestAxisDetail::secondAxis()
@@ -313,10 +318,14 @@ void TestAxisDetail::virtualAxes()
             QCOMPARE(text("lblSpeed"), QStringLiteral("250"));
             QCOMPARE(lampRed("indEPmax"), !qstrcmp(name, "Z"));
             QCOMPARE(lampRed("indEPmin"), !qstrcmp(name, "PHI"));
-            // Of what changes now, only the limits of Z and PHI are followed.
-            tell({{max, 200}, {"VirtualState", 2}, {name, 99}});
-            QCOMPARE(text("lblSEPmax"),
-                     qstrcmp(name, "X") ? QStringLiteral("200.0") : QStringLiteral("100.0"));
+            // Of what changes now, only the limits of Z and PHI are followed. (The lower one of PHI has other
+            // values here: it marks the datagrams.)
+            const bool followed = qstrcmp(name, "X");
+            const QString lower = text("lblSEPmin");
+            QCOMPARE(lower == QStringLiteral("-100.0"), qstrcmp(name, "PHI") != 0);
+            tell({{min, -200}, {max, 200}, {"VirtualState", 2}, {name, 99}});
+            QCOMPARE(text("lblSEPmax"), followed ? QStringLiteral("200.0") : QStringLiteral("100.0"));
+            QCOMPARE(text("lblSEPmin") != lower, followed);
             QCOMPARE(text("lblStateCode"), QStringLiteral("3"));
             QCOMPARE(text("lblCoord"), QString::number(double(at), 'f', 4));
             typing("50");

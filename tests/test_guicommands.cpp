@@ -355,6 +355,9 @@ void TestGuiCommands::everyDriveReachesItsAxis()
         {"V", "V", "V", "V", 2160},
     };
     int n = 0;
+    tell({{"ChannelState1", 1}});
+    m_gui->showSecondLXAxis(true);
+    m_gui->showSecondUAxis(true);
     for (const auto& drive : drives) {
         ++n;
         const QString shared = QString::fromLatin1(drive.shared);
@@ -377,6 +380,15 @@ void TestGuiCommands::everyDriveReachesItsAxis()
         QCOMPARE(axis->minLimit(), float(-n));
         QCOMPARE(axis->maxLimit(), float(10 * n));
         QCOMPARE(axis->maxSpeed(), drive.maxSpeed);
+
+        QTimer::singleShot(0, this, [this] {
+            auto* dialog = m_gui->findChild<FixedMove*>();
+            QVERIFY(dialog);
+            QTest::mouseClick(dialog->findChild<QPushButton*>("pbStart"), Qt::LeftButton);
+        });
+        touch(QStringLiteral("coord") + drive.row);
+        const int channel = strchr("UV", drive.name[0]) ? 2 : 1; // the part's turning has one of its own
+        SENT(QStringLiteral("EXEC_%1(/programs/_fixed.npg)").arg(channel));
     }
 }
 

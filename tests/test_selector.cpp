@@ -238,10 +238,10 @@ void TestSelector::typedCoordinate()
         });
         QTest::mouseClick(child<PoLabel>(dialog.get(), "lblCoord"), Qt::LeftButton);
     };
-    type(QStringLiteral("12.345"), Qt::Key_Enter);
-    QCOMPARE(child<PoLabel>(dialog.get(), "lblCoord")->text(), QStringLiteral("12.35"));
+    type(QStringLiteral("12.345-"), Qt::Key_Enter);
+    QCOMPARE(child<PoLabel>(dialog.get(), "lblCoord")->text(), QStringLiteral("-12.35"));
     type(QStringLiteral("99"), Qt::Key_Escape);
-    QCOMPARE(child<PoLabel>(dialog.get(), "lblCoord")->value(), 12.345F);
+    QCOMPARE(child<PoLabel>(dialog.get(), "lblCoord")->value(), -12.345F);
 }
 
 void TestSelector::presetSpeeds()
@@ -317,16 +317,19 @@ void TestSelector::freeSpeed()
     QSignalSpy told(&selector, &Selector::message);
     auto* label = child<QLabel>(&selector, "lblFree");
     QCOMPARE(label->text(), QStringLiteral("Своя"));
+    bool sign = true;
     QTimer::singleShot(0, &selector, [&] {
         QTimer::singleShot(0, &selector, [&] {
             auto* pad = m_parent->findChild<QWidget*>(QStringLiteral("Numpad"));
             QVERIFY(pad);
+            sign = child<QPushButton>(pad, "pbSign")->isEnabled();
             QTest::keyClicks(pad, keys);
             QTest::keyClick(pad, enter ? Qt::Key_Enter : Qt::Key_Escape);
         });
         QTest::mousePress(&selector, Qt::LeftButton, {}, label->mapTo(&selector, label->rect().center()));
     });
     QCOMPARE(selector.exec(), int(enter ? QDialog::Accepted : QDialog::Rejected));
+    QVERIFY2(!sign, "no speed is negative");
     QTEST(selector.value(), "speed");
     QCOMPARE(told.size(), enter ? 1 : 0);
 }

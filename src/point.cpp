@@ -27,8 +27,8 @@ struct Row
     int channel;
 };
 
-// U1 goes out on channel 1, though programs of channel 2 move it elsewhere: the controller's programs for
-// points are made for it, so it must stay.
+// The channel follows from the row alone: U1 goes out on channel 1, though its row of the window belongs to
+// channel 2. So it must stay: the points of this installation have always been approached that way.
 constexpr Row rows[] = {{"LX", "1200", 1}, {"LY", "1200", 1}, {"A", "180", 1}, {"B", "180", 1},
                         {"C", "360", 1},   {"D", "360", 1},   {"U1", "60", 1}, {"V", "360", 2}};
 constexpr int rowCount = int(std::size(rows));

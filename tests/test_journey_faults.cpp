@@ -49,6 +49,10 @@ const Fault kFaults[] = {
     {"frame badtcp", "", "", false},
     {"link drop 1", "", "", false},
     {"link silence 2", "", "", false},
+    {"link kvs drop 1", "", "", false},
+    {"link kvk silence 2", "", "", false},
+    {"frame kvs bad", "", "", false},
+    {"frame kvk badtcp", "", "", false},
     {"key off", "key on", "", false},
 };
 
@@ -121,7 +125,8 @@ void TestJourneyFaults::anHourOfFaults()
             if (!*fault.mend && *fault.line)
                 QThread::msleep(1200);
         }
-        hand.waitColour("lblCNC", Qt::green);
+        for (const char* link : {"lblCNC", "lblKVS", "lblKVK"})
+            hand.waitColour(link, Qt::green);
     });
     QCOMPARE(trouble, QString());
     int buzzes = 0;

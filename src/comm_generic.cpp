@@ -205,7 +205,7 @@ std::size_t UDPthread::receiveBlock(QUdpSocket& sock, std::size_t s)
     auto& packet = m_packet;
     // The texts of the assertions are known to those who look after the machine; they stand as they are.
     Q_ASSERT(s <= (int)sizeof(packet));
-    std::fill_n(packet.begin(), sizeof(FrameHead), '\0'); // a stub of a datagram shows no former head
+    std::fill_n(packet.begin(), sizeof(FrameHead), '\0'); // a datagram cut short shows no former head
     sock.readDatagram(packet.data(), sizeof(packet));
     if (load<quint16>(packet.data()) != signature)
         return 0;

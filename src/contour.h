@@ -215,7 +215,8 @@ private:
     void askRaster(int row);
     void writeRaster(int row, const Raster& values);
     void showParam(int column, bool on, float value);
-    template <class Generator> void runGenerator();
+    template <class Generator>
+    void runGenerator();
 
     // Running.
     void genTechnology();

@@ -9,7 +9,7 @@
 #include <optional>
 
 // Three handwheels without a card: counters in the card's place, turned by lines of the trainer's terminal.
-// They begin just below their end, so that every session goes over it. Turning may come from any thread.
+// They begin just below their end, so that every run goes over it. Turning may come from any thread.
 class WheelCounters : public LirDevice
 {
 public:

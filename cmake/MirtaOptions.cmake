@@ -43,3 +43,12 @@ if(MIRTA_SANITIZE)
     add_compile_options(-fno-sanitize-recover=undefined)
   endif()
 endif()
+
+# A file that is new among the sources of a library reaches moc in the same build: their list is not among what
+# Ninja watches.
+function(mirta_watch_sources target)
+  get_target_property(sources ${target} SOURCES)
+  set(list ${CMAKE_CURRENT_BINARY_DIR}/${target}-sources.txt)
+  file(CONFIGURE OUTPUT ${list} CONTENT "${sources}")
+  set_property(TARGET ${target} APPEND PROPERTY AUTOGEN_TARGET_DEPENDS ${list})
+endfunction()

@@ -80,6 +80,9 @@ void DeviceDlg::setRows(const QStringList& names)
     QFont font = table->font();
     font.setStretch(QFont::SemiCondensed); // the longest name fills its column
     table->setFont(font);
+    font.setStretch(QFont::Unstretched);
+    font.setPointSize(11);
+    font.setBold(true);
     m_ui->frmDelim->setHidden(names.isEmpty());
     table->setHidden(names.isEmpty());
     table->setColumnWidth(0, nameColumn);
@@ -90,6 +93,7 @@ void DeviceDlg::setRows(const QStringList& names)
         table->setRowHeight(row, rowHeight);
         table->setItem(row, 0, new QTableWidgetItem(names[row]));
         auto* value = new QTableWidgetItem;
+        value->setFont(font);
         value->setTextAlignment(Qt::AlignRight | Qt::AlignVCenter);
         table->setItem(row, 1, value);
     }

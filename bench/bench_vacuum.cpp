@@ -14,6 +14,7 @@
 #include "benchtools.h"
 #include "kvs.h"
 #include "mywinstyle.h"
+#include "repaintpace.h"
 #include "site.h"
 
 #include <QApplication>
@@ -203,6 +204,7 @@ int main(int argc, char* argv[])
     Load panel;
     {
         KVS shown;
+        new RepaintPace(&shown); // as the console's window has
         shown.resize(900, 900);
         shown.show();
         panel = run(seconds, *shown.kvs(), *shown.kvk());

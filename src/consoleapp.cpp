@@ -1,6 +1,7 @@
 #include "consoleapp.h"
 
 #include "gui.h"
+#include "repaintpace.h"
 #include "singleinstance.h"
 #include "styleloader.h"
 #include "widgets.h"
@@ -18,6 +19,7 @@ int runConsole()
     Gui gui;
     QApplication::setStyle(new MyWinStyle);
     StyleLoader::attach(StyleLoader::defaultStyleFile(), Qt::Key_F5); // the sheet stands on the style
+    new RepaintPace(&gui);
     gui.setWindowTitle(QStringLiteral("Программа управления МИРТА"));
     if (!gui.autorizationAccepted())
         return 0;

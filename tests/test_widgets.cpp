@@ -1,4 +1,5 @@
 #include "deathtest.h"
+#include "repaintpace.h"
 #include "sitefixture.h"
 #include "styleloader.h"
 #include "widgets.h"
@@ -41,6 +42,8 @@ private slots:
     void buttonColours();
     void disabledTextIsLegible();
     void aFaceShowsThroughItsShading();
+
+    void fiftyPicturesASecond();
 
     void missingStyleSheet();
     void styleSheetIsReloadedByKey();
@@ -439,6 +442,36 @@ void TestWidgets::aFaceShowsThroughItsShading()
     plain.setEnabled(false);
     const QColor off = middle(plain);
     QVERIFY(off.blue() - off.red() < (rest.blue() - rest.red()) / 2);
+}
+
+void TestWidgets::fiftyPicturesASecond()
+{
+    struct Window : QLabel
+    {
+        void paintEvent(QPaintEvent* event) override
+        {
+            QLabel::paintEvent(event);
+            painted += text();
+        }
+        QStringList painted;
+    } window;
+    new RepaintPace(&window);
+    window.show();
+    QTRY_VERIFY(!window.painted.isEmpty());
+    QTest::qWait(2 * RepaintPace::periodMs);
+    window.painted.clear();
+
+    QElapsedTimer time;
+    time.start();
+    for (int n = 0; time.elapsed() < 300; ++n) {
+        window.setText(QString::number(n));
+        QTest::qWait(1);
+        if (n == 0)
+            QVERIFY2(window.painted.size() == 1 || time.elapsed() > 10, "the first comes at once");
+    }
+    QVERIFY2(window.painted.size() <= int(time.elapsed()) / RepaintPace::periodMs + 1,
+             qPrintable(QString::number(window.painted.size())));
+    QTRY_COMPARE(window.painted.last(), window.text()); // and the last is not lost
 }
 
 void TestWidgets::missingStyleSheet()

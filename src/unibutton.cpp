@@ -69,10 +69,28 @@ QPainterPath signOf(int type)
         return strokes({{-0.35, -0.35, 0.35, 0.35}, {-0.35, 0.35, 0.35, -0.35}});
     default: { // ring
         QPainterPath path;
-        path.addEllipse(QPointF(0, 0), 0.35, 0.35);
+        path.addEllipse(QPointF(0, 0), 0.42, 0.42);
         return path;
     }
     }
+}
+
+// No font is as small as the face: the word is drawn as wide as there is room for it.
+QPainterPath wordOn(const QRectF& face, const QString& word)
+{
+    QFont font;
+    font.setPixelSize(40);
+    font.setBold(true);
+    QPainterPath path;
+    path.addText(0, 0, font, word);
+    const QRectF drawn = path.boundingRect();
+    const QSizeF room(face.width() - 3, face.height() * 0.45);
+    const QPointF middle = face.center();
+    return QTransform()
+        .translate(middle.x(), middle.y())
+        .scale(room.width() / drawn.width(), room.height() / drawn.height())
+        .translate(-drawn.center().x(), -drawn.center().y())
+        .map(path);
 }
 
 } // namespace
@@ -103,7 +121,7 @@ void CUniButton::setAlpha(float alpha)
 
 QColor CUniButton::tinted(QColor colour) const
 {
-    colour.setAlphaF(colour.alphaF() * double(m_alpha));
+    colour.setAlphaF(colour.alphaF() * double(m_alpha) * (isEnabled() ? 1 : 0.4));
     return colour;
 }
 
@@ -138,14 +156,8 @@ void CUniButton::paintEvent(QPaintEvent*)
     painter.setBrush(Qt::NoBrush);
 
     if (isToggle()) {
-        QFont font = painter.font();
-        font.setPixelSize(7);
-        font.setStretch(QFont::SemiCondensed);
-        font.setBold(true);
-        painter.setFont(font);
-        painter.setPen(tinted(ink));
-        painter.drawText(rect(), Qt::AlignCenter,
-                         m_type == 6 ? QStringLiteral("АВТ.") : QStringLiteral("РУЧ."));
+        painter.fillPath(wordOn(face, m_type == 6 ? QStringLiteral("АВТ.") : QStringLiteral("РУЧ.")),
+                         tinted(ink));
         return;
     }
     const double half = face.width() / 2;

@@ -28,7 +28,7 @@ protected:
 
 private:
     bool isToggle() const { return m_type == 6 || m_type == 7; }
-    QColor tinted(QColor colour) const; // with the alpha of the button
+    QColor tinted(QColor colour) const; // with the alpha of the button, and less while it is disabled
 
     int m_type;
     bool m_mouseOver = false;

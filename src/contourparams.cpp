@@ -23,6 +23,10 @@ ContourParams::ContourParams(CONTOUR* contour, int row, QWidget* parent)
     , m_row(row)
 {
     ui->setupUi(this);
+    QSizePolicy kept = ui->lblNoArc->sizePolicy();
+    kept.setRetainSizeWhenHidden(true);
+    ui->lblNoArc->setSizePolicy(kept);
+    ui->lblNoArc->hide();
     setFrame(Frame());
     const QPoint at = QCursor::pos();
     new MyFrame(QStringLiteral("Параметры кадра №") + QString::number(row), at.x(), at.y(), 1, this, parent,
@@ -74,16 +78,15 @@ void ContourParams::on_radius_clicked()
 
 void ContourParams::on_cbCalc_clicked()
 {
+    ui->lblNoArc->hide();
     if (!ui->cbCalc->isChecked())
         return;
     const double radius = m_contour->calcDiameter(m_row, frame().plane) * 0.5;
-    if (std::isfinite(radius) && radius > 0) {
+    const bool found = std::isfinite(radius) && radius > 0;
+    ui->lblNoArc->setVisible(!found);
+    ui->cbCalc->setChecked(found);
+    if (found)
         ui->radius->setValue(float(radius), radiusDecimals);
-        return;
-    }
-    ui->cbCalc->setChecked(false);
-    emit message(QStringLiteral("[W]Дуга не рассчитана: в этой плоскости три точки лежат на одной прямой"),
-                 true);
 }
 
 // The three points lie on another circle in another plane.

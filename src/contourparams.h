@@ -36,9 +36,6 @@ public slots:
     void on_pbOn_clicked();
     void on_pbCancel_clicked();
 
-signals:
-    void message(const QString& text, bool show); // a journal line
-
 private:
     void updateEnables();
 

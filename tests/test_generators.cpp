@@ -158,6 +158,7 @@ private slots:
     void periodIsNotRounded();
     void warnings();
     void unitsForthAndBack();
+    void boundsAndCounts();
     void refusals();
     void settingsOfNoise();
     void run_data();
@@ -314,8 +315,10 @@ void TestGenerators::weldTakesTheSeam()
     QVERIFY(m_window->journal.contains("[I]Нажата кнопка 'Сгенерировать' окна 'Линейная сварка'"));
     QCOMPARE(m_window->journal.last(), QString("[I]Закрыто окно 'Линейная сварка'"));
     // The next one begins with the numbers of this one, and behind it.
+    m_window->choose("pbTemplate", 2);
     generate(1);
-    QCOMPARE(rows().mid(6), (QStringList{"99.90 0.0 600.0", "110.40 800.0 600.0", "195.80 800.0 600.0",
+    QCOMPARE(rows()[5], QString("Технол.останов"));
+    QCOMPARE(rows().mid(7), (QStringList{"99.90 0.0 600.0", "110.40 800.0 600.0", "195.80 800.0 600.0",
                                          "199.80 0.0 1200.0"}));
 }
 
@@ -394,7 +397,42 @@ void TestGenerators::unitsForthAndBack()
             }) << Answers::button("pbCreate");
             answer("pbTemplate", answers);
             QCOMPARE(rows(), straight);
+            const QSettings settings(site().path("/home/oper/bin/settings.ini"), QSettings::IniFormat);
+            QCOMPARE(settings.value(QString(dialog.group) + "/DegreeOn").toBool(), switches == 1);
         }
+    }
+}
+
+void TestGenerators::boundsAndCounts()
+{
+    struct
+    {
+        const char *group, *ramp, *peak;
+        bool degrees = false;
+        const char *period = nullptr, *order = nullptr; // of four tacks, where the dialog opened with three
+    } const dialogs[] = {{"LinWeld", "1080.0", "3600.0"},
+                         {"LinTackWelds", "1080.0", "3600.0", false, "33.3", "2,0,3,1"},
+                         {"CircleWeld", "10000.00", "10000.00"},
+                         {"CircleWeld", "3600.0", "3600.0", true},
+                         {"CircleTackWelds", "10000.00", "10000.00", false, "78.54", "0,2,1,3"},
+                         {"CircleTackWelds", "90.0", "90.0", true, "90.00", "0,2,1,3"}};
+    for (const auto& dialog : dialogs) {
+        dialog.group[0] == 'L' ? line("100") : ring("100", 1);
+        Kept{dialog.group, 50, 1, 1, 1, 3, dialog.degrees}.store();
+        QList<Answer> answers{Answers::entry(dialog.order ? 0 : 1)};
+        const std::pair<const char*, const char*> most[] = {{"ascend", dialog.ramp}, {"descend", dialog.ramp},
+                                                            {"peak", dialog.peak},   {"Ir", "800"},
+                                                            {"weldSpeed", "2400.0"}, {"moveSpeed", "2400.0"}};
+        for (const auto& [label, shown] : most)
+            answers << typed(label, "1234567") << look(label, [label = label, shown = shown] {
+                QCOMPARE(number(label), QString(shown));
+            });
+        if (dialog.order)
+            answers << Answers::button("numberPlus") << look("period", [&dialog] {
+                QCOMPARE(number("period"), QString(dialog.period));
+                QCOMPARE(Answers::shown<QLineEdit>("leTacksOrder")->text(), QString(dialog.order));
+            });
+        answer("pbTemplate", answers << Answers::cancel());
     }
 }
 
@@ -570,7 +608,7 @@ void TestGenerators::arcThroughThreePoints()
 
     // In XY the points lie on a line; in XZ on a circle.
     frame(1, {Answers::button("pbType"), ticked("cbCalc"),
-              look("cbCalc", [] { QVERIFY(!Answers::shown<QAbstractButton>("cbCalc")->isChecked()); }),
+              look("lblNoArc", [] { QVERIFY(!Answers::shown<QAbstractButton>("cbCalc")->isChecked()); }),
               Answers::button("pbXZ"), ticked("cbClockWise"), ticked("cbCalc"),
               look("radius", [] { QCOMPARE(number("radius"), QString("58.31")); }), Answers::button("pbOn")});
     QCOMPARE(frames(), (QStringList{"Дуга, r=58.3, пр. ч.с., пл-XZ", "Дуга, r=58.3, пр. ч.с., пл-XZ",

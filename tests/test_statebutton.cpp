@@ -75,6 +75,7 @@ private slots:
     void stylingKeepsTheColourOfTheState();
 
     void uniPushButton();
+    void uniLooks();
     void uniToggle();
 };
 
@@ -382,6 +383,28 @@ void TestStateButton::uniPushButton()
     QCOMPARE(clicked.size(), 1);
     button.setAlpha(0);
     QCOMPARE(pixel(15, 15), ground);
+}
+
+void TestStateButton::uniLooks()
+{
+    QVector<QImage> looks;
+    for (int type = 0; type < 15; ++type) {
+        CUniButton button(type);
+        const int side = type == 13 ? 30 : type >= 9 && type <= 12 ? 37 : 19;
+        QCOMPARE(button.size(), QSize(side, side));
+        const auto nextIsNew = [&] {
+            looks << button.grab().toImage();
+            return looks.indexOf(looks.last()) == looks.size() - 1;
+        };
+        QVERIFY2(nextIsNew(), qPrintable(QString::number(type)));
+        QEvent enter(QEvent::Enter);
+        QApplication::sendEvent(&button, &enter);
+        QVERIFY(nextIsNew());
+        QTest::mousePress(&button, Qt::LeftButton);
+        QVERIFY(nextIsNew());
+        button.setEnabled(false);
+        QVERIFY(nextIsNew());
+    }
 }
 
 void TestStateButton::uniToggle()

@@ -17,7 +17,7 @@ constexpr int legendInset = 14; // px from the plot
 
 const QColor console(46, 52, 64);
 const QColor ground(20, 23, 29);
-const QColor faint(46, 52, 63); // lines of value
+const QColor faint(62, 70, 86); // lines of value
 const QColor grid(150, 150, 150);
 
 QString clockText(long centisec)
@@ -95,10 +95,11 @@ void Oscope::paintPlot(QPainter& painter, int steps)
     }
 
     QVector<QRgb> plain(m_height, ground.rgb());
+    plain[0] = QColor(Qt::black).rgb(); // the frame's upper side: a curve at full scale stands upon it
     for (int i = 1; i < steps; ++i)
         plain[m_height * i / steps] = faint.rgb();
     QVector<QRgb> line = plain;
-    for (int y = 0; y < m_height; ++y) {
+    for (int y = 1; y < m_height; ++y) {
         if (y % 4 < 2)
             line[y] = grid.rgb();
     }

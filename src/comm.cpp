@@ -128,10 +128,10 @@ QByteArray receiveBody(int socket, int length, const std::atomic<bool>& stop, co
     return body;
 }
 
-void bindTelemetry(QUdpSocket& socket, int port)
+void bindTelemetry(QUdpSocket& socket, int port, Outlet outlet)
 {
     if (!socket.bind(static_cast<quint16>(port)))
-        qDebug().noquote() << "udp bind() error:" << socket.errorString();
+        tell(outlet, "udp bind() error:", socket.errorString());
 }
 
 qint64 nextDatagramSize(QUdpSocket& socket)

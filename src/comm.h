@@ -63,8 +63,8 @@ template <int Size, class OnPack, class OnSilence>
 void receiveTelemetry(int port, quint16 signature, const std::atomic<bool>& stop, OnPack onPack,
                       OnSilence onSilence);
 
-void bindTelemetry(QUdpSocket& socket, int port); // on all addresses
-qint64 nextDatagramSize(QUdpSocket& socket);      // waits at most pollMs; -1 when none came
+void bindTelemetry(QUdpSocket& socket, int port, Outlet outlet = Outlet::Debug); // on all addresses
+qint64 nextDatagramSize(QUdpSocket& socket); // waits at most pollMs; -1 when none came
 
 template <int Size, class OnPack, class OnSilence>
 void receiveTelemetry(int port, quint16 signature, const std::atomic<bool>& stop, OnPack onPack,
@@ -139,7 +139,8 @@ protected:
 private:
     enum class Turn { Go, End };
     Turn receiveFrame(int socket);
-    Turn receiveHead(int socket, comm::FrameHead& head);
+    // Waits for the bytes of a head that are missing behind the first `have`.
+    Turn receiveHead(int socket, comm::FrameHead& head, std::size_t have);
 
     std::atomic<bool> m_stop{false};
     std::atomic<bool> m_lost{false};

@@ -107,12 +107,7 @@ void TCPthread::UDPdisconnected()
 void TCPthread::run()
 {
     const int stream = m_socket;
-    while (!m_stop && !m_lost) {
-        const comm::Wait wait = comm::waitForInput(stream, Outlet::StandardError);
-        if (wait == comm::Wait::Failed)
-            break;
-        if (wait == comm::Wait::Ready && receiveFrame(stream) == Turn::End)
-            break;
+    while (!m_stop && !m_lost && receiveFrame(stream) == Turn::Go) {
     }
 
     m_socket = -1;
@@ -125,13 +120,17 @@ void TCPthread::run()
 TCPthread::Turn TCPthread::receiveFrame(int stream)
 {
     FrameHead head{};
-    if (receiveHead(stream, head) == Turn::End)
+    if (receiveHead(stream, head, 0) == Turn::End)
         return Turn::End;
-    // On this link a bad head does not end the connection. Its length means nothing either, so what follows
-    // is looked at as the next head.
-    if (head.signature != signature) {
+    // On this link a bad frame does not end the connection. Its length means nothing, so the next head is
+    // looked for byte by byte.
+    if (head.signature != signature)
         comm::tell(Outlet::StandardError, "Bad packet signature");
-        return Turn::Go;
+    while (head.signature != signature) {
+        char* const bytes = reinterpret_cast<char*>(&head);
+        std::copy(bytes + 1, bytes + sizeof head, bytes);
+        if (receiveHead(stream, head, sizeof head - 1) == Turn::End)
+            return Turn::End;
     }
     const QByteArray body =
         comm::receiveBody(stream, head.length, m_stop, "TCPthread stopped", Outlet::StandardError);
@@ -139,24 +138,22 @@ TCPthread::Turn TCPthread::receiveFrame(int stream)
     return Turn::Go;
 }
 
-TCPthread::Turn TCPthread::receiveHead(int stream, FrameHead& head)
+TCPthread::Turn TCPthread::receiveHead(int stream, FrameHead& head, std::size_t have)
 {
-    std::size_t have = 0;
-    for (;;) {
+    while (have < sizeof head) {
+        comm::Wait wait = comm::Wait::Silent;
+        while (wait == comm::Wait::Silent && !m_stop && !m_lost)
+            wait = comm::waitForInput(stream, Outlet::StandardError);
+        if (wait != comm::Wait::Ready)
+            return Turn::End;
         const ssize_t got = ::recv(stream, reinterpret_cast<char*>(&head) + have, sizeof head - have, 0);
         if (got < 0)
             comm::tell(Outlet::StandardError, "recv() error:", qt_error_string(errno));
         if (got <= 0)
             return Turn::End;
         have += static_cast<std::size_t>(got);
-        if (have == sizeof head)
-            return Turn::Go;
-        comm::Wait wait = comm::Wait::Silent;
-        while (wait == comm::Wait::Silent && !m_stop && !m_lost)
-            wait = comm::waitForInput(stream, Outlet::StandardError);
-        if (wait != comm::Wait::Ready)
-            return Turn::End;
     }
+    return Turn::Go;
 }
 
 UDPthread::UDPthread(QMap<QString, Element*>* elements, int port)
@@ -175,7 +172,7 @@ UDPthread::~UDPthread()
 void UDPthread::run()
 {
     QUdpSocket sock;
-    comm::bindTelemetry(sock, m_port);
+    comm::bindTelemetry(sock, m_port, Outlet::StandardError);
 
     int waits = 0;
     while (!m_stop) {

@@ -95,8 +95,7 @@ struct Diary
         watch(element, &Element::rawNumberValChanged, &Element::rawNumberValChanged, "raw");
         watch(element, &Element::numberValChanged, &Element::numberValChanged, "number");
         watch(element, &Element::boolValChanged, &Element::boolValChanged, "bool");
-        QObject::connect(&element, qOverload<const QString&>(&Element::stringValChanged), &here,
-                         [this](const QString& v) { lines += "string " + v; });
+        watch(element, &Element::stringValChanged, &Element::stringValChanged, "string");
     }
     QStringList take()
     {
@@ -270,13 +269,13 @@ void TestTelemetry::framesBothWays()
     QCOMPARE(unit.heard(sent.size()), sent);
     QVERIFY(!link.command(QString(65536, 'x')));
 
-    // A frame byte by byte, an empty one, a bad head that does not end the connection, a good frame.
+    // A frame byte by byte, an empty one, one of another link that does not end the connection, a good frame.
     for (const char byte : frame("slow")) {
         unit.send(QByteArray(1, byte));
         QTest::qWait(2);
     }
     unit.send(frame(""));
-    unit.send(frame("", 0x5650));
+    unit.send(frame("other", 0x5650));
     unit.send(frame(QByteArray("good\0hidden", 11)));
     QTRY_COMPARE(messages, (QStringList{"slow", "", "good"}));
     QVERIFY(link.connected());
@@ -349,6 +348,18 @@ void TestTelemetry::blockOverSeveralDatagrams()
     unit.datagram(largest.left(40000));
     unit.datagram(largest.mid(40000));
     QTRY_COMPARE(all["b"].numberVal(), 6.0F);
+
+    // More than any block may hold.
+    Unit second;
+    QVERIFY(deathOf([&] {
+                Map nothing;
+                TCPthread link2;
+                link2.connect(second.where.host, second.where.tcpPort, second.where.udpPort, &nothing);
+                for (int i = 0; i < 100; ++i) {
+                    second.datagram(largest.left(40000));
+                    QThread::msleep(20);
+                }
+            }).contains("\"s + sock.pendingDatagramSize() <= sizeof(packet)\""));
 }
 
 void TestTelemetry::brokenBlocks_data()

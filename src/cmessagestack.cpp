@@ -1,5 +1,6 @@
 #include "cmessagestack.h"
 
+#include "repaintpace.h"
 #include "unibutton.h"
 
 #include <QPainter>
@@ -123,7 +124,7 @@ void CMessageStack::keepCurrent()
 void CMessageStack::present()
 {
     m_closeButton->setVisible(current() && current()->getMessageType() != alarmMessage);
-    repaint();
+    RepaintPace::repaintNow(this);
 }
 
 void CMessageStack::paintEvent(QPaintEvent*)

@@ -2,6 +2,7 @@
 
 #include <QCoreApplication>
 #include <QEvent>
+#include <QScopedValueRollback>
 #include <QWidget>
 
 RepaintPace::RepaintPace(QWidget* window)
@@ -14,17 +15,28 @@ RepaintPace::RepaintPace(QWidget* window)
     window->installEventFilter(this);
 }
 
+void RepaintPace::repaintNow(QWidget* widget)
+{
+    auto* pace = widget->window()->findChild<RepaintPace*>(QString(), Qt::FindDirectChildrenOnly);
+    if (!pace) {
+        widget->repaint();
+        return;
+    }
+    const QScopedValueRollback<bool> urgent(pace->m_urgent, true);
+    widget->repaint();
+}
+
 bool RepaintPace::eventFilter(QObject* watched, QEvent* event)
 {
     if (event->type() != QEvent::UpdateRequest)
         return QObject::eventFilter(watched, event);
-    if (m_later.isActive())
-        return true;
-    const qint64 since = m_sincePainted.isValid() ? m_sincePainted.elapsed() : periodMs;
+    const qint64 since = m_sincePainted.isValid() && !m_urgent ? m_sincePainted.elapsed() : periodMs;
     if (since < periodMs) {
-        m_later.start(int(periodMs - since));
+        if (!m_later.isActive())
+            m_later.start(int(periodMs - since));
         return true;
     }
+    m_later.stop();
     m_sincePainted.start();
     return false;
 }

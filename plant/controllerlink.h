@@ -61,6 +61,9 @@ public:
     bool sendBadDatagram();       // one with a wrong signature; false without a console
     bool sendBadFrame();          // text without a frame; false without a console
 
+    // A text that no command has asked for; lost without a console.
+    void tell(const QString& text) { answer({frameSignature, text.toUtf8()}); }
+
 signals:
     void logged(const QString& line);
 

@@ -59,6 +59,7 @@ public:
         const auto log = [this](const QString& line) { emit m_owner.logged(line); };
         m_controller.setLog(log);
         m_vacuum.setLog(log);
+        m_vacuum.setAlarm([this](const QString& text) { m_kvkLink.tell(text); });
         for (const ControllerLink* link : {&m_link, &m_kvsLink, &m_kvkLink})
             connect(link, &ControllerLink::logged, this, log);
         connect(&m_instructor, &Instructor::speedWanted, this, [this](double factor) { m_speed = factor; });

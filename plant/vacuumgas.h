@@ -23,7 +23,7 @@ struct GasPaths
 };
 
 // Lumped model of the gas: six volumes, the conductances between them, pumps with a speed and an ultimate
-// pressure, outgassing walls. A closed chamber full of air reaches 1e-2 Pa in some 25 minutes; walls that
+// pressure, outgassing walls. A closed chamber full of air reaches 1e-2 Pa in some 20 minutes; walls that
 // stay under vacuum give less gas from hour to hour.
 class VacuumGas
 {

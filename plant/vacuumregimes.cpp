@@ -141,6 +141,8 @@ void VacuumRegimes::end(const QString& why)
         m_closing.push_back(D::ND1);
     if (m_log)
         m_log(QStringLiteral("regime %1: abnormal end: %2").arg(former, why));
+    if (m_alarm)
+        m_alarm(QStringLiteral("ENDED ALG(%1): %2").arg(former, why));
 }
 
 // Everything is asked once and not waited for: what does not close now is the operator's to deal with. Only

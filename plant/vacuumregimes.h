@@ -38,6 +38,8 @@ public:
 
     // Receives each step that begins and why a regime ended.
     void setLog(std::function<void(const QString&)> log) { m_log = std::move(log); }
+    // Receives each abnormal end with its reason, as the console is to be told.
+    void setAlarm(std::function<void(const QString&)> alarm) { m_alarm = std::move(alarm); }
 
     QString start(std::uint32_t number);         // empty when started, otherwise why not
     void put(std::uint32_t number, double time); // as if it had run for so long; from prepare on: to its end
@@ -90,6 +92,7 @@ private:
 
     VacuumPlant& m_plant;
     std::function<void(const QString&)> m_log;
+    std::function<void(const QString&)> m_alarm;
     Steps m_steps;
     std::size_t m_current = 0;
     double m_stepTime = 0;

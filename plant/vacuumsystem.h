@@ -28,6 +28,9 @@ public:
     // Receives what the instructor should read: refusals, steps of the regimes, abnormal ends.
     void setLog(const std::function<void(const QString&)>& log);
 
+    // Receives what KVK tells the console of its own accord: why a regime ended abnormally.
+    void setAlarm(const std::function<void(const QString&)>& alarm) { m_regimes.setAlarm(alarm); }
+
     // A command of the console. Empty when it was carried out, otherwise why not; a refused command changes
     // nothing and is told to the log. "CONST" is the link's.
     QString commandKvs(const QString& text);

@@ -145,6 +145,7 @@ void TestJourneyVacuum::aValveJamsInTheMiddle()
         waitLine(journey, "[W]Затвор VP3 - ошибка!");
         hand.waitText("lblVacuumState", "Аварийное завершение");
         hand.waitText("lblVacuumActive", "Не запущен");
+        waitLine(journey, "ENDED ALG(4): VP3 has an error");
         Hand::expect(!journey.journal().contains("Затвор VP1 открывается"), "the gate stays closed");
 
         journey.plant().instruct("valve vp3 free");

@@ -47,33 +47,6 @@ class TestWeldProgram : public QObject
     Q_OBJECT
 
 private slots:
-    void beamAlongALine()
-    {
-        compare(technologyProgram(lineOf100().tables),
-                {"N1 $3",         "N2 GAX(IR)",
-                 "N3 GAX(IW)",    "N4 G0 IR=0.0",
-                 "N5 G0 IW=700",  "N6 REV(ALL)",
-                 "N7 WAIT",       "N8 G4 F0.5",
-                 "N9 SEV(3)",     "N10 WAIT",
-                 "N11 WEV(1)",    "N12 WAIT",
-                 "N13 G0 IR=0.0", "N14 G90 G01 IR=20.0 IW=700 F1200.000",
-                 "N15 G4 F8.000", "N16 G90 G01 IR=0.0 IW=700 F1200.000",
-                 "N17 G0 IR=0.0", "N18 G4 F1.0",
-                 "N19 RAX(IR)",   "N20 RAX(IW)",
-                 "N21 M30"});
-    }
-
-    void motionAlongALine()
-    {
-        const MotionPrograms programs = generate(lineOf100());
-        compare(programs.channel1,
-                {"N1 $1", "N2 COORD(1)", "N3 G4 F0.2", "N4 COORD(2)", "N5 GOTO N6", "N6 WREV(3)", "N7 WAIT",
-                 "N8 SEV(1)", "1 @AXISMOVING?=FALSE", "N9 WAIT", "N10 G90 G01 x=10.00 y=0.00 z=0.00 F600.000",
-                 "N11 G90 G01 x=90.00 y=0.00 z=0.00 F600.000", "N12 G90 G01 x=100.00 y=0.00 z=0.00 F600.000",
-                 "N13 REV(ALL)", "WAIT", "1 @1=1", "N14 G4 F0.2", "N15 COORD(0,2)", "N16 M30"});
-        QCOMPARE(programs.channel2, QString());
-    }
-
     // Rows as the table is created: nothing to ramp, nothing to cut.
     void tableAsCreated()
     {

@@ -42,7 +42,6 @@ private slots:
     void startZeroesTheBlockOfAUnitThatAlreadyRuns();
     void aliveMeansThatTheFirstWordHasChanged();
     void readsWhatTheBeamUnitWrites();
-    void theUnitWritesTenTimesASecondWhateverTheStep();
     void theLabelFollowsTheHeartbeat();
 };
 
@@ -140,29 +139,6 @@ void TestElaShare::readsWhatTheBeamUnitWrites()
     QCOMPARE(share.value(ela::RasterOn), 1);
     QCOMPARE(share.value(ela::RasterType), 4);
     QCOMPARE(share.value(ela::RasterRotation), 1);
-}
-
-void TestElaShare::theUnitWritesTenTimesASecondWhateverTheStep()
-{
-    SiteFixture place;
-    ElaSharedMemory share;
-    plant::MotionController controller;
-    plant::BeamUnit unit(controller, site().shmSuffix);
-    const auto beats = [&share] {
-        share.updateStatusEla();
-        return share.m_copy[0];
-    };
-    const quint64 start = beats();
-    for (int i = 0; i < 300; ++i)
-        unit.step(0.01);
-    const quint64 written = beats() - start;
-    QVERIFY2(written >= 29 && written <= 30, qPrintable(QString::number(written)));
-    unit.setRunning(false);
-    unit.step(1);
-    QCOMPARE(beats(), start + written);
-    unit.setRunning(true);
-    unit.step(1);
-    QCOMPARE(beats(), start + written + 1);
 }
 
 void TestElaShare::theLabelFollowsTheHeartbeat()

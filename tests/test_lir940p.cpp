@@ -71,7 +71,6 @@ private slots:
     void readingsOfTheThread();
     void noCardNoThread();
     void theThreadEndsInTime();
-    void turnedFromAnotherThread();
     void linesOfTheTerminal_data();
     void linesOfTheTerminal();
 
@@ -240,35 +239,6 @@ void TestLir940p::theThreadEndsInTime()
         Lir940p brief(card);
     }
     QCOMPARE(card.closed.load(), 7);
-}
-
-void TestLir940p::turnedFromAnotherThread()
-{
-    WheelCounters wheels;
-    LirDevice::replace(&wheels);
-    int told[3] = {};
-    {
-        Lir940p reader;
-        connect(&reader, &Lir940p::valueChanged, this, [&](int channel, int delta) {
-            QVERIFY(std::abs(delta) <= 2); // the pace of a hand
-            told[channel] += delta;
-        });
-        // Eight good readings make the counters stand; what turns before that is not seen.
-        QTRY_VERIFY((wheels.turn(WheelCounters::Remote, 1), told[2]) > 0);
-        wheels.turn(WheelCounters::Left, 25);
-        wheels.turn(WheelCounters::Right, -7);
-        QTRY_COMPARE(told[0], 25);
-        QTRY_COMPARE(told[1], -7);
-
-        wheels.setBad(WheelCounters::Left, true);
-        wheels.turn(WheelCounters::Left, 2);
-        wheels.turn(WheelCounters::Right, 7);
-        QTRY_COMPARE(told[1], 0);
-        QCOMPARE(told[0], 25);
-        wheels.setBad(WheelCounters::Left, false);
-        QTRY_COMPARE(told[0], 27);
-    }
-    LirDevice::replace(nullptr);
 }
 
 void TestLir940p::linesOfTheTerminal_data()

@@ -33,21 +33,16 @@ private slots:
     void takesItsTime_data();
     void takesItsTime();
     void followsArcs();
-    void halfCirclesAndLongArcs();
     void keepsExactTimeWhateverTheStep();
-    void partTurnsTheShorterWay();
     void eventStandsUntilSeen();
     void eventIsTakenOnce();
     void tellsDeadlockOnce();
     void stopAllEndsWhereItStands();
     void statesOneAfterTheOther();
-    void limitInsideAnArc();
-    void drivesOffInMotion();
     void hostStopsAllUponAnError();
     void endlessCircleDoesNotHang();
     void cutAndGarbledPrograms();
     void hugeProgram();
-    void writesVariables();
 };
 
 void TestNc::refusesAtLoading()
@@ -59,53 +54,30 @@ void TestNc::refusesAtLoading()
         const char* reason;
     } rows[] = {
         {1, "N2 G5 x=1 F60", "unknown statement 'G5'"},
-        {1, "N2 M31", "unknown statement 'M31'"},
         {1, "N2 WAIT now", "'now' is too much"},
-        {1, "N2 Q=1", "axis 'Q' without a motion"},
         {1, "N2 G01 Q=1 F60", "no axis 'Q'"},
-        {1, "N2 G01 V=1 F60", "no axis 'V'"},
         {2, "N2 G01 x=1 F60", "no axis 'X'"},
-        {1, "N2 GAX(IR)", "no axis 'IR'"},
-        {3, "N2 GAX(IX)", "no beam axis 'IX'"},
         {3, "N2 GAX(IR", "')' expected"},
         {1, "N2 G01 x=inf F60", "number expected before 'inf"},
-        {1, "N2 G01 x=1 F nan", "number expected before 'nan"},
         {1, "N2 G01 x= y=1 F60", "number expected before 'y=1"},
-        {1, "N2 G01 x=1e999 F60", "is no number"},
         {1, "N2 G01 x=1,5 F60", "unknown statement ',5"},
         {1, "N2 G01 x=1 x=2 F60", "'X' stands twice"},
-        {1, "N2 G01 x=1 F1 F2", "'F' stands twice"},
         {1, "N2 G01 G02 x=1 R5 F1", "G1 and G2 in one block"},
-        {1, "N2 G90 G91", "exclude"},
         {1, "N2 G01 F60", "motion without an axis"},
         {1, "N2 G01 x=1 F-60", "F below 0"},
-        {1, "N2 G01 x=1 R5 F60", "R without an arc"},
         {1, "N2 G02 x=1 y=1 F60", "arc without R"},
-        {1, "N2 G02 x=1 y=1 R0.00 F60", "arc of radius 0"},
         {1, "N2 G02 x=1 A=1 R5 F60", "axis 'A' in an arc"},
         {3, "N2 G01 IR=1 x=1 F60", "beam axes and others"},
         {1, "N2 G4", "dwell without F"},
-        {1, "N2 G17 F5", "F without a motion"},
-        {1, "N2 COORD(3)", "no coordinate system '3'"},
-        {1, "N2 REV(3)", "only all events"},
         {1, "N2 SEV(0)", "events count from 1"},
-        {1, "N2 WEV(x)", "whole number expected"},
         {2, "N2 ARF(V=0.00)", "ratio of V must be above 0"},
-        {2, "N2 ARF(A=1)", "ratio of V expected"},
         {1, "N2 GOTO N7", "no block N7"},
-        {1, "N2 GOTO 1", "block number expected"},
         {1, "N1 G17", "block N1 stands twice"},
-        {1, "N01 G17", "block N1 stands twice"},
         {1, "N2 $1", "channel stands twice"},
-        {1, "N2", "block without a statement"},
-        {1, "N0 G17", "blocks count from 1"},
         {1, "N123456789 G17", "whole number expected"},
         {1, "G4 F1", "without a block number"},
         {1, "@1=3", "unknown statement '@1=3'"},
         {1, "1 @=3", "variable without a name"},
-        {1, "1 @A B=3", "is no variable"},
-        {1, "1 @1", "'=' expected"},
-        {1, "1 @1=", "without a value"},
         {1, "1 @RASTERAMPX=-inf", "without a value"},
     };
     for (const auto& [channel, line, reason] : rows) {
@@ -286,28 +258,6 @@ void TestNc::followsArcs()
     }
 }
 
-void TestNc::halfCirclesAndLongArcs()
-{
-    NcBench bench(0.01);
-    // Rounded ends 10.02 mm apart still count as a half circle of radius 5.
-    QVERIFY(bench.start(1, program(1, {"N2 G17", "N3 G03 x=10.02 y=0.00 R5.00 F600"})));
-    double lowest = 0;
-    QVERIFY(bench.untilDone(10, {1}, [&] { lowest = std::min(lowest, bench.host.at("Y")); }));
-    QCOMPARE(bench.nc.error(1), QString());
-    QVERIFY2(near(lowest, -5.01, 0.01), qPrintable(QString::number(lowest)));
-
-    // A coordinate of the plane that is not named keeps its value.
-    QVERIFY(bench.start(1, program(1, {"N2 G17", "N3 G02 x=0.02 R5.00 F600"})));
-    double highest = 0;
-    QVERIFY(bench.untilDone(10, {1}, [&] {
-        lowest = std::min(lowest, bench.host.at("Y"));
-        highest = std::max(highest, bench.host.at("Y"));
-    }));
-    QCOMPARE(bench.nc.error(1), QString());
-    QVERIFY(near(lowest, -5.01, 0.01) && near(highest, 0, 0.01));
-    QCOMPARE(bench.host.at("Y"), 0.0);
-}
-
 // 2,000 blocks, none of them as long as a multiple of the step: what is left of a step is not lost.
 void TestNc::keepsExactTimeWhateverTheStep()
 {
@@ -320,29 +270,6 @@ void TestNc::keepsExactTimeWhateverTheStep()
         QVERIFY(bench.start(1, program(1, lines)));
         QVERIFY(bench.untilDone());
         QVERIFY2(near(bench.host.time, seconds, step), qPrintable(QString::number(bench.host.time)));
-    }
-}
-
-void TestNc::partTurnsTheShorterWay()
-{
-    // The last way of each row in deg, with its direction; half a turn goes as the numbers go.
-    const double turns[][3] = {{10, 100, 90}, {350, 10, 20},  {10, 350, -20},
-                               {270, 0, 90},  {180, 0, -180}, {0, 360, 0}};
-    for (const auto& [from, to, way] : turns) {
-        NcBench bench(0.01);
-        bench.host.at("V") = from;
-        QVERIFY(bench.start(2, program(2, {QString("N2 G90 G01 V=%1 F600.000").arg(to, 0, 'f', 2)})));
-        double turned = 0;
-        double last = from;
-        QVERIFY(bench.untilDone(60, {2}, [&] {
-            const double now = bench.host.at("V");
-            QVERIFY(now >= 0 && now < 360);
-            turned += std::remainder(now - last, 360.0);
-            last = now;
-        }));
-        QVERIFY2(near(turned, way, 1e-6), qPrintable(QString("%1 to %2: %3").arg(from).arg(to).arg(turned)));
-        QVERIFY(near(bench.host.time, std::abs(way) / 10, 0.0101));
-        QCOMPARE(bench.host.at("V"), to == 360.0 ? 0.0 : to);
     }
 }
 
@@ -477,37 +404,6 @@ void TestNc::statesOneAfterTheOther()
     QCOMPARE(bench.nc.state(1), ChannelState::Idle);
 }
 
-// Both ends lie within the limits, the crown of the arc does not.
-void TestNc::limitInsideAnArc()
-{
-    NcBench bench(0.01);
-    bench.host.mayMove = [](const QString& axis, double target) {
-        return axis == "Y" && target > 4 ? QString("Y is at its limit") : QString();
-    };
-    QVERIFY(bench.start(1, program(1, {"N2 G17", "N3 G02 x=10 y=0 R5 F600"})));
-    QVERIFY(bench.untilDone());
-    QCOMPARE(bench.nc.error(1), QString("line 3: Y is at its limit"));
-    QVERIFY(near(bench.host.at("Y"), 4, 0.1));
-    QVERIFY(near(bench.host.at("X"), 2, 0.1));
-}
-
-void TestNc::drivesOffInMotion()
-{
-    NcBench bench(0.01);
-    bool on = true;
-    bench.host.mayMove = [&](const QString&, double) { return on ? QString() : QString("drives are off"); };
-    QVERIFY(bench.start(1, program(1, {"N2 G90 G01 x=100 F600", "N3 G4 F1"})));
-    bench.forSeconds(3);
-    on = false;
-    bench.step();
-    QCOMPARE(bench.nc.error(1), QString("line 2: drives are off"));
-    QVERIFY(near(bench.host.at("X"), 30, 1e-9));
-    // A dwell needs no drive.
-    QVERIFY(bench.start(1, program(1, {"N2 G4 F1"})));
-    QVERIFY(bench.untilDone());
-    QCOMPARE(bench.nc.error(1), QString());
-}
-
 void TestNc::hostStopsAllUponAnError()
 {
     NcBench bench(0.01);
@@ -577,22 +473,6 @@ void TestNc::hugeProgram()
     QVERIFY2(timer.elapsed() < 30000, qPrintable(QString::number(timer.elapsed())));
     bench.forSeconds(5);
     QCOMPARE(bench.nc.state(1), ChannelState::Running);
-}
-
-void TestNc::writesVariables()
-{
-    NcBench bench(0.01);
-    const QStringList lines{"1 @AXISMOVING?=FALSE", "N2 G4 F0.5",        "2 @1=12",
-                            "1 @RASTERAMPX=1e-05",  "7 @RASTERTYPE%=17", "8 @RASTERON% = 1"};
-    QVERIFY2(bench.start(1, program(1, lines)), qPrintable(bench.nc.error(1)));
-    QVERIFY(bench.untilDone());
-    QStringList seen;
-    for (const auto& one : bench.host.variables)
-        seen.append(one.name + '=' + one.value);
-    QCOMPARE(seen, QStringList({"@AXISMOVING?=FALSE", "@1=12", "@RASTERAMPX=1e-05", "@RASTERTYPE%=17",
-                                "@RASTERON%=1"}));
-    QVERIFY(bench.host.variables.first().time < 0.02);
-    QVERIFY(near(bench.host.variables.at(1).time, 0.5, 0.0101));
 }
 
 QTEST_GUILESS_MAIN(TestNc)

@@ -32,7 +32,6 @@ private slots:
     void lampAndClass_data();
     void lampAndClass();
     void parking();
-    void valuesFromTelemetry();
     void speedFromSelector();
     void fixedMoveDialog();
 
@@ -315,27 +314,6 @@ void TestAxis::parking()
     m_axis->onPark(false);
     m_axis->onClearError();
     QCOMPARE(commands(), (QStringList{"PARK(D)", "DEPARK(D)", "CLEAR_ERROR(D)"}));
-}
-
-void TestAxis::valuesFromTelemetry()
-{
-    // As the window connects them, through the real link.
-    build(QStringLiteral("LX"));
-    connect(m_link.get(), &DriveTCPthread::changedLX1, m_axis.get(), &Axis::onCoordChanged);
-    connect(m_link.get(), &DriveTCPthread::changedStateLX1, m_axis.get(), &Axis::onStateChanged);
-    connect(m_link.get(), &DriveTCPthread::changedMinLimLX, m_axis.get(), &Axis::onEpMinusValueChanged);
-    connect(m_link.get(), &DriveTCPthread::changedMaxLimLX, m_axis.get(), &Axis::onEpPlusValueChanged);
-    QByteArray datagram = drivewire::emptyDatagram();
-    drivewire::put(datagram, drivewire::fieldNamed("LX1"), -12.345);
-    drivewire::put(datagram, drivewire::fieldNamed("StateLX1"), 0xA0012);
-    drivewire::put(datagram, drivewire::fieldNamed("MinLimLX"), -100.5);
-    drivewire::put(datagram, drivewire::fieldNamed("MaxLimLX"), 900.25);
-    QTRY_VERIFY((m_controller->datagram(datagram), m_axis->state() == 0xA0012));
-    QCOMPARE(m_coord->text(), QStringLiteral("-12.35"));
-    QCOMPARE(m_axis->coord(), -12.345F);
-    QCOMPARE(m_axis->minLimit(), -100.5F);
-    QCOMPARE(m_axis->maxLimit(), 900.25F);
-    QCOMPARE(lines(), QStringList{QStringLiteral("[I]Ось LX: Готовность привода и силовой части")});
 }
 
 void TestAxis::speedFromSelector()

@@ -51,12 +51,10 @@ private slots:
     void savedText_data();
     void savedText();
     void whatIsLoaded();
-    void backwardClosureComesBackForward();
     void switchedOffRowComesBackOn();
     void directionOfARingComesBack();
     void circleComesBack();
     void missingFileChangesNothing();
-    void lastContourReturns();
 
     void fileCutAtEveryByte();
     void lostRowsAreZeros();
@@ -159,24 +157,6 @@ void TestContourFiles::whatIsLoaded()
     QCOMPARE(m_window->points()->rowCount(), 3);
 }
 
-void TestContourFiles::backwardClosureComesBackForward()
-{
-    m_window->ready();
-    {
-        Answers answers({Answers::entry(0)});
-        m_window->press("pbNew");
-    }
-    m_window->teach(0, 0, 0);
-    m_window->teach(100, 0, 0);
-    {
-        Answers answers({Answers::entry(1)});
-        m_window->press("pbRing");
-    }
-    m_contour->save(QStringLiteral("back"), folder + QStringLiteral("back"), true);
-    load(QStringLiteral("back"));
-    QCOMPARE(m_window->find<QAbstractButton>("pbRing")->text(), QStringLiteral("Замкнут\nпрямым\nходом"));
-}
-
 void TestContourFiles::switchedOffRowComesBackOn()
 {
     write(QStringLiteral("line"), lineFile);
@@ -240,18 +220,6 @@ void TestContourFiles::missingFileChangesNothing()
     QCOMPARE(m_window->journal, journal);
     QCOMPARE(m_window->points()->rowCount(), 3);
     QCOMPARE(m_window->shownName, QStringLiteral("line"));
-}
-
-void TestContourFiles::lastContourReturns()
-{
-    write(QStringLiteral("ring"), ringFile);
-    load(QStringLiteral("ring"));
-    m_window.reset();
-    m_window = std::make_unique<ContourWindow>();
-    m_contour = m_window->open();
-    QCOMPARE(m_contour->schema()->id(), QStringLiteral("Circle"));
-    QCOMPARE(m_window->column(m_window->points(), 0), (QStringList{"0.00", "270.00", "180.00", "90.00"}));
-    QCOMPARE(m_window->shownName, QStringLiteral("contour"));
 }
 
 // --- bad files ---

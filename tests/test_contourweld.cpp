@@ -23,11 +23,9 @@ private slots:
     void init();
     void cleanup();
 
-    void startOfAWeld();
     void stopsAndContinuation();
     void startWithoutLinkWritesTheFiles();
     void programCutOffIsNotStarted();
-    void manualCurrent();
     void editedProgramIsRun();
 
     void techRows();
@@ -69,27 +67,6 @@ void TestContourWeld::cleanup()
 
 // --- starting ---
 
-void TestContourWeld::startOfAWeld()
-{
-    laySampleWeld(*m_window);
-    QVERIFY(m_window->linkUp());
-    m_window->press("pbGcode");
-    QTRY_COMPARE(m_window->commands(),
-                 (QStringList{"EXEC_3(/programs/_temp3.npg)", "EXEC_1(/programs/_temp1.npg)"}));
-    const QString channel1 = QString::fromUtf8(m_site->read(QStringLiteral("/programs/_temp1.npg")));
-    const QString channel3 = QString::fromUtf8(m_site->read(QStringLiteral("/programs/_temp3.npg")));
-    QVERIFY(channel1.contains(QStringLiteral("N10 G90 G01 x=10.00 y=0.00 z=0.00 F600.000\n"
-                                             "N11 G90 G01 x=90.00 y=0.00 z=0.00 F600.000\n"
-                                             "N12 G90 G01 x=100.00 y=0.00 z=0.00 F600.000\n")));
-    QVERIFY(channel3.contains(QStringLiteral("N14 G90 G01 IR=20.0 IW=700 F1200.000\nN15 G4 F8.000\n"
-                                             "N16 G90 G01 IR=0.0 IW=700 F1200.000\n")));
-    QCOMPARE(m_window->find<QPlainTextEdit>("teGcode")->toPlainText(), channel1);
-    QCOMPARE(m_window->find<QPlainTextEdit>("teGcode_3")->toPlainText(), channel3);
-    QCOMPARE(m_window->text("lbProgName1"), QStringLiteral("Перемещение манипулятора"));
-    QCOMPARE(m_window->text("lbProgName3"), QStringLiteral("Технология"));
-    QVERIFY(QFileInfo(site().path(QStringLiteral("/programs/_temp1.npg"))).size() > 0);
-}
-
 void TestContourWeld::stopsAndContinuation()
 {
     laySampleWeld(*m_window);
@@ -127,6 +104,10 @@ void TestContourWeld::startWithoutLinkWritesTheFiles()
     m_window->press("pbGcode");
     QVERIFY(!m_site->read(QStringLiteral("/programs/_temp1.npg")).isEmpty());
     QVERIFY(!m_site->read(QStringLiteral("/programs/_temp3.npg")).isEmpty());
+    QCOMPARE(m_window->find<QPlainTextEdit>("teGcode")->toPlainText().toUtf8(),
+             m_site->read(QStringLiteral("/programs/_temp1.npg")));
+    QCOMPARE(m_window->text("lbProgName1"), QStringLiteral("Перемещение манипулятора"));
+    QCOMPARE(m_window->text("lbProgName3"), QStringLiteral("Технология"));
 
     QVERIFY(m_window->linkUp());
     QDir(site().path(QStringLiteral("/programs"))).removeRecursively();
@@ -153,17 +134,6 @@ void TestContourWeld::programCutOffIsNotStarted()
 
     m_window->press("pbRun_3"); // comes through, so the one before would have
     QTRY_COMPARE(m_window->commands(), QStringList{"EXEC_3(/programs/_temp3.npg)"});
-}
-
-void TestContourWeld::manualCurrent()
-{
-    laySampleWeld(*m_window);
-    m_contour->setTechSettings(true, false, false, false, 700, 0, 0, -1, -1);
-    QVERIFY(m_window->withoutCurrent);
-    QVERIFY(m_window->linkUp());
-    m_window->press("pbGcode");
-    QTRY_COMPARE(m_window->commands(), QStringList{"EXEC_1(/programs/_temp1.npg)"});
-    QVERIFY(m_site->read(QStringLiteral("/programs/_temp3.npg")).isEmpty());
 }
 
 void TestContourWeld::editedProgramIsRun()

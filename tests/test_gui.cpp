@@ -1,4 +1,3 @@
-#include "confirm.h"
 #include "guifixture.h"
 #include "singleinstance.h"
 #include "vacuumcontroller.h"
@@ -52,16 +51,6 @@ void whenOpen(const QString& name, const std::function<void(QWidget*)>& act)
     timer->start(5);
 }
 
-void answer(const QString& caption)
-{
-    whenOpen(QStringLiteral("Confirm"), [caption](QWidget* dialog) {
-        for (QPushButton* button : dialog->findChildren<QPushButton*>()) {
-            if (button->text() == caption)
-                return button->click();
-        }
-    });
-}
-
 void logIn(const QString& login, const QString& password)
 {
     whenOpen(QStringLiteral("AutorizationDialog"), [=](QWidget* dialog) {
@@ -91,7 +80,6 @@ private slots:
     void journalLine();
     void journalFile();
     void journalWithoutFolder();
-    void firstStartShowsZeros();
     void speedsSurviveARestart();
     void spoiledSettings_data();
     void spoiledSettings();
@@ -99,10 +87,8 @@ private slots:
     void linkLostAndBack();
     void controllerThereBeforeTheWindow();
     void programName();
-    void lastContourIsNamed();
     void login();
     void administratorComesUnnamed();
-    void exitByButton();
     void exitByKeys();
     void unknownNames();
     void onlyOneInstance();
@@ -177,18 +163,6 @@ void TestGui::journalWithoutFolder()
     m_gui->prgMessage(QStringLiteral("[I]видно"), true);
     QCOMPARE(list().last(), QStringLiteral("видно"));
     QVERIFY2(!QDir(site().path(QStringLiteral("/log"))).exists(), "the console does not make this folder");
-}
-
-void TestGui::firstStartShowsZeros()
-{
-    for (const char* label : {"speedLX", "speedLX2", "speedU", "speedU2", "speedV", "speedPHI"})
-        QCOMPARE(w<PoLabel>(label)->text(), QStringLiteral("0"));
-    m_gui.reset();
-    const QSettings settings(site().path(settingsFile), QSettings::IniFormat);
-    for (const char* axis : {"LX", "LY", "A", "B", "C", "D", "U", "V"}) {
-        QCOMPARE(settings.value(QStringLiteral("LIR/") + axis, -1).toInt(), 0);
-        QVERIFY(settings.contains(QStringLiteral("speed") + axis));
-    }
 }
 
 void TestGui::speedsSurviveARestart()
@@ -317,17 +291,6 @@ void TestGui::programName()
     QCOMPARE(m_gui->programName(), QString());
 }
 
-void TestGui::lastContourIsNamed()
-{
-    QFile file(site().path(QStringLiteral("/home/oper/bin/contours/contour.save")));
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    file.write("weld\nXYZ\n-1 0 0\n0 -1\n0 1\n600\n0\n0\n");
-    file.close();
-    start();
-    QCOMPARE(m_gui->programName(), QStringLiteral("contour"));
-    QCOMPARE(w<QLabel>(QStringLiteral("lblContour"))->text(), QStringLiteral("contour"));
-}
-
 void TestGui::login()
 {
     QSignalSpy users(m_gui.get(), &Gui::signalUserChange);
@@ -363,21 +326,6 @@ void TestGui::administratorComesUnnamed()
     touch("pbChangeUser");
     QCOMPARE(users.takeFirst(), QVariantList{-1});
     QCOMPARE(list().last(), QStringLiteral("Смена пользователя не выполнена"));
-}
-
-void TestGui::exitByButton()
-{
-    const QString line = QStringLiteral("[I]Выполнен выход из программы автоматической сварки по кнопке\n");
-    answer(QStringLiteral("Нет"));
-    touch("pbCloseProgram");
-    QVERIFY(!journal().contains(line));
-    QTimer::singleShot(10'000, m_gui.get(), [] { QCoreApplication::exit(1); });
-    QTimer::singleShot(0, this, [this] {
-        answer(QStringLiteral("Да"));
-        touch("pbCloseProgram");
-    });
-    QCOMPARE(QCoreApplication::exec(), 0);
-    QVERIFY(journal().contains(line));
 }
 
 void TestGui::exitByKeys()

@@ -26,10 +26,7 @@ private slots:
     void virtualJog();
     void virtualFixedMove();
     void virtualSpeed();
-    void jogUnderTrouble_data();
-    void jogUnderTrouble();
     void keySwitch();
-    void lights();
     void everyDriveReachesItsAxis();
 };
 
@@ -256,52 +253,6 @@ void TestGuiCommands::virtualSpeed()
     QVERIFY(!journal().contains("Установлена скорость"));
 }
 
-void TestGuiCommands::jogUnderTrouble_data()
-{
-    QTest::addColumn<QString>("button");
-    QTest::addColumn<QString>("field");
-    QTest::addColumn<double>("value");
-    QTest::addColumn<bool>("goesOn"); // until the finger lifts
-    const struct
-    {
-        const char* trouble;
-        const char* button;
-        const char* field;
-        double value;
-        bool goesOn;
-    } rows[] = {
-        {"virtual axis at its end", "pbPlusX", "Xmax", 1, true},
-        {"virtual axis at its other end", "pbMinusX", "Xmin", 1, true},
-        {"virtual rows go away", "pbMinusX", "TransOn", 0, false},
-        {"key switch, virtual axis", "pbMinusX", "KeyAccess", 0, false},
-        {"drive at its limit switch", "pbPlusD", "Dmax", 1, true},
-        {"key switch, drive", "pbPlusD", "KeyAccess", 0, false},
-        {"drive parked", "pbPlusD", "StateD", 0xC1600, false},
-        {"drives off", "pbPlusD", "DrivesOn", 0, true},
-    };
-    for (const auto& row : rows)
-        QTest::newRow(row.trouble) << row.button << row.field << row.value << row.goesOn;
-}
-
-void TestGuiCommands::jogUnderTrouble()
-{
-    QFETCH(QString, button);
-    QFETCH(QString, field);
-    QFETCH(double, value);
-    QFETCH(bool, goesOn);
-    setVirtualMode();
-    QTest::mousePress(w(button), Qt::LeftButton);
-    QTRY_COMPARE(commands().size(), 1);
-    takeCommands();
-    tell({{qPrintable(field), value}});
-    const QStringList atOnce = takeCommands();
-    QCOMPARE(atOnce.size(), goesOn ? 0 : 1);
-    QTest::mouseRelease(w(button), Qt::LeftButton);
-    const QStringList stops = atOnce + takeCommands();
-    QCOMPARE(stops.size(), 1);
-    QVERIFY(stops.first().endsWith(QStringLiteral(",0)")));
-}
-
 void TestGuiCommands::keySwitch()
 {
     const auto overlays = [this] {
@@ -322,21 +273,6 @@ void TestGuiCommands::keySwitch()
     QVERIFY(!QWidget::keyboardGrabber());
     touch("pbStop");
     SENT("STOP_PRG");
-}
-
-void TestGuiCommands::lights()
-{
-    const int before = list().size();
-    m_gui->onLightStateChanged(0);
-    QCOMPARE(list().size(), before);
-    m_gui->onLightStateChanged(5);
-    m_gui->onLightStateChanged(6);
-    QCOMPARE(list().mid(before),
-             (QStringList{QStringLiteral("Освещение камеры светодиодными лентами включено"),
-                          QStringLiteral("Освещение зоны сварки спиралями включено"),
-                          QStringLiteral("Освещение камеры светодиодными лентами выключено"),
-                          QStringLiteral("Освещение камеры светодиодными прожекторами включено")}));
-    QCOMPARE(w<StateButton>("sbLightSpiral")->state(), StateButton::On);
 }
 
 void TestGuiCommands::everyDriveReachesItsAxis()

@@ -1,7 +1,6 @@
 #include "axis.h"
 #include "cmessagestack.h"
 #include "guifixture.h"
-#include "journey.h"
 
 // What the window makes of the words and numbers of the motion controller: journal lines, the stack's
 // messages, the buzzer.
@@ -28,9 +27,6 @@ private slots:
     void virtualLamps();
     void regimes();
     void pressures();
-    void theStackStandsInTheHead();
-
-    void aDoorThatCloses();
 
 private:
     QStringList since(); // lines of the list since the last time
@@ -406,41 +402,6 @@ void TestGuiMessages::pressures()
     QCOMPARE(colour("VacuumGun"), QColor(189, 255, 180));
     m_gui->onChangedGunValid(0);
     QCOMPARE(colour("VacuumGun"), QColor(255, 192, 192));
-}
-
-void TestGuiMessages::theStackStandsInTheHead()
-{
-    const auto* stack = w<CMessageStack>(QString());
-    QCOMPARE(stack->parentWidget(), w("frErrorDiagnostic"));
-    QCOMPARE(stack->pos(), QPoint(5, 24));
-    QVERIFY(stack->isVisible());
-    QVERIFY(w("frErrorDiagnostic")->rect().contains(stack->geometry()));
-    tell({{"SpiralPower", 0}, {"AlarmState", 4}});
-    const QString folder = qEnvironmentVariable("PICTURES"); // to be looked at
-    for (const char* name : {"first", "second"}) {
-        if (!folder.isEmpty())
-            QVERIFY(m_gui->grab().save(folder + '/' + name + ".png"));
-        w<CMessageStack>(QString())->slotTimer();
-    }
-    m_gui.reset(); // with messages on view
-}
-
-// From the installation to the journal, in its order.
-void TestGuiMessages::aDoorThatCloses()
-{
-    end();
-    Journey journey(10, true, true);
-    const QString trouble = journey.runLoggedIn([&] {
-        journey.plant().instruct("door close");
-        journey.hand.waitFor("the line", [&] { return journey.journal().contains("[I]Дверь закрыта"); });
-        journey.hand.tap("pbCloseProgram");
-        journey.hand.tap("pbYes");
-    });
-    QCOMPARE(trouble, QString());
-    const QString all = journey.journal();
-    QVERIFY(all.indexOf("[I]Дверь в зоне торможения закрытия") >= 0);
-    QVERIFY(all.indexOf("[I]Дверь в зоне торможения закрытия") < all.indexOf("[I]Дверь закрыта"));
-    begin(); // for cleanup
 }
 
 QTEST_MAIN(TestGuiMessages)

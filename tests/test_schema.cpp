@@ -99,46 +99,6 @@ private slots:
         }
     }
 
-    void pointTexts()
-    {
-        const QList<float> c{1.005f, -2.5f, 33.3333f};
-        QCOMPARE(SchemaXYZ().gCodePoint(c, true), QString("G01 x=1.00 y=-2.50 z=33.33"));
-        QCOMPARE(SchemaXYZr(101, 0, 0).gCodePoint(c, true), QString("G03 x=1.00 y=-2.50 R50.50 z=33.33"));
-        QCOMPARE(SchemaXYZr(101, 0, 1).gCodePoint(c, false), QString("G02 x=1.00 z=33.33 R50.50 y=-2.50"));
-        QCOMPARE(SchemaXYZr(101, 0, 2).gCodePoint(c, true), QString("G03 y=-2.50 z=33.33 R50.50 x=1.00"));
-        QCOMPARE(SchemaXYZr(101, 0, 7).gCodePoint(c, true), QString("G03 y=-2.50 z=33.33 R50.50 x=1.00"));
-        const QList<float> v{359.994f, 1, 2, 3};
-        QCOMPARE(SchemaCircle(100, 4).gCodePoint(v, true), QString("G01 V=359.99"));
-        QCOMPARE(SchemaCircle(100, 4).gCodePoint(v, false), QString("G01 x=1.00 y=2.00 z=3.00"));
-    }
-
-    void headsAndTailsCountBlocks()
-    {
-        int block = 2;
-        const SchemaXYZ line;
-        QCOMPARE(line.gCodeInitChan1(&block), (QStringList{"N2 COORD(1)", "N3 G4 F0.2", "N4 COORD(2)"}));
-        QCOMPARE(line.gCodeInitChan2(&block), QStringList{"N5 G4 F0.2"});
-        QCOMPARE(line.gCodeUninitChan1(&block), (QStringList{"N6 G4 F0.2", "N7 COORD(0,2)"}));
-        QCOMPARE(line.gCodeUninitChan2(&block), QStringList{"N8 G4 F0.2"});
-
-        const char* planes[] = {"N2 G17", "N2 G18", "N2 G19", "N2 G17"};
-        for (int aux = 0; aux < 4; ++aux) {
-            const SchemaXYZr round(100, 0, aux);
-            block = 1;
-            QCOMPARE(round.gCodeInitChan1(&block), (QStringList{"N1 COORD(2)", planes[aux]}));
-            QCOMPARE(round.gCodeInitChan2(&block), QStringList{"N3 G4 F0.2"});
-            QCOMPARE(round.gCodeUninitChan1(&block), (QStringList{"N4 G16", "N5 COORD(0,2)"}));
-            QCOMPARE(round.gCodeUninitChan2(&block), QStringList{"N6 G4 F0.2"});
-        }
-
-        const SchemaCircle ring(100, 4);
-        block = 9;
-        QCOMPARE(ring.gCodeInitChan1(&block), (QStringList{"N9 COORD(1)", "N10 G4 F0.2", "N11 COORD(2)"}));
-        QCOMPARE(ring.gCodeInitChan2(&block), QStringList{"N12 ARF(V=0.87)"});
-        QCOMPARE(ring.gCodeUninitChan1(&block), (QStringList{"N13 G4 F0.2", "N14 COORD(0,2)"}));
-        QCOMPARE(ring.gCodeUninitChan2(&block), QStringList{"N15 ARF()"});
-    }
-
     void numerateLists()
     {
         QCOMPARE(numerate({"$1", "M30"}, 5), QString("N005 $1\nN010 M30\n"));

@@ -58,27 +58,13 @@ void TestTRSelect::steps_data()
     QTest::addColumn<QString>("label");
     QTest::addColumn<QString>("up");   // after three steps up from zero
     QTest::addColumn<QString>("down"); // after four steps down from there
-    QTest::newRow("amplitude X") << "TRamplX"
-                                 << "0.30"
-                                 << "-0.10";
-    QTest::newRow("amplitude Y") << "TRamplY"
-                                 << "0.30"
-                                 << "-0.10";
-    QTest::newRow("angle") << "TRangle"
-                           << "3"
-                           << "0";
-    QTest::newRow("frequency") << "TRfreq"
-                               << "3.0"
-                               << "0.0";
-    QTest::newRow("shift X") << "TRshiftX"
-                             << "0.30"
-                             << "-0.10";
-    QTest::newRow("shift Y") << "TRshiftY"
-                             << "0.30"
-                             << "-0.10";
-    QTest::newRow("extra") << "TRparam0"
-                           << "3"
-                           << "-1";
+    const std::pair<const char*, const char*> shown[] = {
+        {"0.30", "-0.10"}, {"3", "0"}, {"3.0", "0.0"}, {"3", "-1"}};
+    const std::pair<const char*, int> rows[] = {{"TRamplX", 0}, {"TRamplY", 0},  {"TRangle", 1},
+                                                {"TRfreq", 2},  {"TRshiftX", 0}, {"TRshiftY", 0},
+                                                {"TRparam0", 3}};
+    for (const auto& [label, kind] : rows)
+        QTest::newRow(label) << label << shown[kind].first << shown[kind].second;
 }
 
 void TestTRSelect::steps()
@@ -97,24 +83,11 @@ void TestTRSelect::typedNumber_data()
     QTest::addColumn<QString>("label");
     QTest::addColumn<QString>("typed");
     QTest::addColumn<QString>("taken");
-    QTest::newRow("within") << "TRamplX"
-                            << "12.345"
-                            << "12.35";
-    QTest::newRow("too much") << "TRshiftY"
-                              << "100.5"
-                              << "100.00";
-    QTest::newRow("angle too much") << "TRangle"
-                                    << "361"
-                                    << "360";
-    QTest::newRow("frequency") << "TRfreq"
-                               << "1000"
-                               << "1000.0";
-    QTest::newRow("frequency too much") << "TRfreq"
-                                        << "1001"
-                                        << "1000.0";
-    QTest::newRow("extra") << "TRparam0"
-                           << "101"
-                           << "100";
+    const char* const rows[][3] = {{"TRamplX", "12.345", "12.35"}, {"TRshiftY", "100.5", "100.00"},
+                                   {"TRangle", "361", "360"},      {"TRfreq", "1000", "1000.0"},
+                                   {"TRfreq", "1001", "1000.0"},   {"TRparam0", "101", "100"}};
+    for (const auto& [label, typed, taken] : rows)
+        QTest::addRow("%s %s", label, typed) << label << typed << taken;
 }
 
 void TestTRSelect::typedNumber()

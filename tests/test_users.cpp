@@ -362,43 +362,6 @@ private slots:
         }
     }
 
-    void wrongPasswordKeepsTheLoginAndAsksAgain()
-    {
-        putFile(header(1) + account("ivan", "Иван", 2, passwordDigest("1234")));
-        auto manager = start();
-        m_operator->then("AutorizationDialog", [](QWidget* dialog) {
-            QCOMPARE(child(dialog, "leLogin"), dialog->focusWidget());
-            QTest::keyClicks(child(dialog, "leLogin"), "ivan");
-            QTest::keyClick(child(dialog, "leLogin"), Qt::Key_Return);
-            QCOMPARE(child(dialog, "lePassword"), dialog->focusWidget());
-            // Too short to be any password: judged all the same.
-            QTest::keyClicks(child(dialog, "lePassword"), "12");
-            QTest::keyClick(child(dialog, "lePassword"), Qt::Key_Return);
-        });
-        m_operator->then("AutorizationDialog", [this](QWidget* dialog) {
-            QCOMPARE(m_operator->takeTexts(), QStringList{"Неправильный логин или пароль!"});
-            QCOMPARE(m_operator->title(), QString("Авторизация"));
-            QCOMPARE(m_operator->icon(), QMessageBox::Warning);
-            QCOMPARE(child(dialog, "leLogin")->text(), QString("ivan"));
-            QCOMPARE(child(dialog, "lePassword")->text(), QString());
-            QCOMPARE(child(dialog, "lePassword"), dialog->focusWidget());
-            type(dialog, "lePassword", "1234");
-            child<QPushButton>(dialog, "pbEnter")->click();
-        });
-        QCOMPARE(manager->showAutorization(), 2);
-        QCOMPARE(m_console->userName.text(), QString("Иван"));
-        QCOMPARE(m_console->groupName.text(), QString("Оператор"));
-        QVERIFY(m_console->users.isHidden());
-        QCOMPARE(m_operator->takeTexts(), QStringList());
-
-        // A change of user that is cancelled leaves everything in place.
-        m_operator->then("AutorizationDialog",
-                         [](QWidget* dialog) { QTest::keyClick(dialog, Qt::Key_Escape); });
-        QCOMPARE(manager->showAutorization(), -1);
-        QCOMPARE(manager->currentUser()->login, QString("ivan"));
-        QCOMPARE(m_console->userName.text(), QString("Иван"));
-    }
-
     void fieldsJudgeWhatIsTyped_data()
     {
         QTest::addColumn<int>("field"); // 0 name, 1 login, 2 new login, 3 password

@@ -38,8 +38,6 @@ private slots:
     void confirmWithoutAnswerIsNo();
 
     void touchMetric();
-    void buttonColours_data();
-    void buttonColours();
     void disabledTextIsLegible();
     void aFaceShowsThroughItsShading();
 
@@ -380,31 +378,6 @@ void TestWidgets::touchMetric()
     for (int metric : {64, 66})
         QCOMPARE(style.pixelMetric(QStyle::PixelMetric(metric)),
                  base->pixelMetric(QStyle::PixelMetric(metric)));
-}
-
-void TestWidgets::buttonColours_data()
-{
-    QTest::addColumn<QColor>("face");
-    QTest::addColumn<QColor>("text");
-    const QColor plain(158, 172, 255), alarm(255, 32, 32);
-    QTest::newRow("pbRun") << plain << QColor(Qt::black);
-    for (const char* name : {"pbStop", "pbStopGoPoint", "sbShutdown"})
-        QTest::newRow(name) << alarm << QColor(Qt::white);
-}
-
-void TestWidgets::buttonColours()
-{
-    QFETCH(QColor, face);
-    QFETCH(QColor, text);
-    QPushButton button;
-    button.setObjectName(QLatin1String(QTest::currentDataTag()));
-    button.ensurePolished();
-    const QPalette colours = button.palette();
-    QCOMPARE(colours.color(QPalette::Active, QPalette::Button), face);
-    QCOMPARE(colours.color(QPalette::Active, QPalette::ButtonText), text);
-    QCOMPARE(colours.color(QPalette::Active, QPalette::Highlight), QColor(0, 214, 255));
-    QCOMPARE(colours.color(QPalette::Active, QPalette::HighlightedText), QColor(Qt::black));
-    QVERIFY(colours.color(QPalette::Disabled, QPalette::ButtonText) != text);
 }
 
 void TestWidgets::disabledTextIsLegible()

@@ -36,9 +36,13 @@ template <class Generator>
 void CONTOUR::runGenerator()
 {
     const WeldContour contour = contourValues();
-    const PatternDialog::Seam seam{contour.length,         m_schema->D(),
-                                   ui->weldSpeed->value(), ui->contourSpeed->value(),
-                                   isOneLine(contour),     everyFrameGoesAlongX(contour)};
+    const PatternDialog::Seam seam{contour.length,
+                                   m_schema->D(),
+                                   ui->weldSpeed->value(),
+                                   ui->contourSpeed->value(),
+                                   isOneLine(contour),
+                                   everyFrameGoesAlongX(contour),
+                                   contour.closed ? contour.nrings : 1};
     Generator dialog(seam, this, ui->pbTemplate);
     connect(&dialog, &PatternDialog::message, this, &CONTOUR::message);
     if (dialog.exec() == QDialog::Accepted)

@@ -255,7 +255,7 @@ void PatternDialog::refresh()
     }
     ui->pbDegreeOn->setText(QStringLiteral("Измерение\n в ") +
                             (m_degrees ? QStringLiteral("градусах") : QStringLiteral("милиметрах")));
-    ui->view->setPattern(beams(), double(m_seam.length), possible(), warning());
+    ui->view->setPattern(beams(), double(m_seam.length), m_seam.passes, possible(), warning());
 }
 
 void PatternDialog::on_pbDegreeOn_clicked()

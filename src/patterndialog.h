@@ -31,6 +31,7 @@ public:
         float moveSpeed;
         bool oneLine = true; // of two points, and straight
         bool alongX = true;  // each frame has a way along X, on which programs can cut it
+        int passes = 1;      // along the whole length
     };
 
     ~PatternDialog() override; // keeps the settings, with a journal line

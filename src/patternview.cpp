@@ -12,6 +12,7 @@ constexpr int side = 14;            // px beside the seam
 constexpr int head = 26;            // px above the current, for the numbers
 constexpr int foot = 26;            // px below the seam, for the lengths
 constexpr double sameLength = 0.01; // mm, less shows in no row
+constexpr int mostMarks = 50;       // of passes, more would run together
 const QColor ink(0x1c, 0x24, 0x3c);
 const QColor beamColour(0x00, 0xb4, 0xd8);
 const QColor fault(0xd0, 0x10, 0x20);
@@ -22,10 +23,12 @@ PatternView::PatternView(QWidget* parent)
     : QWidget(parent)
 {}
 
-void PatternView::setPattern(const QVector<Beam>& beams, double length, bool possible, const QString& warning)
+void PatternView::setPattern(const QVector<Beam>& beams, double length, int passes, bool possible,
+                             const QString& warning)
 {
     m_beams = beams;
     m_length = length;
+    m_passes = passes;
     m_possible = possible;
     m_warning = warning;
     update();
@@ -54,7 +57,7 @@ void PatternView::paintEvent(QPaintEvent*)
     const bool numbered = m_beams.size() > 1 && (x(end) - x(0)) / m_beams.size() >= narrowest;
     for (int i = 0; i < m_beams.size(); ++i) {
         const Beam& beam = m_beams[i];
-        const bool good = m_possible && beam.peak >= 0 && beam.end() <= m_length + sameLength;
+        const bool good = m_possible && beam.peak >= 0 && beam.end() <= m_length * m_passes + sameLength;
         const double rise = beam.start + beam.ascend, fall = rise + std::max(0.0, beam.peak);
         QPainterPath path(QPointF(x(beam.start), base));
         path.lineTo(x(rise), head);
@@ -70,8 +73,12 @@ void PatternView::paintEvent(QPaintEvent*)
 
     painter.setPen(QPen(ink, 2));
     painter.drawLine(QPointF(side, base), QPointF(x(end), base));
-    for (const double mark : {0.0, m_length})
-        painter.drawLine(QPointF(x(mark), base - 4), QPointF(x(mark), base + 6));
+    const double begun = m_length > 0 ? (end + sameLength) / m_length : 0;
+    const int marks = int(std::min({begun, double(m_passes), double(mostMarks)}));
+    for (int pass = 0; pass <= marks; ++pass) {
+        const double mark = x(pass * m_length);
+        painter.drawLine(QPointF(mark, base - 4), QPointF(mark, base + 6));
+    }
     const QRectF texts(side + 6, base + 2, width() - 2 * side - 12, foot - 4);
     painter.drawText(texts, Qt::AlignLeft | Qt::AlignVCenter, QStringLiteral("0"));
     const QString length = QString::number(m_length, 'f', 1) + QStringLiteral(" мм");

@@ -4,7 +4,8 @@
 #include <QWidget>
 
 // The beam current along the seam as a pattern would lay it, before it is laid: a trapezium for each weld or
-// tack, tacks with their turn. What goes beyond the seam, and a pattern that cannot be laid, is drawn in red.
+// tack, tacks with their turn. What goes beyond the last pass, and a pattern that cannot be laid, is drawn in
+// red.
 class PatternView : public QWidget
 {
     Q_OBJECT
@@ -19,8 +20,10 @@ public:
 
     explicit PatternView(QWidget* parent = nullptr);
 
-    // `length` of the seam, mm. `possible`: the pattern fits. `warning` is written over it, empty for none.
-    void setPattern(const QVector<Beam>& beams, double length, bool possible, const QString& warning);
+    // `length` of the seam, mm, along which `passes` go. `possible`: the pattern fits. `warning` is written
+    // over it, empty for none.
+    void setPattern(const QVector<Beam>& beams, double length, int passes, bool possible,
+                    const QString& warning);
 
     QString warning() const { return m_warning; }
 
@@ -30,6 +33,7 @@ protected:
 private:
     QVector<Beam> m_beams; // in the order in which they are made
     double m_length = 0;
+    int m_passes = 1;
     bool m_possible = true;
     QString m_warning;
 };

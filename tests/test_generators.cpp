@@ -157,6 +157,7 @@ private slots:
     void rampsLongerThanTheSeam();
     void periodIsNotRounded();
     void warnings();
+    void overlaps();
     void unitsForthAndBack();
     void boundsAndCounts();
     void refusals();
@@ -370,6 +371,30 @@ void TestGenerators::warnings()
     QVERIFY(warning("600", "1,0"));
     QVERIFY(!warning("600", "0,1"));
     QVERIFY(warning("1200", "0,1"));
+}
+
+// A weld may overlap its beginning as long as a pass is left.
+void TestGenerators::overlaps()
+{
+    const auto inRed = [this] {
+        bool red = false;
+        answer("pbTemplate", {Answers::entry(1),
+                              look("view",
+                                   [&] {
+                                       const QImage view = Answers::shown<QWidget>("view")->grab().toImage();
+                                       for (int x = 0; x < view.width(); ++x) {
+                                           const QColor at = view.pixelColor(x, view.height() / 2);
+                                           red = red || at.red() > at.blue() + 50;
+                                       }
+                                   }),
+                              Answers::cancel()});
+        return red;
+    };
+    Kept{"CircleWeld", 50, 10, 320, 10}.store(); // a turn is 314 mm
+    ring("100", 1);
+    QVERIFY(inRed());
+    ring("100", 2);
+    QVERIFY(!inRed());
 }
 
 void TestGenerators::unitsForthAndBack()

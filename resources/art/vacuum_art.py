@@ -196,10 +196,14 @@ def way(points):
     return "M" + " L".join(f"{x} {y}" for x, y in points)
 
 
+def jacket(strips):
+    """The empty double wall; where two strips meet there is no seam."""
+    rims = (block(x - 0.5, y - 0.5, width + 1, height + 1, HOLLOW_RIM, HOLLOW_RIM, 1)
+            for x, y, width, height in strips)
+    return "".join(rims) + "".join(block(*strip, HOLLOW, HOLLOW, 0) for strip in strips)
+
+
 def ground(kind, value):
-    if kind == "jacket":
-        x, y, width, height = value
-        return block(x + 0.5, y + 0.5, width - 1, height - 1, HOLLOW, HOLLOW_RIM, 1)
     if kind == "consumer":
         return block(*value, PAPER, WATER, 2, 4)
     x, y = value[0]
@@ -220,7 +224,8 @@ def ground(kind, value):
 
 
 def plant():
-    return "".join(ground(kind, value) for kind, value in layout.LINES)
+    strips = [value for kind, value in layout.LINES if kind == "jacket"]
+    return jacket(strips) + "".join(ground(kind, value) for kind, value in layout.LINES if kind != "jacket")
 
 
 def draw():

@@ -5,6 +5,10 @@
 #include <QSettings>
 #include <QTableWidget>
 
+#include <future>
+
+#include <poll.h>
+
 namespace {
 
 using Records = QVector<std::tuple<qint32, float, QByteArray>>;
@@ -23,6 +27,7 @@ private slots:
     void init();
     void cleanup();
     void listOfBoth();
+    void chamberIsAskedFirst();
     void change_data();
     void change();
     void wrongCode();
@@ -106,6 +111,20 @@ void TestConstants::listOfBoth()
     });
     QVERIFY(journal().contains(QStringLiteral("Нажата кнопка 'Параметры системы'")));
     QVERIFY(journal().contains(QStringLiteral("Закрыто окно параметров системы")));
+}
+
+// Only the order of the questions, and the pause between them, tells whose rows stand first.
+void TestConstants::chamberIsAskedFirst()
+{
+    Site slow = site();
+    slow.pauses.constants = std::chrono::milliseconds(300);
+    setSite(slow);
+    pollfd kvk{int(m_kvk->peer->socketDescriptor()), POLLIN, 0};
+    pollfd kvs{int(m_kvs->peer->socketDescriptor()), POLLIN, 0};
+    auto inOrder = std::async(std::launch::async,
+                              [&] { return ::poll(&kvk, 1, 5000) == 1 && ::poll(&kvs, 1, 100) == 0; });
+    open({}, [](Constants*) {});
+    QVERIFY(inOrder.get());
 }
 
 void TestConstants::change_data()

@@ -86,6 +86,7 @@ private slots:
     void noSettingsAtAll();
     void linkLostAndBack();
     void controllerThereBeforeTheWindow();
+    void windowAndVacuumPanel();
     void programName();
     void login();
     void administratorComesUnnamed();
@@ -275,6 +276,46 @@ void TestGui::controllerThereBeforeTheWindow()
     start();
     QCOMPARE(colour("lblKVS"), QColor(Qt::green));
     QCOMPARE(colour("lblKVK"), QColor(Qt::red));
+}
+
+// What the chamber's controller tells reaches the top bar and the window's interlocks; what the window knows
+// of the door and of the user reaches the panel.
+void TestGui::windowAndVacuumPanel()
+{
+    m_gui.reset();
+    VacuumController kvk(vacuumwire::kvk(), site().kvk);
+    start();
+    QVERIFY(kvk.accept());
+    kvk.put(
+        {{"AlgNumber", 4}, {"AlgTime", 61}, {"AlgRun", 1}, {"PT5", 4e-3}, {"PT5Valid", 1}, {"PT6", 2e-3}});
+    kvk.put({{"BKUValid", 1}, {"SpiralLock", 1}, {"TMNFreq", 7}});
+    kvk.keepTelling();
+    QTRY_COMPARE(w<QLabel>("FreqTMN")->text(), QStringLiteral("7")); // the last field
+    touch("lblPT2u");
+    const std::pair<const char*, const char*> texts[] = {{"lblVacuumState", "Откачка камеры"},
+                                                         {"lblVacuumTime", "00:01:01"},
+                                                         {"lblVacuumActive", "Выполняется"},
+                                                         {"VacuumChamber", "3.0E-05"},
+                                                         {"VacuumGun", "1.5E-05"},
+                                                         {"lblVacuumGun", "Пушка, мм.рт.ст."}};
+    for (const auto& [label, text] : texts)
+        QCOMPARE(w<QLabel>(label)->text(), QString::fromUtf8(text));
+    QCOMPARE(m_gui->pressure(), 4e-3F);
+    QCOMPARE(colour("VacuumChamber"), QColor(189, 255, 180));
+    kvk.put({{"PT5Valid", 0}, {"SpiralLock", 0}, {"ShutdownLock", 1}});
+    QVERIFY(m_gui->lock("LOCK:LockSpiral")->state() && !m_gui->lock("LOCK:LockShutdown")->state());
+    QTRY_VERIFY(m_gui->lock("LOCK:LockShutdown")->state());
+    QVERIFY(!m_gui->lock("LOCK:LockSpiral")->state());
+    QCOMPARE(colour("VacuumChamber"), QColor(255, 192, 192));
+    QCOMPARE(colour("VacuumGun"), QColor(189, 255, 180));
+    QVERIFY(list().contains(QStringLiteral("Нарушен обмен с датчиком вакуума PT5!")));
+
+    tell({{"DoorState", 1}});
+    QCOMPARE(w("Door")->y(), 340);
+    for (int group : {2, 1}) {
+        emit m_gui->signalUserChange(group);
+        QCOMPARE(w<StateButton>("sbVacAdjust")->locked(), group == 2);
+    }
 }
 
 void TestGui::programName()

@@ -9,8 +9,12 @@
 
 namespace {
 
+// By the number of the regime.
 const char* const buttons[] = {"sbVacAdjust",  "sbVacManual",  "sbVacPrepare", "sbVacForepump",
                                "sbVacPumping", "sbVacFilling", "sbVacShutdown"};
+const char* const titles[] = {
+    "Наладка",         "Ручное\nуправление", "Подготовка",        "Форвакуумная\nоткачка",
+    "Откачка\nкамеры", "Напуск\nв камеру",   "Завершение\nработы"};
 
 } // namespace
 
@@ -54,6 +58,8 @@ private:
 
 void TestRegimes::pressedButton()
 {
+    for (int i = 0; i < 7; ++i)
+        QCOMPARE(w(buttons[i])->findChild<QLabel*>("lblTitle")->text(), QString::fromUtf8(titles[i]));
     QSignalSpy mode(m_panel.get(), &KVS::signalChangedMode);
     QSignalSpy time(m_panel.get(), &KVS::signalChangedModeTime);
     QSignalSpy state(m_panel.get(), &KVS::signalChangedModeState);
@@ -165,6 +171,15 @@ void TestRegimes::doorDoesNotForbidPumping()
     m_panel->onUserChanged(2);
     for (const char* button : buttons)
         QCOMPARE(w<StateButton>(button)->locked(), button == buttons[0]);
+    const std::tuple<const char*, const char*, const char*> locks[] = {
+        {"REGIME:LockUser", "Нет прав на включение", "Права есть"},
+        {"REGIME:LockDoorPress", "Дверь камеры не прижата", "Дверь камеры прижата"},
+        {"REGIME:LockDoorState", "Дверь камеры не закрыта", "Дверь камеры закрыта"},
+        {"REGIME:LockPump", "", ""}};
+    for (const auto& [key, locked, free] : locks) {
+        QCOMPARE(m_panel->lock(key)->text(true), QString::fromUtf8(locked));
+        QCOMPARE(m_panel->lock(key)->text(false), QString::fromUtf8(free));
+    }
 }
 
 // The motion controller moves the picture up and down, the chamber controller to and fro.

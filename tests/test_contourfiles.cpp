@@ -51,6 +51,7 @@ private slots:
     void savedText_data();
     void savedText();
     void whatIsLoaded();
+    void backwardClosureComesBackForward();
     void switchedOffRowComesBackOn();
     void directionOfARingComesBack();
     void circleComesBack();
@@ -155,6 +156,18 @@ void TestContourFiles::whatIsLoaded()
     load(QStringLiteral("odd"));
     QCOMPARE(m_contour->schema()->id(), QStringLiteral("XYZ"));
     QCOMPARE(m_window->points()->rowCount(), 3);
+}
+
+void TestContourFiles::backwardClosureComesBackForward()
+{
+    m_window->ready();
+    m_window->choose("pbNew", 0);
+    m_window->teach(0, 0, 0);
+    m_window->teach(100, 0, 0);
+    m_window->choose("pbRing", 1);
+    m_contour->save(QStringLiteral("back"), folder + QStringLiteral("back"), true);
+    load(QStringLiteral("back"));
+    QCOMPARE(m_window->find<QAbstractButton>("pbRing")->text(), QStringLiteral("Замкнут\nпрямым\nходом"));
 }
 
 void TestContourFiles::switchedOffRowComesBackOn()

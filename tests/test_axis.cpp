@@ -29,7 +29,6 @@ private slots:
     void limitSwitches();
     void checkableButtons();
     void speedIsKept();
-    void lampAndClass_data();
     void lampAndClass();
     void parking();
     void speedFromSelector();
@@ -253,11 +252,8 @@ void TestAxis::speedIsKept()
     QCOMPARE(m_axis->speed(), 0);
 }
 
-void TestAxis::lampAndClass_data()
+void TestAxis::lampAndClass()
 {
-    QTest::addColumn<int>("code");
-    QTest::addColumn<QString>("lamp");
-    QTest::addColumn<QString>("mark");
     const struct
     {
         int code;
@@ -271,29 +267,21 @@ void TestAxis::lampAndClass_data()
         {0xF2999, "red", "[A]"},    {0x7FFFFFFF, "red", "[A]"}, {-1, "gray", "[I]"},
         {0, "gray", "[I]"},
     };
-    for (const auto& row : rows)
-        QTest::addRow("%X", unsigned(row.code)) << row.code << row.lamp << row.mark;
-}
-
-void TestAxis::lampAndClass()
-{
-    QFETCH(int, code);
-    QFETCH(QString, lamp);
-    QFETCH(QString, mark);
     build(QStringLiteral("LX"));
-    const QImage atRest = QPixmap(QStringLiteral(":/images/indicator_gray.png")).toImage();
-    QVERIFY(!atRest.isNull());
-    QCOMPARE(m_lamp->pixmap(Qt::ReturnByValue).toImage(), atRest);
-
-    m_axis->onStateChanged(code == 0xA0101 ? 0xF2026 : 0xA0101);
-    lines();
-    m_axis->onStateChanged(code);
-    QCOMPARE(m_lamp->pixmap(Qt::ReturnByValue).toImage(),
-             QPixmap(QStringLiteral(":/images/indicator_%1.png").arg(lamp)).toImage());
-    const QStringList told = lines();
-    QCOMPARE(told.size(), 1);
-    QVERIFY2(told[0].startsWith(mark + QStringLiteral("Ось LX: ")), qPrintable(told[0]));
-    QCOMPARE(m_axis->state(), code);
+    const auto shows = [this](const char* lamp) {
+        return m_lamp->pixmap(Qt::ReturnByValue).toImage() ==
+               QPixmap(QStringLiteral(":/images/indicator_%1.png").arg(lamp)).toImage();
+    };
+    QVERIFY(shows("gray") && !shows("red"));
+    for (const auto& [code, lamp, mark] : rows) {
+        m_axis->onStateChanged(code == 0xA0101 ? 0xF2026 : 0xA0101);
+        lines();
+        m_axis->onStateChanged(code);
+        const QStringList told = lines();
+        QVERIFY2(shows(lamp) && told.size() == 1 && told[0].startsWith(mark + QStringLiteral("Ось LX: ")),
+                 qPrintable(QString::number(unsigned(code), 16)));
+        QCOMPARE(m_axis->state(), code);
+    }
 }
 
 void TestAxis::parking()

@@ -28,7 +28,6 @@ private slots:
     void deleting();
     void closing();
     void inversion();
-    void inversionKeepsEachFrameOnItsStretch_data();
     void inversionKeepsEachFrameOnItsStretch();
     void taughtCircle();
     void newDiameterMovesThePoints();
@@ -315,45 +314,34 @@ void TestContour::inversion()
     QCOMPARE(total(), before);
 }
 
-void TestContour::inversionKeepsEachFrameOnItsStretch_data()
-{
-    QTest::addColumn<bool>("closed");
-    QTest::addColumn<QString>("points");
-    QTest::addColumn<QString>("radii"); // the frame of each row by its radius, 0 for the end
-    QTest::newRow("open") << false << "dcba"
-                          << "3210";
-    QTest::newRow("closed") << true << "adcb"
-                            << "4321";
-}
-
 void TestContour::inversionKeepsEachFrameOnItsStretch()
 {
     // Frame 1 runs from a to b, 2 from b to c, 3 from c to d, 4 (when closed) from d to a.
-    QFETCH(bool, closed);
-    const SchemaXYZ schema;
-    WeldContour contour;
-    contour.schema = &schema;
-    contour.closed = closed;
-    for (int i = 0; i < 4; ++i) {
-        ContourRow row{{float(i), 0, 0}, {}};
-        row.frame.type = i < 3 || closed ? Frame::Arc : Frame::End;
-        row.frame.radius = i < 3 || closed ? float(i + 1) : 0;
-        contour.rows.append(row);
-    }
-    const QVector<ContourRow> before = contour.rows;
-    invertContour(contour);
-    QString points;
-    QString radii;
-    for (const ContourRow& row : qAsConst(contour.rows)) {
-        points += QChar('a' + int(row.coords[0]));
-        radii += QString::number(double(row.frame.radius));
-    }
-    QTEST(points, "points");
-    QTEST(radii, "radii");
-    invertContour(contour);
-    for (int i = 0; i < 4; ++i) {
-        QCOMPARE(contour.rows[i].coords, before[i].coords);
-        QCOMPARE(contour.rows[i].frame.radius, before[i].frame.radius);
+    for (const bool closed : {false, true}) {
+        const SchemaXYZ schema;
+        WeldContour contour;
+        contour.schema = &schema;
+        contour.closed = closed;
+        for (int i = 0; i < 4; ++i) {
+            ContourRow row{{float(i), 0, 0}, {}};
+            row.frame.type = i < 3 || closed ? Frame::Arc : Frame::End;
+            row.frame.radius = i < 3 || closed ? float(i + 1) : 0;
+            contour.rows.append(row);
+        }
+        const QVector<ContourRow> before = contour.rows;
+        invertContour(contour);
+        QString points;
+        QString radii;
+        for (const ContourRow& row : qAsConst(contour.rows)) {
+            points += QChar('a' + int(row.coords[0]));
+            radii += QString::number(double(row.frame.radius));
+        }
+        QCOMPARE(points + ' ' + radii, QString(closed ? "adcb 4321" : "dcba 3210"));
+        invertContour(contour);
+        for (int i = 0; i < 4; ++i) {
+            QCOMPARE(contour.rows[i].coords, before[i].coords);
+            QCOMPARE(contour.rows[i].frame.radius, before[i].frame.radius);
+        }
     }
 }
 

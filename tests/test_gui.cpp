@@ -76,7 +76,6 @@ class TestGui : public GuiFixture
 private slots:
     void init() { begin(); }
     void cleanup() { end(); }
-    void journalLine_data();
     void journalLine();
     void journalFile();
     void journalWithoutFolder();
@@ -96,11 +95,8 @@ private slots:
     void textsFit();
 };
 
-void TestGui::journalLine_data()
+void TestGui::journalLine()
 {
-    QTest::addColumn<QString>("line");
-    QTest::addColumn<QString>("shown");
-    QTest::addColumn<QColor>("colour"); // none for a line without an icon
     const struct
     {
         const char* line;
@@ -117,26 +113,21 @@ void TestGui::journalLine_data()
         {"ab", "ab", QColor()},
         {"", "", QColor()},
     };
-    for (const auto& row : rows)
-        QTest::addRow("%s", row.line)
-            << QString::fromUtf8(row.line) << QString::fromUtf8(row.shown) << row.colour;
-}
-
-void TestGui::journalLine()
-{
-    QFETCH(QString, line);
-    m_gui->prgMessage(line, true);
-    auto* log = w<QListWidget>(QStringLiteral("lwLog"));
-    const QListWidgetItem* item = log->item(log->count() - 1);
-    QCOMPARE(log->currentItem(), item);
-    QVERIFY(
-        QRegularExpression(QStringLiteral("^\\[\\d\\d:\\d\\d:\\d\\d\\] ")).match(item->text()).hasMatch());
-    QTEST(item->text().mid(11), "shown");
-    QFETCH(QColor, colour);
-    QCOMPARE(!item->icon().isNull(), colour.isValid());
-    if (colour.isValid())
-        QCOMPARE(item->foreground().color(), colour);
-    QVERIFY(journal().endsWith(line + "\n\n"));
+    for (const auto& row : rows) {
+        const QString line = QString::fromUtf8(row.line);
+        m_gui->prgMessage(line, true);
+        auto* log = w<QListWidget>(QStringLiteral("lwLog"));
+        const QListWidgetItem* item = log->item(log->count() - 1);
+        QCOMPARE(log->currentItem(), item);
+        QVERIFY(QRegularExpression(QStringLiteral("^\\[\\d\\d:\\d\\d:\\d\\d\\] "))
+                    .match(item->text())
+                    .hasMatch());
+        QCOMPARE(item->text().mid(11), QString::fromUtf8(row.shown));
+        QCOMPARE(!item->icon().isNull(), row.colour.isValid());
+        if (row.colour.isValid())
+            QCOMPARE(item->foreground().color(), row.colour);
+        QVERIFY(journal().endsWith(line + "\n\n"));
+    }
 }
 
 void TestGui::journalFile()

@@ -22,7 +22,6 @@ private slots:
     void stopEndsEndlessRotation();
     void transformedModeSwitchesTheScreen();
     void secondAxes();
-    void virtualJog_data();
     void virtualJog();
     void virtualFixedMove();
     void virtualSpeed();
@@ -157,38 +156,24 @@ void TestGuiCommands::secondAxes()
     QVERIFY2(w("pbInfoLX")->visibleRegion() == QRegion(w("pbInfoLX")->rect()), "the way back must stay free");
 }
 
-void TestGuiCommands::virtualJog_data()
-{
-    QTest::addColumn<QString>("axis");
-    QTest::addColumn<QString>("button");
-    QTest::addColumn<QString>("move");
-    QTest::addColumn<QString>("direction");
-    for (const char* axis : {"X", "Z", "PHI"}) {
-        const QString name = QString::fromLatin1(axis);
-        const QString back = name == QLatin1String("PHI") ? "12.3" : "12.34";
-        QTest::addRow("%s forward", axis) << name << "pbMinus" + name << "MOVE(" + name + ",12.34)"
-                                          << "положительном";
-        QTest::addRow("%s back", axis) << name << "pbPlus" + name << "MOVE(" + name + ",-" + back + ")"
-                                       << "отрицательном";
-    }
-}
-
 void TestGuiCommands::virtualJog()
 {
-    QFETCH(QString, axis);
-    QFETCH(QString, button);
-    QFETCH(QString, move);
-    QFETCH(QString, direction);
     setVirtualMode();
-    w<PoLabel>("speed" + axis)->setValue(12.34F, 0);
-    QTest::mousePress(w(button), Qt::LeftButton);
-    SENT(move);
-    QCOMPARE(list().last(),
-             QStringLiteral("Выполнение ручного перемещение по виртуальной оси %1 в %2 направлении...")
-                 .arg(axis, direction));
-    QTest::mouseRelease(w(button), Qt::LeftButton);
-    SENT(QStringLiteral("MOVE(%1,0)").arg(axis));
-    QCOMPARE(list().last(), "Завершено ручное перемещение по виртуальной оси " + axis);
+    for (const QString& axis : {QStringLiteral("X"), QStringLiteral("Z"), QStringLiteral("PHI")}) {
+        w<PoLabel>("speed" + axis)->setValue(12.34F, 0);
+        for (const bool forward : {true, false}) {
+            QWidget* button = w((forward ? "pbMinus" : "pbPlus") + axis);
+            QTest::mousePress(button, Qt::LeftButton);
+            SENT("MOVE(" + axis + (forward ? ",12.34)" : axis == "PHI" ? ",-12.3)" : ",-12.34)"));
+            QCOMPARE(
+                list().last(),
+                QStringLiteral("Выполнение ручного перемещение по виртуальной оси %1 в %2 направлении...")
+                    .arg(axis, forward ? "положительном" : "отрицательном"));
+            QTest::mouseRelease(button, Qt::LeftButton);
+            SENT(QStringLiteral("MOVE(%1,0)").arg(axis));
+            QCOMPARE(list().last(), "Завершено ручное перемещение по виртуальной оси " + axis);
+        }
+    }
 }
 
 void TestGuiCommands::virtualFixedMove()

@@ -15,11 +15,9 @@ private slots:
     void channelStates();
     void events();
     void errors();
-    void doorAndTransportModule_data();
     void doorAndTransportModule();
     void breakers();
     void commonBreakerIsTakenOffByAnother();
-    void cabinet_data();
     void cabinet();
     void alarmWord();
     void alarmsAreRaisedTwice();
@@ -148,32 +146,21 @@ void TestGuiMessages::errors()
     QCOMPARE(takeCommands(), QStringList());
 }
 
-void TestGuiMessages::doorAndTransportModule_data()
-{
-    QTest::addColumn<uint>("value");
-    QTest::addColumn<QStringList>("door");
-    QTest::addColumn<QStringList>("module");
-    QTest::newRow("0") << 0U << QStringList{"Дверь закрыта"} << QStringList{"Транспортный модуль в камере"};
-    QTest::newRow("1") << 1U << QStringList{"Дверь открыта"}
-                       << QStringList{"Транспортный модуль на загрузочной платформе"};
-    QTest::newRow("2") << 2U << QStringList{"Дверь в зоне торможения закрытия"}
-                       << QStringList{"Транспортный модуль в зоне торможения камеры"};
-    QTest::newRow("3") << 3U << QStringList{"Дверь в зоне торможения открытия"}
-                       << QStringList{"Транспортный модуль в зоне торможения загрузочной платформы"};
-    QTest::newRow("4") << 4U << QStringList() << QStringList();
-    QTest::newRow("top") << 0xFFFFFFFFU << QStringList() << QStringList();
-}
-
 void TestGuiMessages::doorAndTransportModule()
 {
-    QFETCH(uint, value);
-    const double other = value ? 0 : 1;
-    tell({{"DoorState", other}, {"TrModuleState", other}});
-    since();
-    tell({{"DoorState", double(value)}});
-    QTEST(since(), "door");
-    tell({{"TrModuleState", double(value)}});
-    QTEST(since(), "module");
+    const std::pair<const char*, const char*> lines[] = {
+        {"Дверь закрыта", "Транспортный модуль в камере"},
+        {"Дверь открыта", "Транспортный модуль на загрузочной платформе"},
+        {"Дверь в зоне торможения закрытия", "Транспортный модуль в зоне торможения камеры"},
+        {"Дверь в зоне торможения открытия", "Транспортный модуль в зоне торможения загрузочной платформы"},
+    };
+    for (const uint value : {1U, 0U, 2U, 3U, 4U, 0xFFFFFFFFU}) {
+        since();
+        tell({{"DoorState", double(value)}});
+        QCOMPARE(since(), value > 3 ? QStringList() : QStringList(QString::fromUtf8(lines[value].first)));
+        tell({{"TrModuleState", double(value)}});
+        QCOMPARE(since(), value > 3 ? QStringList() : QStringList(QString::fromUtf8(lines[value].second)));
+    }
 }
 
 void TestGuiMessages::breakers()
@@ -219,35 +206,29 @@ void TestGuiMessages::commonBreakerIsTakenOffByAnother()
     QCOMPARE(shown(), QList<int>());
 }
 
-void TestGuiMessages::cabinet_data()
-{
-    QTest::addColumn<QByteArray>("word");
-    QTest::addColumn<int>("trouble"); // its value while something is wrong
-    QTest::addColumn<QString>("line");
-    QTest::addColumn<int>("number");
-    QTest::addColumn<bool>("buzzer");
-    QTest::newRow("QF28") << QByteArray("DrivesPower") << 0
-                          << "[A]Сработал автомат питания приводов 24В в ШУК (QF28)!" << 8 << true;
-    QTest::newRow("phases") << QByteArray("PhaseAlarm") << 1 << "[A]Ошибка фаз 380 Вольт в ШУК!" << 7 << true;
-    QTest::newRow("spirals") << QByteArray("SpiralPower") << 0
-                             << "[W]Сработал автомат питания спиралей в ШУК (QF23 или QF24)!" << 20 << false;
-}
-
 void TestGuiMessages::cabinet()
 {
-    QFETCH(QByteArray, word);
-    QFETCH(int, trouble);
-    QFETCH(QString, line);
-    QFETCH(int, number);
-    QFETCH(bool, buzzer);
-    for (int time = 0; time < 2; ++time) {
+    const struct
+    {
+        const char* word;
+        int trouble; // its value while something is wrong
+        QString line;
+        int number;
+        bool buzzer;
+    } rows[] = {
+        {"DrivesPower", 0, "[A]Сработал автомат питания приводов 24В в ШУК (QF28)!", 8, true},
+        {"PhaseAlarm", 1, "[A]Ошибка фаз 380 Вольт в ШУК!", 7, true},
+        {"SpiralPower", 0, "[W]Сработал автомат питания спиралей в ШУК (QF23 или QF24)!", 20, false},
+    };
+    for (int i = 0; i < 6; ++i) { // each of them twice
+        const auto& [word, trouble, line, number, buzzer] = rows[i / 2];
         since();
-        tell({{word.constData(), double(trouble)}});
+        tell({{word, double(trouble)}});
         QCOMPARE(since(), QStringList{line.mid(3)});
         QVERIFY(journal().contains(line + '\n'));
         QCOMPARE(shown(), QList<int>{number});
         QCOMPARE(takeCommands(), buzzer ? QStringList{"ZOOMMER"} : QStringList());
-        tell({{word.constData(), double(1 - trouble)}});
+        tell({{word, double(1 - trouble)}});
         QCOMPARE(since(), QStringList());
         QCOMPARE(shown(), QList<int>());
         QCOMPARE(takeCommands(), QStringList());

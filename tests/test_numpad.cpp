@@ -48,7 +48,6 @@ class TestNumpad : public QObject
 private slots:
     void typing_data();
     void typing();
-    void startValue_data();
     void startValue();
     void keyboard();
     void accessCode();
@@ -100,23 +99,13 @@ void TestNumpad::typing()
     QCOMPARE(pad.result(), int(QDialog::Accepted));
 }
 
-void TestNumpad::startValue_data()
-{
-    QTest::addColumn<float>("value");
-    QTest::addColumn<QString>("text");
-    QTest::newRow("zero") << 0.0F << "";
-    QTest::newRow("negative") << -3.5F << "";
-    QTest::newRow("plain") << 12.5F << "12.5";
-    QTest::newRow("six digits") << 1234.5678F << "1234.57";
-    QTest::newRow("large") << 2000000.0F << "2e+06";
-    QTest::newRow("single precision") << 0.1F << "0.1";
-}
-
 void TestNumpad::startValue()
 {
-    QFETCH(float, value);
-    QFETCH(QString, text);
-    QCOMPARE(Pad(value).getValue(), text);
+    const std::pair<float, const char*> rows[] = {
+        {0.0F, ""},   {-3.5F, ""}, {12.5F, "12.5"}, {1234.5678F, "1234.57"}, {2000000.0F, "2e+06"},
+        {0.1F, "0.1"}};
+    for (const auto& [value, text] : rows)
+        QCOMPARE(Pad(value).getValue(), QString(text));
 }
 
 void TestNumpad::keyboard()

@@ -19,7 +19,6 @@ private slots:
     void typedNumber_data();
     void typedNumber();
     void typeFromTheMenu();
-    void choices_data();
     void choices();
     void settingsComeBack();
     void noisySettingsAreBounded();
@@ -116,21 +115,15 @@ void TestTRSelect::typeFromTheMenu()
     QCOMPARE(m_dialog->type(), 9);
 }
 
-void TestTRSelect::choices_data()
-{
-    QTest::addColumn<QString>("name");
-    QTest::addColumn<int>("choice");
-    QTest::newRow("on") << "pbOn" << 1;
-    QTest::newRow("off") << "pbOff" << 2;
-    QTest::newRow("leave") << "pbClear" << 0;
-}
-
 void TestTRSelect::choices()
 {
-    QFETCH(QString, name);
-    button(name)->click();
-    QCOMPARE(m_dialog->result(), int(QDialog::Accepted));
-    QTEST(int(m_dialog->choice()), "choice");
+    const std::pair<const char*, int> choices[] = {{"pbOn", 1}, {"pbOff", 2}, {"pbClear", 0}};
+    for (const auto& [name, choice] : choices) {
+        TRSelect dialog(m_parent.get());
+        dialog.findChild<QAbstractButton*>(name)->click();
+        QCOMPARE(dialog.result(), int(QDialog::Accepted));
+        QCOMPARE(int(dialog.choice()), choice);
+    }
 }
 
 void TestTRSelect::settingsComeBack()

@@ -228,53 +228,14 @@ private slots:
 
     // The centre and the way round are found here from what the controller does: the shorter arc from a to
     // b, counter-clockwise for direction 1.
-    void pointsOnArcs_data()
+    void pointsOnArcs()
     {
-        QTest::addColumn<int>("plane");
-        QTest::addColumn<int>("direction");
-        QTest::addColumn<int>("turned"); // the whole figure turned, deg
         for (int plane = 0; plane < 3; ++plane) {
             for (int direction = 0; direction < 2; ++direction) {
                 for (int turned = 0; turned < 360; turned += 30)
-                    QTest::addRow("plane %d direction %d turned %d", plane, direction, turned)
-                        << plane << direction << turned;
+                    pointsOnArc(plane, direction, turned);
             }
         }
-    }
-
-    void pointsOnArcs()
-    {
-        QFETCH(int, plane);
-        QFETCH(int, direction);
-        QFETCH(int, turned);
-        const PlaneColumns columns = planeColumns(plane);
-        const double sense = direction == 1 ? 1 : -1;
-        // Circle of 50 mm about (10, 20), from `turned` over 120 degrees; the third axis rises from 0 to 12.
-        const auto at = [&](double part) {
-            const double a = qDegreesToRadians(turned + sense * 120 * part);
-            QList<float> c{0, 0, 0};
-            c[columns.first] = float(10 + 50 * std::cos(a));
-            c[columns.second] = float(20 + 50 * std::sin(a));
-            c[columns.third] = float(12 * part);
-            return c;
-        };
-        Weld weld(new SchemaXYZ);
-        weld.point({-999, 5, 5}).point(at(0), arc(50.9f, direction, plane)).point(at(1)).measure();
-        weld.tables.contour.rows[0].coords = at(0); // a first frame without length
-        weld.measure();
-        const WeldPath path(weld.tables.contour);
-        weld.tables.contour.rows[1].frame.radius = 50.0f;
-        const WeldPath whole(weld.tables.contour);
-        for (double part : {0.1, 0.25, 0.5, 0.9})
-            QVERIFY(near(whole.interCoords(2, whole.frame(2) * part, {}), at(part), 2e-3));
-
-        // A radius with a fraction is cut with its whole part: the same arc, measured back from its end.
-        weld.tables.contour.rows[1].frame.radius = 50.9f;
-        const double s1 = path.frame(2);
-        const double back = qDegreesToRadians(30.0) * 50;
-        QList<float> expected = at(0.75);
-        expected[columns.third] = float(12 * (s1 - back) / s1);
-        QVERIFY(near(path.interCoords(2, s1 - back, {}), expected, 2e-3));
     }
 
     void pointsOnRings_data()
@@ -319,26 +280,79 @@ private slots:
         }
     }
 
-    void pointsOnCircles_data()
+    // Four points from 300 degrees on, over 0; the circle is tilted by 8 mm across the plane.
+    void pointsOnCircles()
     {
-        QTest::addColumn<int>("plane");
-        QTest::addColumn<int>("sense");
-        QTest::addColumn<bool>("closed");
         for (int plane = 0; plane < 3; ++plane) {
             for (int sense : {1, -1}) {
                 for (bool closed : {false, true})
-                    QTest::addRow("plane %d sense %d closed %d", plane, sense, closed)
-                        << plane << sense << closed;
+                    pointsOnCircle(plane, sense, closed);
             }
         }
     }
 
-    // Four points from 300 degrees on, over 0; the circle is tilted by 8 mm across the plane.
-    void pointsOnCircles()
+    void senseOfTheTurn()
     {
-        QFETCH(int, plane);
-        QFETCH(int, sense);
-        QFETCH(bool, closed);
+        const std::pair<QList<double>, bool> turns[] = {{{10, 100, 200}, true},  {{200, 300, 20}, true},
+                                                        {{300, 20, 100}, true},  {{200, 100, 10}, false},
+                                                        {{100, 10, 280}, false}, {{20, 300, 200}, false}};
+        for (const auto& [angles, increasing] : turns) {
+            Weld weld(new SchemaXYZr(100, 0, 0));
+            for (double deg : angles) {
+                const double a = qDegreesToRadians(deg);
+                weld.point({float(50 * std::cos(a)), float(50 * std::sin(a)), 0});
+            }
+            QVERIFY2(circleStart(weld.tables.contour).increasing == increasing,
+                     qPrintable(QString::number(angles[0])));
+        }
+    }
+
+    void wholePassesInALongPause()
+    {
+        QCOMPARE(passesLeftOut(90, 100), 0);
+        QCOMPARE(passesLeftOut(100, 100), 0);
+        QCOMPARE(passesLeftOut(100.005, 100), 1); // a pass as the table's two decimals may write it
+        QCOMPARE(passesLeftOut(200, 100), 1);     // exactly two passes: the second is still run
+        QCOMPARE(passesLeftOut(350, 100), 3);
+        QCOMPARE(passesLeftOut(350, 0), 0);
+        QCOMPARE(passesLeftOut(-350, 100), 0);
+    }
+
+private:
+    void pointsOnArc(int plane, int direction, int turned)
+    {
+        const PlaneColumns columns = planeColumns(plane);
+        const double sense = direction == 1 ? 1 : -1;
+        // Circle of 50 mm about (10, 20), from `turned` over 120 degrees; the third axis rises from 0 to 12.
+        const auto at = [&](double part) {
+            const double a = qDegreesToRadians(turned + sense * 120 * part);
+            QList<float> c{0, 0, 0};
+            c[columns.first] = float(10 + 50 * std::cos(a));
+            c[columns.second] = float(20 + 50 * std::sin(a));
+            c[columns.third] = float(12 * part);
+            return c;
+        };
+        Weld weld(new SchemaXYZ);
+        weld.point({-999, 5, 5}).point(at(0), arc(50.9f, direction, plane)).point(at(1)).measure();
+        weld.tables.contour.rows[0].coords = at(0); // a first frame without length
+        weld.measure();
+        const WeldPath path(weld.tables.contour);
+        weld.tables.contour.rows[1].frame.radius = 50.0f;
+        const WeldPath whole(weld.tables.contour);
+        for (double part : {0.1, 0.25, 0.5, 0.9})
+            QVERIFY(near(whole.interCoords(2, whole.frame(2) * part, {}), at(part), 2e-3));
+
+        // A radius with a fraction is cut with its whole part: the same arc, measured back from its end.
+        weld.tables.contour.rows[1].frame.radius = 50.9f;
+        const double s1 = path.frame(2);
+        const double back = qDegreesToRadians(30.0) * 50;
+        QList<float> expected = at(0.75);
+        expected[columns.third] = float(12 * (s1 - back) / s1);
+        QVERIFY(near(path.interCoords(2, s1 - back, {}), expected, 2e-3));
+    }
+
+    void pointsOnCircle(int plane, int sense, bool closed)
+    {
         const PlaneColumns columns = planeColumns(plane);
         const auto at = [&](double turned) {
             const double a = qDegreesToRadians(300 + sense * turned);
@@ -368,42 +382,6 @@ private slots:
             if (closed)
                 QVERIFY(near(path.interCoords(1, (turned + 720) * perDegree, start), at(turned)));
         }
-    }
-
-    void senseOfTheTurn_data()
-    {
-        QTest::addColumn<QList<double>>("angles");
-        QTest::addColumn<bool>("increasing");
-        using A = QList<double>;
-        QTest::newRow("up") << A{10, 100, 200} << true;
-        QTest::newRow("up over 0, late") << A{200, 300, 20} << true;
-        QTest::newRow("up over 0, early") << A{300, 20, 100} << true;
-        QTest::newRow("down") << A{200, 100, 10} << false;
-        QTest::newRow("down over 0, late") << A{100, 10, 280} << false;
-        QTest::newRow("down over 0, early") << A{20, 300, 200} << false;
-    }
-
-    void senseOfTheTurn()
-    {
-        QFETCH(QList<double>, angles);
-        QFETCH(bool, increasing);
-        Weld weld(new SchemaXYZr(100, 0, 0));
-        for (double deg : angles) {
-            const double a = qDegreesToRadians(deg);
-            weld.point({float(50 * std::cos(a)), float(50 * std::sin(a)), 0});
-        }
-        QCOMPARE(circleStart(weld.tables.contour).increasing, increasing);
-    }
-
-    void wholePassesInALongPause()
-    {
-        QCOMPARE(passesLeftOut(90, 100), 0);
-        QCOMPARE(passesLeftOut(100, 100), 0);
-        QCOMPARE(passesLeftOut(100.005, 100), 1); // a pass as the table's two decimals may write it
-        QCOMPARE(passesLeftOut(200, 100), 1);     // exactly two passes: the second is still run
-        QCOMPARE(passesLeftOut(350, 100), 3);
-        QCOMPARE(passesLeftOut(350, 0), 0);
-        QCOMPARE(passesLeftOut(-350, 100), 0);
     }
 };
 

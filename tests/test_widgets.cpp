@@ -19,14 +19,12 @@ private slots:
     void initTestCase();
     void lampShowsTheImageOfItsState();
     void aStateWithoutImageEndsTheProgram();
-    void numbers_data();
     void numbers();
     void coefficientSwitchesTheUnit();
     void aLostSensorTurnsPink();
     void labelAsAButtonStepsAside();
 
     void frameAroundADialog();
-    void framePlace_data();
     void framePlace();
     void closingTheFrameIsRejection();
     void frameFollowsTheDialog();
@@ -87,30 +85,21 @@ void TestWidgets::aStateWithoutImageEndsTheProgram()
     QVERIFY(deathOf([&] { lamp.changedState(0); }).isEmpty());
 }
 
-void TestWidgets::numbers_data()
-{
-    QTest::addColumn<float>("value");
-    QTest::addColumn<int>("decimals");
-    QTest::addColumn<QString>("text");
-    QTest::newRow("two decimals") << -12.345F << 2 << "-12.35";
-    QTest::newRow("exponent above two") << 0.00012F << 3 << "1.2E-04";
-    QTest::newRow("exponent of a large one") << 101325.0F << 3 << "1.0E+05";
-}
-
 void TestWidgets::numbers()
 {
-    QFETCH(float, value);
-    QFETCH(int, decimals);
-    QFETCH(QString, text);
-    PoLabel label;
-    label.setValue(value, decimals);
-    QCOMPARE(label.text(), text);
-    QCOMPARE(label.value(), value);
+    const std::tuple<float, int, const char*> rows[] = {
+        {-12.345F, 2, "-12.35"}, {0.00012F, 3, "1.2E-04"}, {101325.0F, 3, "1.0E+05"}};
+    for (const auto& [value, decimals, text] : rows) {
+        PoLabel label;
+        label.setValue(value, decimals);
+        QCOMPARE(label.text(), QString(text));
+        QCOMPARE(label.value(), value);
 
-    PoLabel live;
-    live.setDepth(decimals);
-    live.changedValue(value);
-    QCOMPARE(live.text(), text);
+        PoLabel live;
+        live.setDepth(decimals);
+        live.changedValue(value);
+        QCOMPARE(live.text(), QString(text));
+    }
 }
 
 void TestWidgets::coefficientSwitchesTheUnit()
@@ -207,31 +196,22 @@ void TestWidgets::frameAroundADialog()
     QCOMPARE(close->mapTo(frame, QPoint(56, 0)), QPoint(408, 2));
 }
 
-void TestWidgets::framePlace_data()
-{
-    QTest::addColumn<QPoint>("wanted");
-    QTest::addColumn<QPoint>("place");
-    // The frame is 100 wide and 100 high.
-    QTest::newRow("inside") << QPoint(300, 400) << QPoint(300, 400);
-    QTest::newRow("past the right edge") << QPoint(1900, 400) << QPoint(1819, 400);
-    QTest::newRow("flush right") << QPoint(1820, 400) << QPoint(1820, 400);
-    QTest::newRow("above") << QPoint(300, -5) << QPoint(300, 0);
-    QTest::newRow("past the foot") << QPoint(300, 1101) << QPoint(300, 1099);
-    QTest::newRow("flush with the foot") << QPoint(300, 1100) << QPoint(300, 1100);
-    QTest::newRow("left edge as wanted") << QPoint(-20, 10) << QPoint(-20, 10);
-}
-
 void TestWidgets::framePlace()
 {
-    QFETCH(QPoint, wanted);
-    QFETCH(QPoint, place);
-    auto dialog = std::make_unique<QDialog>();
-    dialog->setFixedSize(96, 40);
-    auto* frame = new MyFrame(QString(), wanted.x(), wanted.y(), 0, dialog.get(), nullptr, false, false);
-    QCOMPARE(frame->size(), QSize(100, 100));
-    QCOMPARE(frame->pos(), place);
-    QVERIFY(!frame->isVisible());
-    QCOMPARE(frame->windowModality(), Qt::NonModal);
+    // Wanted and taken by a frame of 100 by 100.
+    const std::pair<QPoint, QPoint> places[] = {{{300, 400}, {300, 400}},   {{1900, 400}, {1819, 400}},
+                                                {{1820, 400}, {1820, 400}}, {{300, -5}, {300, 0}},
+                                                {{300, 1101}, {300, 1099}}, {{300, 1100}, {300, 1100}},
+                                                {{-20, 10}, {-20, 10}}};
+    for (const auto& [wanted, place] : places) {
+        auto dialog = std::make_unique<QDialog>();
+        dialog->setFixedSize(96, 40);
+        auto* frame = new MyFrame(QString(), wanted.x(), wanted.y(), 0, dialog.get(), nullptr, false, false);
+        QCOMPARE(frame->size(), QSize(100, 100));
+        QCOMPARE(frame->pos(), place);
+        QVERIFY(!frame->isVisible());
+        QCOMPARE(frame->windowModality(), Qt::NonModal);
+    }
 }
 
 void TestWidgets::closingTheFrameIsRejection()

@@ -81,7 +81,7 @@ void TestGuiMessages::channelStates()
         const QByteArray word = "ChannelState" + QByteArray::number(channel);
         const QString label = QStringLiteral("channel%1State").arg(channel);
         for (uint i = 1; i <= std::size(states); ++i) {
-            const uint state = i % std::size(states); // 0 last: it stands in the first datagram
+            const auto state = uint(i % std::size(states)); // 0 last: it stands in the first datagram
             since();
             tell({{word.constData(), state}});
             QCOMPARE(w<QLabel>(label)->text(), QString::fromUtf8(states[state].text));

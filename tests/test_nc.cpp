@@ -30,7 +30,6 @@ private slots:
     void stopsAtTheLineAtFault_data();
     void stopsAtTheLineAtFault();
     void readsEveryWayOfWriting();
-    void takesItsTime_data();
     void takesItsTime();
     void followsArcs();
     void keepsExactTimeWhateverTheStep();
@@ -172,52 +171,48 @@ void TestNc::readsEveryWayOfWriting()
     }
 }
 
-void TestNc::takesItsTime_data()
-{
-    QTest::addColumn<int>("channel");
-    QTest::addColumn<QStringList>("lines");
-    QTest::addColumn<double>("seconds");
-    QTest::addColumn<QString>("axis");
-    QTest::addColumn<double>("ends");
-
-    const auto row = [](const char* name, int channel, const QStringList& lines, double seconds,
-                        const char* axis, double ends) {
-        QTest::newRow(name) << channel << lines << seconds << QString(axis) << ends;
-    };
-    row("mm/min over the vector", 1, {"N2 G90 G01 x=3 y=4 z=12 F130"}, 6, "Z", 12);
-    row("one axis", 1, {"N2 G01 LX=-20 F600"}, 2, "LX", -20);
-    row("deg/min", 1, {"N2 G01 D=90 F360"}, 15, "D", 90);
-    row("mA/min over both beam axes", 3, {"N2 GAX(IR)", "N3 GAX(IW)", "N4 G90 G01 IR=30.0 IW=40 F1000.000"},
-        3, "IR", 30);
-    row("part, deg/min", 2, {"N2 ARF()", "N3 G90 G01 V=90 F360"}, 15, "V", 90);
-    // 90 deg of a circle of which 2 mm are one degree of F.
-    row("part, circumference", 2, {"N2 ARF(V=2.00)", "N3 G90 G01 V=90 F360"}, 30, "V", 90);
-    row("ratio cleared", 2, {"N2 ARF(V=2.00)", "N3 ARF()", "N4 G01 V=90 F360"}, 15, "V", 90);
-    row("relative twice", 1, {"N2 G91 G01 x=5 F300", "N3 G91 G01 x=5 F300"}, 2, "X", 10);
-    row("relative turns add up", 2, {"N2 G91 G01 V=730 F36500"}, 1.2, "V", 10);
-    row("dwell", 1, {"N2 G4 F1.234"}, 1.234, "X", 0);
-    row("rapid is at once", 3, {"N2 GAX(IR)", "N3 G0 IR=55.5"}, 0, "IR", 55.5);
-    row("helix: feed in the plane", 1, {"N2 G17", "N3 G3 x=10 y=10 R10 z=500 F314.159265"}, 3, "Z", 500);
-    row("arc that only climbs", 1, {"N2 G17", "N3 G3 x=0 y=0 R10 z=5 F300"}, 1, "Z", 5);
-    row("arc of no length", 1, {"N2 G17", "N3 G3 x=0 y=0 R10 z=0 F300"}, 0, "X", 0);
-    row("jump over", 1, {"N2 GOTO N4", "N3 G4 F100", "N4 G4 F1.0"}, 1, "X", 0);
-    row("text behind the end is not run", 1, {"N2 G4 F1.0", "N3 M30", "N4 G4 F100"}, 1, "X", 0);
-}
-
 void TestNc::takesItsTime()
 {
-    QFETCH(int, channel);
-    QFETCH(QStringList, lines);
-    QFETCH(double, seconds);
-    QFETCH(QString, axis);
-    QFETCH(double, ends);
-
-    NcBench bench(0.01);
-    QVERIFY2(bench.start(channel, program(channel, lines)), qPrintable(bench.nc.error(channel)));
-    QVERIFY(bench.untilDone());
-    QCOMPARE(bench.nc.error(channel), QString());
-    QVERIFY2(near(bench.host.time, seconds, 0.0101), qPrintable(QString::number(bench.host.time)));
-    QVERIFY2(near(bench.host.at(axis), ends, 1e-9), qPrintable(QString::number(bench.host.at(axis))));
+    const struct
+    {
+        const char* name;
+        int channel;
+        QStringList lines;
+        double seconds;
+        const char* axis;
+        double ends;
+    } rows[] = {
+        {"mm/min over the vector", 1, {"N2 G90 G01 x=3 y=4 z=12 F130"}, 6, "Z", 12},
+        {"one axis", 1, {"N2 G01 LX=-20 F600"}, 2, "LX", -20},
+        {"deg/min", 1, {"N2 G01 D=90 F360"}, 15, "D", 90},
+        {"mA/min over both beam axes",
+         3,
+         {"N2 GAX(IR)", "N3 GAX(IW)", "N4 G90 G01 IR=30.0 IW=40 F1000.000"},
+         3,
+         "IR",
+         30},
+        {"part, deg/min", 2, {"N2 ARF()", "N3 G90 G01 V=90 F360"}, 15, "V", 90},
+        // 90 deg of a circle of which 2 mm are one degree of F.
+        {"part, circumference", 2, {"N2 ARF(V=2.00)", "N3 G90 G01 V=90 F360"}, 30, "V", 90},
+        {"ratio cleared", 2, {"N2 ARF(V=2.00)", "N3 ARF()", "N4 G01 V=90 F360"}, 15, "V", 90},
+        {"relative twice", 1, {"N2 G91 G01 x=5 F300", "N3 G91 G01 x=5 F300"}, 2, "X", 10},
+        {"relative turns add up", 2, {"N2 G91 G01 V=730 F36500"}, 1.2, "V", 10},
+        {"dwell", 1, {"N2 G4 F1.234"}, 1.234, "X", 0},
+        {"rapid is at once", 3, {"N2 GAX(IR)", "N3 G0 IR=55.5"}, 0, "IR", 55.5},
+        {"helix: feed in the plane", 1, {"N2 G17", "N3 G3 x=10 y=10 R10 z=500 F314.159265"}, 3, "Z", 500},
+        {"arc that only climbs", 1, {"N2 G17", "N3 G3 x=0 y=0 R10 z=5 F300"}, 1, "Z", 5},
+        {"arc of no length", 1, {"N2 G17", "N3 G3 x=0 y=0 R10 z=0 F300"}, 0, "X", 0},
+        {"jump over", 1, {"N2 GOTO N4", "N3 G4 F100", "N4 G4 F1.0"}, 1, "X", 0},
+        {"text behind the end is not run", 1, {"N2 G4 F1.0", "N3 M30", "N4 G4 F100"}, 1, "X", 0},
+    };
+    for (const auto& [name, channel, lines, seconds, axis, ends] : rows) {
+        NcBench bench(0.01);
+        QVERIFY2(bench.start(channel, program(channel, lines)), qPrintable(bench.nc.error(channel)));
+        QVERIFY(bench.untilDone());
+        QVERIFY2(bench.nc.error(channel).isEmpty(), name);
+        QVERIFY2(near(bench.host.time, seconds, 0.0101), name);
+        QVERIFY2(near(bench.host.at(axis), ends, 1e-9), name);
+    }
 }
 
 // In each plane (first, second and third axis), by the sweep in deg, above 0 counter-clockwise.

@@ -84,6 +84,8 @@ QPainterPath wordOn(const QRectF& face, const QString& word)
     QPainterPath path;
     path.addText(0, 0, font, word);
     const QRectF drawn = path.boundingRect();
+    if (drawn.isEmpty()) // a computer without fonts
+        return path;
     const QSizeF room(face.width() - 3, face.height() * 0.45);
     const QPointF middle = face.center();
     return QTransform()

@@ -5,6 +5,7 @@
 #include "systemoff.h"
 
 #include <QSignalSpy>
+#include <QTcpServer>
 #include <QTimer>
 #include <QtEndian>
 

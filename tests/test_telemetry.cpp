@@ -8,6 +8,7 @@
 #include "widgets.h"
 
 #include <QTableWidget>
+#include <QTcpServer>
 #include <QTcpSocket>
 #include <QtEndian>
 #include <QtTest>

@@ -36,7 +36,6 @@ public:
         , m_start(circleStart(tables.contour))
         , m_passes(passCount(tables.contour))
         , m_taken(m_tech.value(0))
-        , m_last(double(m_taken.path))
     {}
 
     MotionPrograms build()
@@ -67,7 +66,6 @@ private:
     void takeRows(Stretch& frame);
     void cut(Stretch& frame, const TechRow& row);
     void leaveOutPasses(const TechRow& row);
-    void take(const TechRow& row);
 
     void move(const Stretch& frame, const QList<float>& to);
     void moveArc(const QList<float>& to, const Frame& frame, const QString& feed);
@@ -93,7 +91,6 @@ private:
     int m_pass = 0;
     double m_dist = 0;   // path at the end of the frame being written
     TechRow m_taken;     // technology row in force
-    double m_last;       // its path, moved on over the passes left out
     int m_techRow = 1;   // next technology row to look at
     int m_leftOut = 0;   // the row that passes were left out for, each row once
     int m_event = 4;     // of the next stop
@@ -195,7 +192,7 @@ void ContourBuilder::takeRows(Stretch& frame)
             return;
         const double p = double(row.path);
         if (std::fabs(p - m_dist) < samePlace && !(closing && m_ring)) {
-            take(row); // its speed holds from the next frame
+            m_taken = row; // its speed holds from the next frame
             ++m_techRow;
             return;
         }
@@ -221,7 +218,7 @@ void ContourBuilder::cut(Stretch& frame, const TechRow& row)
         axisMoving(false);
         m_hold = false;
     }
-    take(row);
+    m_taken = row;
     frame.speed = double(row.speed);
 }
 
@@ -232,19 +229,12 @@ void ContourBuilder::leaveOutPasses(const TechRow& row)
     if (!m_round || row.Ir != 0.0f || m_taken.Ir != 0.0f || row.If != m_taken.If || m_leftOut == m_techRow)
         return;
     const double length = double(m_contour.length);
-    const int passes = passesLeftOut(double(row.path) - m_last, length);
+    const int passes = passesLeftOut(double(row.path) - double(m_taken.path), length);
     if (passes == 0)
         return;
     m_leftOut = m_techRow;
     m_pass += passes;
     m_dist += passes * length;
-    m_last += passes * length;
-}
-
-void ContourBuilder::take(const TechRow& row)
-{
-    m_taken = row;
-    m_last = double(row.path);
 }
 
 void ContourBuilder::move(const Stretch& stretch, const QList<float>& to)

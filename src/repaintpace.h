@@ -6,17 +6,17 @@
 
 class QWidget;
 
-// Repaints a window at most fifty times a second, however often its contents change: both vacuum controllers
-// and the motion controller bring new numbers every few milliseconds, and painting numbers that nobody can
-// read is most of what they would cost. The first change after a pause is painted at once, any other within a
-// period; QWidget::repaint() waits as well, repaintNow() does not. What a widget holds, and grab(), are not
-// held up. Owned by the window.
+// Repaints a window at most twenty-five times a second, however often its contents change: both vacuum
+// controllers and the motion controller bring new numbers every few milliseconds, and painting numbers that
+// nobody can read is most of what they would cost. The first change after a pause is painted at once, any
+// other within a period; QWidget::repaint() waits as well, repaintNow() does not. What a widget holds, and
+// grab(), are not held up. Owned by the window.
 class RepaintPace : public QObject
 {
     Q_OBJECT
 
 public:
-    static constexpr int periodMs = 20;
+    static constexpr int periodMs = 40;
 
     explicit RepaintPace(QWidget* window);
 

@@ -39,7 +39,7 @@ private slots:
     void disabledTextIsLegible();
     void aFaceShowsThroughItsShading();
 
-    void fiftyPicturesASecond();
+    void paintsAtAPace();
 
     void missingStyleSheet();
     void styleSheetIsReloadedByKey();
@@ -397,7 +397,7 @@ void TestWidgets::aFaceShowsThroughItsShading()
     QVERIFY(off.blue() - off.red() < (rest.blue() - rest.red()) / 2);
 }
 
-void TestWidgets::fiftyPicturesASecond()
+void TestWidgets::paintsAtAPace()
 {
     struct Window : QLabel
     {

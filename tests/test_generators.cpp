@@ -1,60 +1,14 @@
-#include "contourfixture.h"
-#include "contourparams.h"
 #include "deathtest.h"
 #include "generators.h"
-#include "nctesthost.h"
-#include "schema.h"
+#include "patternfixture.h"
 #include "weldpattern.h"
-#include "widgets.h"
 
 #include <QLineEdit>
-#include <QPlainTextEdit>
 #include <QSettings>
 
 #include <algorithm>
 
 namespace {
-
-using Answer = std::function<bool()>;
-
-// Touches a number of the dialog on top and types another.
-QList<Answer> typed(const char* label, const QString& number)
-{
-    return {[label] {
-                auto* shown = Answers::shown<PoLabel>(label);
-                if (shown)
-                    QTimer::singleShot(0, shown, [shown] { QTest::mouseClick(shown, Qt::LeftButton); });
-                return shown != nullptr;
-            },
-            Answers::number(number)};
-}
-
-Answer ticked(const char* box) // a box takes touches on its text only
-{
-    return [box] {
-        auto* shown = Answers::shown<QAbstractButton>(box);
-        if (shown)
-            shown->click();
-        return shown != nullptr;
-    };
-}
-
-// Looks at the dialog on top.
-Answer look(const char* widget, const std::function<void()>& at)
-{
-    return [widget, at] {
-        if (!Answers::shown<QWidget>(widget))
-            return false;
-        at();
-        return true;
-    };
-}
-
-QString number(const char* label)
-{
-    const auto* shown = Answers::shown<QLabel>(label);
-    return shown ? shown->text() : QStringLiteral("not shown");
-}
 
 // A pattern as the settings keep it.
 struct Kept
@@ -76,78 +30,15 @@ struct Kept
     }
 };
 
-// The programs of the three channels run on a simulated controller; tells where the beam was on.
-class Beam
-{
-public:
-    explicit Beam(const ContourWindow& window)
-    {
-        const auto program = [&](const char* edit) {
-            return window.find<QPlainTextEdit>(edit)->toPlainText();
-        };
-        const bool ring = window.contour->schema()->circle();
-        const QList<float> first = window.contour->coords(0); // where the operator places the machine
-        host().at("X") = double(first[ring ? 1 : 0]);
-        host().at("Y") = double(first[ring ? 2 : 1]);
-        m_bench.start(3, program("teGcode_3"));
-        m_bench.forSeconds(1);
-        if (ring)
-            m_bench.start(2, program("teGcode_2"));
-        m_bench.forSeconds(1);
-        m_bench.start(1, program("teGcode"));
-    }
-
-    NcTestHost& host() { return m_bench.host; }
-
-    // `place` of the machine on the seam, mm. Each time the beam was on: from where to where, and its peak.
-    struct Burn
-    {
-        double from, to, peak;
-    };
-    QVector<Burn> run(const std::function<double(NcTestHost&)>& place)
-    {
-        QVector<Burn> burns;
-        bool on = false;
-        m_ended = m_bench.untilDone(5000, {1, 2, 3}, [&] {
-            const double Ir = host().at("IR");
-            const double at = place(host());
-            if (Ir > 0.5) {
-                if (!on)
-                    burns.append({at, at, Ir});
-                burns.last().to = at;
-                burns.last().peak = std::max(burns.last().peak, Ir);
-            }
-            on = Ir > 0.5;
-        });
-        return burns;
-    }
-
-    QString trouble() const
-    {
-        QStringList all = m_bench.host.told("deadlock");
-        for (int channel = 1; channel <= 3; ++channel) {
-            if (!m_bench.nc.error(channel).isEmpty())
-                all << QString("channel %1: %2").arg(channel).arg(m_bench.nc.error(channel));
-        }
-        if (!m_ended)
-            all << "does not end";
-        return all.join('\n');
-    }
-
-private:
-    NcBench m_bench{0.02};
-    bool m_ended = false;
-};
-
 } // namespace
 
-class TestGenerators : public QObject
+class TestGenerators : public PatternFixture
 {
     Q_OBJECT
 
 private slots:
-    void init();
-    void cleanup();
+    void init() { begin(); }
+    void cleanup() { end(); }
 
     void orders();
     void typedOrders();
@@ -165,68 +56,9 @@ private slots:
     void run_data();
     void run();
 
-    void addsContourPoints();
-    void arcThroughThreePoints();
-
 private:
-    void answer(const char* button, QList<Answer> answers)
-    {
-        Answers all(std::move(answers));
-        m_window->press(button);
-        QVERIFY2(all.allGiven(), "a dialog did not come or was not answered");
-    }
-    void generate(int entry) { answer("pbTemplate", {Answers::entry(entry), Answers::button("pbCreate")}); }
-    void line(const QString& length);
-    void ring(const QString& D, int passes);
     void circle(int passes); // of the diameter 114.59, its centre at (-20, 10)
-    // Path, current and speed of the rows between the fixed ones; comments by their text.
-    QStringList rows() const;
-
-    std::unique_ptr<SiteFixture> m_site;
-    std::unique_ptr<ContourWindow> m_window;
 };
-
-void TestGenerators::init()
-{
-    m_site = std::make_unique<SiteFixture>();
-    m_window = std::make_unique<ContourWindow>();
-    m_window->open();
-    m_window->ready();
-    answer("weldSpeed", {Answers::number("600")});
-    answer("contourSpeed", {Answers::number("1200")});
-}
-
-void TestGenerators::cleanup()
-{
-    m_window.reset();
-    m_site.reset();
-}
-
-void TestGenerators::line(const QString& length)
-{
-    m_window->choose("pbNew", 0);
-    m_window->teach(0, 0, 0);
-    m_window->teach(length.toFloat(), 0, 0);
-}
-
-void TestGenerators::ring(const QString& D, int passes)
-{
-    m_window->newRing(D, "4");
-    m_window->press("pbRing");
-    answer("nrings", {Answers::number(QString::number(passes))});
-}
-
-QStringList TestGenerators::rows() const
-{
-    const QTableWidget* table = m_window->tech();
-    QStringList list;
-    for (int row = 1; row < table->rowCount() - 1; ++row) {
-        list << m_window->cell(table, row, 0);
-        if (table->columnSpan(row, 0) == 1)
-            list.last() += ' ' + m_window->cell(table, row, 1) + ' ' + m_window->cell(table, row, 5);
-    }
-    return list;
-}
 
 void TestGenerators::orders()
 {
@@ -567,95 +399,6 @@ void TestGenerators::run()
         QVERIFY2(qAbs(burns[i].to - start - t) < 1.2, where);
         QVERIFY(burns[i].peak > 39.9 && burns[i].peak < 40.1);
     }
-}
-
-void TestGenerators::addsContourPoints()
-{
-    line("100");
-    m_window->teach(100, 50, 0);
-    {
-        Answers closing({Answers::entry(0)});
-        m_window->press("pbRing");
-    }
-    answer("nrings", {Answers::number("3")});
-    QList<Answer> answers = typed("pointNumber", "9"); // only three are there
-    answers << typed("rotateNumber", "7")
-            << look("pbAdd",
-                    [] {
-                        QCOMPARE(number("pointNumber"), QString("3"));
-                        QCOMPARE(number("rotateNumber"), QString("3"));
-                    })
-            << Answers::button("pbAdd") << ticked("cbAllPoints") << ticked("rbAllRotate")
-            << look("pbAdd",
-                    [] {
-                        QVERIFY(!Answers::shown<QWidget>("pointNumber")->isEnabled());
-                        QVERIFY(!Answers::shown<QWidget>("rotateNumberPlus")->isEnabled());
-                    })
-            << Answers::cancel();
-    answer("pbAddTechPoint", answers);
-    const double pass = 150 + std::hypot(100, 50);
-    QCOMPARE(rows(), QStringList{QString::number(150 + 2 * pass, 'f', 2) + " 0.0 600.0"});
-    QCOMPARE(m_window->journal.last(), QString("[I]Закрыто окно 'Добавление точки контура'"));
-
-    m_window->tech()->setCurrentCell(1, 0);
-    m_window->press("pbDelTechPoint"); // what was ticked is remembered
-    answer("pbAddTechPoint", {Answers::button("pbAdd"), look("pbAdd", [] {}), Answers::cancel()});
-    QStringList paths;
-    for (const double turn : {0.0, pass, 2 * pass}) {
-        for (const double path : {0.0, 100.0, 150.0})
-            paths << QString::number(turn + path, 'f', 2) + " 0.0 600.0";
-    }
-    QCOMPARE(rows(), paths);
-}
-
-void TestGenerators::arcThroughThreePoints()
-{
-    const auto frames = [this] { return m_window->column(m_window->points(), 3); };
-    const auto frame = [this](int row, QList<Answer> answers) {
-        Answers all(std::move(answers));
-        m_window->touchCell(m_window->points(), row, 3);
-        QVERIFY(all.allGiven());
-    };
-    line("100");
-    m_window->teach(100, 0, 60);
-    m_window->teach(50, 0, 120);
-    const QStringList straight = frames();
-    m_window->touchCell(m_window->points(), 3, 3); // the end of an open contour is no frame
-    QVERIFY(!QApplication::activeModalWidget());
-    frame(0, {Answers::button("pbType"),
-              look("frmArc",
-                   [] {
-                       QVERIFY(Answers::shown<QWidget>("frmArc")->isEnabled());
-                       QVERIFY(!Answers::shown<QWidget>("cbCalc")->isEnabled());
-                   }),
-              Answers::button("pbCancel")});
-    QCOMPARE(frames(), straight);
-
-    // In XY the points lie on a line; in XZ on a circle.
-    frame(1, {Answers::button("pbType"), ticked("cbCalc"),
-              look("lblNoArc", [] { QVERIFY(!Answers::shown<QAbstractButton>("cbCalc")->isChecked()); }),
-              Answers::button("pbXZ"), ticked("cbClockWise"), ticked("cbCalc"),
-              look("radius", [] { QCOMPARE(number("radius"), QString("58.31")); }), Answers::button("pbOn")});
-    QCOMPARE(frames(), (QStringList{"Дуга, r=58.3, пр. ч.с., пл-XZ", "Дуга, r=58.3, пр. ч.с., пл-XZ",
-                                    "Прямая", "Конец"}));
-    // Three quarters of the circle with that diameter and three quarters more would be another seam.
-    const double r = std::hypot(100, 60) / 2;
-    const double arcs = 2 * r * (std::asin(50 / r) + std::asin(30 / r));
-    QVERIFY(qAbs(m_window->find<PoLabel>("length")->value() - (arcs + std::hypot(50, 60))) < 0.01);
-    m_window->press("pbGcode");
-    Beam machine(*m_window);
-    machine.run([](NcTestHost&) { return 0.0; });
-    QCOMPARE(machine.trouble(), QString());
-    QVERIFY(qAbs(machine.host().at("Z") - 120) < 0.01);
-
-    {
-        Answers closing({Answers::entry(0)});
-        m_window->press("pbRing");
-    }
-    frame(3, {Answers::button("pbType"), Answers::button("pbXZ"), ticked("cbCalc"),
-              Answers::button("pbOn")}); // the closing frame ends at the first point
-    QCOMPARE(frames()[3].left(5), QString("Дуга,"));
-    QCOMPARE(frames()[2], frames()[3]);
 }
 
 QTEST_MAIN(TestGenerators)

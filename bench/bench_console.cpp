@@ -66,7 +66,7 @@ int main(int argc, char* argv[])
     Site own;
     own.root = folder.path();
     laySiteFolder(own.root, true);
-    PlantProcess plant({QStringLiteral(PLANT_PROGRAM), own.root, 1, QString(), own.shmSuffix, false});
+    PlantProcess plant({PlantProcess::besideThisProgram(), own.root, 1, QString(), own.shmSuffix, false});
     QString why;
     if (!plant.start(&why)) {
         std::fprintf(stderr, "%s\n", qPrintable(why));

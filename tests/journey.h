@@ -16,7 +16,7 @@ class Journey
 public:
     // `air`: the installation starts with the vacuum plant off and the door open, not pumped down.
     explicit Journey(double speed = 20, bool firstDay = true, bool air = false)
-        : m_plant({QStringLiteral(PLANT_PROGRAM), m_site.root(), speed, QString(), site().shmSuffix, air})
+        : m_plant({PlantProcess::besideThisProgram(), m_site.root(), speed, QString(), site().shmSuffix, air})
     {
         laySiteFolder(m_site.root(), firstDay);
         QString why;

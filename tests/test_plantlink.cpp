@@ -1,5 +1,6 @@
 #include "plant/controller.h"
 #include "plant/installation.h"
+#include "trainer/plantprocess.h"
 
 #include <QProcess>
 #include <QRandomGenerator>
@@ -313,7 +314,7 @@ void TestPlantLink::theProgramRunsAScriptAndAnswersOnItsInput()
     script.write("# first lesson\nkey off\nwait 0.1\naxis LX 25\nnonsense\n");
     script.close();
     QProcess process;
-    process.start(QStringLiteral(PLANT_PROGRAM),
+    process.start(PlantProcess::besideThisProgram(),
                   {QStringLiteral("--root"), root.path(), QStringLiteral("--free-ports"),
                    QStringLiteral("--air"), QStringLiteral("--script"), script.fileName(),
                    QStringLiteral("--quit-on-eof")});
@@ -337,9 +338,9 @@ void TestPlantLink::theProgramRunsAScriptAndAnswersOnItsInput()
 
     // A wrong number is refused, a signal ends it in order.
     QCOMPARE(
-        QProcess::execute(QStringLiteral(PLANT_PROGRAM), {QStringLiteral("--speed"), QStringLiteral("0")}),
+        QProcess::execute(PlantProcess::besideThisProgram(), {QStringLiteral("--speed"), QStringLiteral("0")}),
         2);
-    process.start(QStringLiteral(PLANT_PROGRAM), {QStringLiteral("--free-ports")});
+    process.start(PlantProcess::besideThisProgram(), {QStringLiteral("--free-ports")});
     QVERIFY(process.waitForReadyRead(5000));
     process.terminate();
     QVERIFY(process.waitForFinished(5000));

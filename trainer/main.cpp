@@ -118,7 +118,7 @@ int main(int argc, char* argv[])
         return 1;
     }
 
-    PlantProcess plant({QCoreApplication::applicationDirPath() + "/plant", own.root,
+    PlantProcess plant({PlantProcess::besideThisProgram(), own.root,
                         parser.value(speedOption).toDouble(), parser.value(scriptOption), own.shmSuffix,
                         parser.isSet(airOption)});
     QString why;

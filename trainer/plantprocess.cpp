@@ -1,6 +1,8 @@
 #include "plantprocess.h"
 
+#include <QCoreApplication>
 #include <QElapsedTimer>
+#include <QFileInfo>
 #include <QRegularExpression>
 
 namespace {
@@ -30,6 +32,13 @@ PlantProcess::~PlantProcess()
         m_process.kill();
         m_process.waitForFinished(kEndTimeout);
     }
+}
+
+QString PlantProcess::besideThisProgram()
+{
+    const QString here = QCoreApplication::applicationDirPath();
+    const QString beside = here + QLatin1String("/plant");
+    return QFileInfo(beside).isFile() ? beside : QFileInfo(here).path() + QLatin1String("/plant");
 }
 
 bool PlantProcess::start(QString* why)

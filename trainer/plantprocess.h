@@ -31,6 +31,9 @@ public:
     // Starts the process and waits until it listens, 10 s at most. False with a reason on failure.
     bool start(QString* why);
 
+    // Path of the installation's program in this build: beside this program or one folder above it.
+    static QString besideThisProgram();
+
     // Sends one instructor's line.
     void instruct(const QString& line);
 

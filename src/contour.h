@@ -2,6 +2,7 @@
 
 #include "elashare.h"
 #include "weldprogram.h"
+#include "weldroles.h"
 #include "weldtables.h"
 
 #include <QFile>
@@ -18,27 +19,10 @@ class QLabel;
 class QPlainTextEdit;
 class QTableWidget;
 class Schema;
+struct Launch;
 namespace Ui {
 class CONTOUR;
 }
-
-// What the cells of the two tables carry beside their text.
-enum WeldRole {
-    OnRole = 256,           // bool, column 0 of the technology table
-    RasterTypeRole = 257,   // int; the raster roles stand in column 6
-    RasterAmpXRole = 258,   // float, %
-    RasterAmpYRole = 259,   // float, %
-    RasterAngleRole = 260,  // int, deg
-    RasterFreqRole = 261,   // int, Hz
-    RasterShiftXRole = 262, // float, %
-    RasterShiftYRole = 263, // float, %
-    RasterParamRole = 264,  // float
-    RasterCwRole = 265,     // int, 1 for reverse rotation
-    RowTypeRole = 266,      // int, Frame::Type; the frame roles stand in the column "Параметры"
-    RowRadiusRole = 267,    // float, mm
-    RowDirRole = 268,       // int, 1 counter-clockwise
-    RowPlaneRole = 269      // int, 0 XY, 1 XZ, 2 YZ
-};
 
 // The weld: contour table, technology table and the programs of the three channels, one tab each.
 // The tables are the data: every operation reads its numbers back from the cells. All in the window's
@@ -81,12 +65,13 @@ public:
     bool tableValid() const { return m_tableValid; }
     bool inverted() const { return m_inverted; } // turned around an odd number of times
 
-    // Files, each `path` without its extension and without the site's root. One that cannot be opened
-    // changes nothing.
+    // Files, each `path` without its extension and without the site's root. One that cannot be read changes
+    // nothing; one that cannot be written stays as it was, and the journal tells so.
     void save(const QString& name, const QString& path, bool updateName);
     void load(const QString& name, const QString& path);
 
-    // Writes the program and starts it on the channel; nothing is sent when the file cannot be written.
+    // Writes the program and starts it on the channel; when the file cannot be written nothing is sent, and
+    // the journal tells so.
     void run(int channel, const QString& text);
 
     // Opens the record of a run: the long form when the last start was a weld, else the short one. It ends
@@ -218,13 +203,15 @@ private:
     template <class Generator>
     void runGenerator();
 
-    // Running.
-    void genTechnology();
-    void genContour();
-    void genTestMove();
-    void startMotion(const MotionPrograms& programs, bool show, std::chrono::microseconds pause);
+    // Running. The generators show their programs in the panels of the channels.
+    QVector<Launch> genTechnology();
+    QVector<Launch> genContour();
+    QVector<Launch> genTestMove();
+    void showMotion(const MotionPrograms& programs);
+    bool start(const QVector<Launch>& launches);                 // false: none was started
+    bool writeProgram(const QString& path, const QString& text); // a failure is told in the journal
     void execute(int channel, const QString& path);
-    void runEdited(int channel, const QString& file);
+    bool runEdited(int channel, const QString& file); // false: not started
 
     // The record of a run.
     QString passportHead(const QDateTime& start) const;
@@ -238,6 +225,7 @@ private:
     // Files.
     void chooseSave();
     void chooseLoad();
+    QString contourText(const QString& name) const; // of its file, with the program's name; needs a scheme
     QString contourRowText(int row) const;
     QString techRowText(int row) const;
     void loadHead(SaveFile& file);

@@ -1,5 +1,6 @@
 #include "contour.h"
 #include "filemanager.h"
+#include "filewriter.h"
 #include "savefile.h"
 #include "schema.h"
 #include "site.h"
@@ -51,10 +52,19 @@ void CONTOUR::save(const QString& name, const QString& path, bool updateName)
 {
     if (!m_schema)
         return;
-    QFile file(site().path(path + contourExt));
-    if (!file.open(QIODevice::WriteOnly))
+    if (const auto trouble = writeFile(path + contourExt, contourText(name).toLocal8Bit())) {
+        emit message(trouble->line, true);
         return;
-    QTextStream stream(&file);
+    }
+    emit message(QStringLiteral("[I]Контур сохранён в файле %1.save").arg(path), true);
+    if (updateName)
+        setProgramName(name);
+}
+
+QString CONTOUR::contourText(const QString& name) const
+{
+    QString text;
+    QTextStream stream(&text);
     stream << name << '\n'
            << m_schema->id() << '\n'
            << m_schema->D() << ' ' << m_centerX << ' ' << m_centerY << '\n'
@@ -68,9 +78,7 @@ void CONTOUR::save(const QString& name, const QString& path, bool updateName)
     for (int row = 0; row < ui->twTechTab->rowCount(); ++row)
         stream << techRowText(row) << '\n';
     stream.flush();
-    emit message(QStringLiteral("[I]Контур сохранён в файле %1.save").arg(path), true);
-    if (updateName)
-        setProgramName(name);
+    return text;
 }
 
 QString CONTOUR::contourRowText(int row) const
@@ -253,10 +261,10 @@ void CONTOUR::loadFile(const QString& name, const QString& path, QLabel* label, 
 
 void CONTOUR::saveFile(const QString& name, const QString& path, QLabel* label, QPlainTextEdit* edit)
 {
-    QFile file(site().path(path + programExt));
-    if (!file.open(QIODevice::WriteOnly))
+    if (const auto trouble = writeFile(path + programExt, edit->toPlainText().toLocal8Bit())) {
+        emit message(trouble->line, true);
         return;
-    QTextStream(&file) << edit->toPlainText();
+    }
     emit message(QStringLiteral("[I]Программа ЧПУ сохранена в файле %1.npg").arg(path), false);
     label->setText(name);
 }

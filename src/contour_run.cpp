@@ -6,10 +6,27 @@
 #include "site.h"
 #include "ui_contour.h"
 
-#include <QDebug>
 #include <QThread>
 
+// A program to be started on its channel.
+struct Launch
+{
+    int channel;
+    QString program;
+    std::chrono::microseconds pause; // behind its start
+};
+
 namespace {
+
+// Channel 1 last: it gives the event that the others wait for.
+QVector<Launch> motion(const MotionPrograms& programs, std::chrono::microseconds pause)
+{
+    QVector<Launch> launches;
+    if (!programs.channel2.isEmpty())
+        launches.append({2, programs.channel2, pause});
+    launches.append({1, programs.channel1, {}});
+    return launches;
+}
 
 void pauseFor(std::chrono::microseconds pause)
 {
@@ -20,9 +37,34 @@ void pauseFor(std::chrono::microseconds pause)
 
 void CONTOUR::run(int channel, const QString& text)
 {
-    const QString path = m_prgDir + QStringLiteral("_temp%1.npg").arg(channel);
-    if (writeProgramFile(path, text))
-        execute(channel, path);
+    start({{channel, text, {}}});
+}
+
+// All programs are written before the first is started: a channel whose partner's program is missing would
+// wait for it at its event for ever.
+bool CONTOUR::start(const QVector<Launch>& launches)
+{
+    const auto path = [this](const Launch& launch) {
+        return m_prgDir + QStringLiteral("_temp%1.npg").arg(launch.channel);
+    };
+    for (const Launch& launch : launches) {
+        if (!writeProgram(path(launch), launch.program))
+            return false;
+    }
+    for (const Launch& launch : launches) {
+        execute(launch.channel, path(launch));
+        if (launch.pause.count() > 0)
+            pauseFor(launch.pause);
+    }
+    return true;
+}
+
+bool CONTOUR::writeProgram(const QString& path, const QString& text)
+{
+    const auto trouble = writeProgramFile(path, text);
+    if (trouble)
+        emit message(*trouble, true);
+    return !trouble;
 }
 
 void CONTOUR::execute(int channel, const QString& path)
@@ -37,58 +79,58 @@ void CONTOUR::on_pbGcode_clicked()
 {
     Q_ASSERT(m_schema);
     emit message(QStringLiteral("[I]Нажата кнопка 'ПУСК' панели Технология"), false);
-    if (m_weld.stopsSeen >= m_weld.stage) {
+    const WeldStage before = m_weld;
+    const bool goesOn = m_weld.stopsSeen >= m_weld.stage;
+    QVector<Launch> launches;
+    if (goesOn) {
         // Channel 3 still runs and stands at its event: only the motion goes on.
         m_weld.stopsSeen = 0;
         ++m_weld.stage;
-        genContour();
+        launches = genContour();
     } else if (m_testMode) {
-        m_techRun = false;
-        genTestMove();
+        launches = genTestMove();
     } else {
-        m_techRun = true;
         m_weld = WeldStage();
-        genTechnology();
-        pauseFor(site().pauses.beforeContour); // channel 3 must wait for its event first
-        genContour();
+        launches = genTechnology() + genContour();
     }
+    if (!start(launches))
+        m_weld = before;                 // the next press does the same
+    else if (!goesOn && !m_ppf.isOpen()) // a record keeps the form that it began with
+        m_techRun = !m_testMode;
     updateGcode();
 }
 
-void CONTOUR::genTechnology()
+// Channel 3 must wait for its event before the others start.
+QVector<Launch> CONTOUR::genTechnology()
 {
     const QString text = technologyProgram(tables());
     ui->teGcode_3->setPlainText(text);
     ui->lbProgName3->setText(QStringLiteral("Технология"));
-    run(3, text);
+    return {{3, text, site().pauses.beforeContour}};
 }
 
-void CONTOUR::genContour()
+QVector<Launch> CONTOUR::genContour()
 {
-    startMotion(contourPrograms(tables(), m_weld), true, site().pauses.beforeManipulator);
+    const MotionPrograms programs = contourPrograms(tables(), m_weld);
+    showMotion(programs);
+    return motion(programs, site().pauses.beforeManipulator);
 }
 
-void CONTOUR::genTestMove()
+QVector<Launch> CONTOUR::genTestMove()
 {
-    startMotion(testMovePrograms(contourValues(), ui->weldSpeed->value()), true, site().pauses.navigation);
+    const MotionPrograms programs = testMovePrograms(contourValues(), ui->weldSpeed->value());
+    showMotion(programs);
+    return motion(programs, site().pauses.navigation);
 }
 
-// Channel 1 last: it gives the event that the others wait for.
-void CONTOUR::startMotion(const MotionPrograms& programs, bool show, std::chrono::microseconds pause)
+void CONTOUR::showMotion(const MotionPrograms& programs)
 {
     if (m_schema->circle()) {
-        if (show) {
-            ui->teGcode_2->setPlainText(programs.channel2);
-            ui->lbProgName2->setText(QStringLiteral("Перемещение изделия"));
-        }
-        run(2, programs.channel2);
-        pauseFor(pause);
+        ui->teGcode_2->setPlainText(programs.channel2);
+        ui->lbProgName2->setText(QStringLiteral("Перемещение изделия"));
     }
-    if (show) {
-        ui->teGcode->setPlainText(programs.channel1);
-        ui->lbProgName1->setText(QStringLiteral("Перемещение манипулятора"));
-    }
-    run(1, programs.channel1);
+    ui->teGcode->setPlainText(programs.channel1);
+    ui->lbProgName1->setText(QStringLiteral("Перемещение манипулятора"));
 }
 
 // --- touching a point ---
@@ -103,15 +145,16 @@ void CONTOUR::onContourCellClicked(int row, int column)
     }
     if (row != m_currentPoint)
         m_moveForward = m_currentPoint < row;
-    startMotion(navigationPrograms(contourValues(), m_currentPoint, row, coords(), ui->contourSpeed->text()),
-                false, site().pauses.navigation);
+    start(motion(navigationPrograms(contourValues(), m_currentPoint, row, coords(), ui->contourSpeed->text()),
+                 site().pauses.navigation));
 }
 
 // --- the panels of the channels ---
 
 void CONTOUR::on_pbRun_clicked()
 {
-    runEdited(1, QStringLiteral("_temp.npg"));
+    if (!runEdited(1, QStringLiteral("_temp.npg")))
+        return;
     m_techRun = false;
     startPassport();
 }
@@ -126,9 +169,11 @@ void CONTOUR::on_pbRun_3_clicked()
     runEdited(3, QStringLiteral("_temp3.npg"));
 }
 
-void CONTOUR::runEdited(int channel, const QString& file)
+bool CONTOUR::runEdited(int channel, const QString& file)
 {
     emit message(QStringLiteral("[I]Нажата кнопка 'Пуск программы' панели 'Канал %1'").arg(channel), false);
-    if (writeProgramFile(m_prgDir + file, programEdit(channel)->toPlainText()))
-        execute(channel, m_prgDir + file);
+    if (!writeProgram(m_prgDir + file, programEdit(channel)->toPlainText()))
+        return false;
+    execute(channel, m_prgDir + file);
+    return true;
 }

@@ -95,9 +95,12 @@ void FixedMove::setCoord(double value)
 void FixedMove::on_pbStart_clicked()
 {
     const bool absolute = m_ui->rbAbsolute->isChecked();
-    if (writeProgramFile(programPath,
-                         axisProgram(m_channel, m_name, absolute, streamed(m_ui->lblCoord->value()),
-                                     QString::number(m_speed))))
+    const auto trouble = writeProgramFile(programPath, axisProgram(m_channel, m_name, absolute,
+                                                                   streamed(m_ui->lblCoord->value()),
+                                                                   QString::number(m_speed)));
+    if (trouble)
+        emit message(*trouble, true);
+    else
         m_drive->command(QStringLiteral("EXEC_%1(%2)").arg(m_channel).arg(programPath));
 
     const double value = double(m_ui->lblCoord->value());

@@ -126,6 +126,7 @@ void Gui::initManager()
 {
     m_manager =
         new Autorization::Manager({this, ui->lblUserName, ui->lblUserRight, ui->pbChangeUser, ui->pbUsers});
+    connect(m_manager, &Autorization::Manager::message, this, &Gui::prgMessage);
 }
 
 void Gui::initSprites()

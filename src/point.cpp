@@ -3,6 +3,7 @@
 #include "axisprogram.h"
 #include "drivecomm.h"
 #include "filemanager.h"
+#include "filewriter.h"
 #include "programfile.h"
 #include "programwriter.h"
 #include "site.h"
@@ -11,7 +12,6 @@
 
 #include <QFile>
 #include <QHeaderView>
-#include <QSaveFile>
 #include <QSettings>
 #include <QTextStream>
 
@@ -143,15 +143,11 @@ void Point::loadFile(const QString& dir, const QString& name)
 
 void Point::saveFile(const QString& dir, const QString& name)
 {
-    QSaveFile file(site().path(dir + name + pointExt));
-    if (!file.open(QIODevice::WriteOnly))
-        return;
-    QTextStream stream(&file);
+    QString text;
     for (int row = 0; row < rowCount; ++row)
-        stream << rows[row].axis << ' ' << m_ui->twPoint->item(row, Coord)->text() << '\n';
-    stream.flush();
-    if (!file.commit()) {
-        qWarning("point not saved: %s", qPrintable(file.fileName()));
+        text += QLatin1String(rows[row].axis) + ' ' + m_ui->twPoint->item(row, Coord)->text() + '\n';
+    if (const auto trouble = writeFile(dir + name + pointExt, text.toLocal8Bit())) {
+        emit message(trouble->line, true);
         return;
     }
     emit message(QStringLiteral("[I]Положение механической системы сохранено в файле %1.point").arg(name),
@@ -165,9 +161,13 @@ void Point::on_pbGoToPoint_clicked()
     const Row& row = rows[m_row];
     const QString axis = QLatin1String(row.axis); // not the cell: a file may have spoiled it
     const float coord = m_ui->twPoint->item(m_row, Coord)->text().toFloat();
-    if (writeProgramFile(programPath, axisProgram(row.channel, axis, true, ncFixed(double(coord), decimals),
-                                                  QLatin1String(row.speed))))
-        m_drive->command(QStringLiteral("EXEC_%1(%2)").arg(row.channel).arg(programPath));
+    if (const auto trouble = writeProgramFile(programPath, axisProgram(row.channel, axis, true,
+                                                                       ncFixed(double(coord), decimals),
+                                                                       QLatin1String(row.speed)))) {
+        emit message(*trouble, true);
+        return;
+    }
+    m_drive->command(QStringLiteral("EXEC_%1(%2)").arg(row.channel).arg(programPath));
     emit message(QStringLiteral("[C]Запущено перемещение в точку %1 по оси %2").arg(double(coord)).arg(axis),
                  true);
 }

@@ -23,10 +23,11 @@ public:
     ~Point() override; // keeps the widths of the columns in the settings
 
     // A point file has a line for each row: the axis, a blank, the coordinate with two decimals. `dir` with
-    // its final "/" and without the site's root, `name` without extension. A file that cannot be opened
-    // changes nothing; of a spoiled one the rows show what can be read, 0.00 for what is no number.
+    // its final "/" and without the site's root, `name` without extension. A file that cannot be read
+    // changes nothing; of a spoiled one the rows show what can be read, 0.00 for what is no number. One that
+    // cannot be written stays as it was, and the journal tells so.
     void loadFile(const QString& dir, const QString& name);
-    void saveFile(const QString& dir, const QString& name); // a failure leaves the file as it was
+    void saveFile(const QString& dir, const QString& name);
 
 public slots:
     void onTableCellClicked(int row, int column); // selects the row

@@ -1,5 +1,6 @@
 #include "contourfixture.h"
 #include "filemanager.h"
+#include "fulldisk.h"
 #include "savefile.h"
 #include "schema.h"
 
@@ -56,6 +57,7 @@ private slots:
     void directionOfARingComesBack();
     void circleComesBack();
     void missingFileChangesNothing();
+    void fullDiskIsTold();
 
     void fileCutAtEveryByte();
     void lostRowsAreZeros();
@@ -229,10 +231,35 @@ void TestContourFiles::missingFileChangesNothing()
     load(QStringLiteral("line"));
     const QStringList journal = m_window->journal;
     load(QStringLiteral("nothing"));
-    m_contour->save(QStringLiteral("x"), QStringLiteral("/no/such/folder/x"), true);
     QCOMPARE(m_window->journal, journal);
     QCOMPARE(m_window->points()->rowCount(), 3);
     QCOMPARE(m_window->shownName, QStringLiteral("line"));
+}
+
+void TestContourFiles::fullDiskIsTold()
+{
+    write(QStringLiteral("line"), lineFile);
+    load(QStringLiteral("line"));
+    write(QStringLiteral("kept"), "former");
+    m_window->find<QPlainTextEdit>("teGcode")->setPlainText(QString(1000, QLatin1Char('x')));
+    const FullDisk full(100);
+    m_window->journal.clear();
+    m_contour->save(QStringLiteral("new name"), folder + QStringLiteral("kept"), true);
+    Answers answers({Answers::button("pbSave_as"), [] {
+                         auto* name = Answers::shown<QLineEdit>("leSaveAsNewProgName");
+                         if (name)
+                             QTest::keyClicks(name, QStringLiteral("p\r"));
+                         return name != nullptr;
+                     }});
+    m_window->press("pbPrgSave_1");
+    QVERIFY(answers.allGiven());
+    QCOMPARE(m_window->journal.filter(QStringLiteral("[A]")),
+             (QStringList{QStringLiteral("[A]Файл /home/oper/bin/contours/kept.save не записан"),
+                          QStringLiteral("[A]Файл /programs/ch1/p.npg не записан")}));
+    QCOMPARE(m_window->journal.size(), 3);
+    QCOMPARE(saved(QStringLiteral("kept")), QByteArray("former"));
+    QCOMPARE(m_window->shownName, QStringLiteral("line"));
+    QCOMPARE(m_window->text("lbProgName1"), QString());
 }
 
 // --- bad files ---

@@ -1,12 +1,10 @@
 #include "contourfixture.h"
 #include "deathtest.h"
+#include "fulldisk.h"
 #include "schema.h"
 
 #include <QPlainTextEdit>
 #include <QSettings>
-
-#include <csignal>
-#include <sys/resource.h>
 
 namespace {
 
@@ -26,6 +24,7 @@ private slots:
     void stopsAndContinuation();
     void startWithoutLinkWritesTheFiles();
     void programCutOffIsNotStarted();
+    void allChannelsOrNone();
     void editedProgramIsRun();
 
     void techRows();
@@ -121,19 +120,42 @@ void TestContourWeld::programCutOffIsNotStarted()
 {
     QVERIFY(m_window->linkUp());
     m_window->find<QPlainTextEdit>("teGcode_2")->setPlainText(QStringLiteral("N1 $2\n").repeated(2000));
-    rlimit before{};
-    QCOMPARE(getrlimit(RLIMIT_FSIZE, &before), 0);
-    const rlimit full{2048, before.rlim_max};
-    const auto handler = std::signal(SIGXFSZ, SIG_IGN);
-    setrlimit(RLIMIT_FSIZE, &full);
-    QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("^program not written")));
-    m_window->press("pbRun_2");
-    setrlimit(RLIMIT_FSIZE, &before);
-    std::signal(SIGXFSZ, handler);
-    QCOMPARE(m_site->read(QStringLiteral("/programs/_temp2.npg")).size(), 2048);
+    QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("^file not written")));
+    {
+        const FullDisk full(2048);
+        m_window->press("pbRun_2");
+    }
+    QVERIFY(!QFile::exists(site().path(QStringLiteral("/programs/_temp2.npg"))));
 
     m_window->press("pbRun_3"); // comes through, so the one before would have
     QTRY_COMPARE(m_window->commands(), QStringList{"EXEC_3(/programs/_temp3.npg)"});
+}
+
+// No channel is left waiting for one whose program is missing, and the next press starts the same.
+void TestContourWeld::allChannelsOrNone()
+{
+    laySampleWeld(*m_window);
+    m_window->choose("pbTemplate", 2);
+    m_contour->addTechPoint(2, 10, 600);
+    QVERIFY(m_window->linkUp());
+    QStringList expected;
+    for (const QStringList& start :
+         {QStringList{"EXEC_3(/programs/_temp3.npg)", "EXEC_1(/programs/_temp1.npg)"},
+          QStringList{"EXEC_1(/programs/_temp1.npg)"}}) {
+        const QString path = site().path(QStringLiteral("/programs/_temp1.npg"));
+        const QString label = m_window->find<QAbstractButton>("pbGcode")->text();
+        QFile::remove(path);
+        QVERIFY(QDir().mkdir(path));
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("^file not written")));
+        m_window->press("pbGcode");
+        QCOMPARE(m_window->journal.last(),
+                 QStringLiteral("[A]Файл /programs/_temp1.npg не записан, программа не запущена"));
+        QCOMPARE(m_window->find<QAbstractButton>("pbGcode")->text(), label);
+        QVERIFY(QDir().rmdir(path));
+        m_window->press("pbGcode");
+        expected += start;
+        QTRY_COMPARE(m_window->commands(), expected);
+    }
 }
 
 void TestContourWeld::editedProgramIsRun()

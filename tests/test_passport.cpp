@@ -56,7 +56,7 @@ private slots:
     void aChannelThatNeverRoseLeavesTwoSamples();
     void longFormOfAClosedContour();
     void longFormOfAnOpenContour();
-    void noFolderNoRecord();
+    void noFolderOrProgramNoRecord();
     void aSecondStartDuringARecordEndsTheConsole();
     void dataHaveTheCommaOfTheLocale();
 
@@ -288,13 +288,19 @@ void TestPassport::longFormOfAnOpenContour()
     QVERIFY(file.contains(ansi("\"N1 $1\";\n\n\"ПРОГРАММА СВАРКИ (канал 3)\"\n\"N1 $3\";\n\n")));
 }
 
-void TestPassport::noFolderNoRecord()
+void TestPassport::noFolderOrProgramNoRecord()
 {
     open(openWeld);
     QVERIFY(QDir(m_folder).removeRecursively());
     m_window->press("pbRun");
     m_window->press("pbRun"); // nothing is open that could be in the way
     QVERIFY(!QDir(m_folder).exists());
+
+    QVERIFY(QDir().mkpath(m_folder));
+    QVERIFY(QDir(site().path("/programs")).removeRecursively());
+    QTest::ignoreMessage(QtWarningMsg, QRegularExpression("^file not written"));
+    m_window->press("pbRun"); // nothing was started that could be recorded
+    QVERIFY(files().isEmpty());
 }
 
 void TestPassport::aSecondStartDuringARecordEndsTheConsole()

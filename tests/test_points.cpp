@@ -1,4 +1,5 @@
 #include "filemanager.h"
+#include "fulldisk.h"
 #include "guifixture.h"
 #include "plant/controller.h"
 #include "point.h"
@@ -28,7 +29,7 @@ private slots:
     void fileIsChosen();
     void foreignFiles_data();
     void foreignFiles();
-    void filesThatCannotBeOpened();
+    void filesThatCannotBeOpenedOrWritten();
     void columnsAreKept();
 
 private:
@@ -136,7 +137,9 @@ void TestPoints::nothingWithoutARow()
     touchRow(*dialog, 0);
     press(*dialog, "pbGoToPoint");
     QCOMPARE(takeCommands(), QStringList());
-    QCOMPARE(told.size(), 1);
+    const QVariantList trouble{
+        QStringLiteral("[A]Файл /programs/_point.npg не записан, программа не запущена"), true};
+    QCOMPARE(told, QList<QVariantList>{trouble});
 }
 
 void TestPoints::fileIsWrittenAndRead()
@@ -225,14 +228,19 @@ void TestPoints::foreignFiles()
     QVERIFY(m_site->read("/points/q.point").startsWith("LX "));
 }
 
-void TestPoints::filesThatCannotBeOpened()
+void TestPoints::filesThatCannotBeOpenedOrWritten()
 {
     auto dialog = point({5});
     QSignalSpy told(dialog.get(), &Point::message);
     dialog->loadFile("/points/", "nowhere");
-    dialog->saveFile("/nowhere/", "p");
     QCOMPARE(told.size(), 0);
     QCOMPARE(cell(*dialog, 0, 1), QStringLiteral("5.00"));
+
+    write("LX 8\n");
+    const FullDisk full(10);
+    dialog->saveFile("/points/", "p");
+    QCOMPARE(told.takeFirst(), (QVariantList{QStringLiteral("[A]Файл /points/p.point не записан"), true}));
+    QCOMPARE(m_site->read("/points/p.point"), QByteArray("LX 8\n"));
 }
 
 void TestPoints::columnsAreKept()

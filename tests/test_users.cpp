@@ -1,5 +1,6 @@
 #include "autorization_dialogs.h"
 #include "autorization_manager.h"
+#include "fulldisk.h"
 #include "sitefixture.h"
 
 #include <QApplication>
@@ -205,6 +206,22 @@ private slots:
         QVERIFY(QDir(site().path("/home/oper/bin")).removeRecursively());
         start().reset();
         QCOMPARE(m_operator->takeTexts(), (QStringList{notFound, notFound}));
+    }
+
+    void accountsOutliveAFullDisk()
+    {
+        start().reset();
+        const QByteArray former = m_site->read(userFile);
+        auto manager = start();
+        m_operator->takeTexts();
+        new AbstractUser(manager.get(), "ivan", "Иван", passwordDigest("1234"), manager->findUserGroup(2));
+        QStringList journal;
+        connect(manager.get(), &Manager::message, [&](const QString& line) { journal << line; });
+        const FullDisk full(20);
+        manager.reset();
+        QCOMPARE(journal, QStringList{"[A]Файл /home/oper/bin/users.bin не записан"});
+        QVERIFY(m_operator->takeTexts().isEmpty()); // no box holds up the end
+        QCOMPARE(m_site->read(userFile), former);
     }
 
     // Byte for byte: whatever reads this file in the field reads it so.

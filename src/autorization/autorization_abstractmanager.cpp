@@ -2,11 +2,12 @@
 
 #include "autorization_dialogs.h"
 #include "autorization_userfile.h"
+#include "filewriter.h"
 #include "site.h"
 
 #include <QAbstractButton>
+#include <QBuffer>
 #include <QCryptographicHash>
-#include <QDebug>
 #include <QLabel>
 
 #include <algorithm>
@@ -152,16 +153,17 @@ void AbstractManager::readUsers()
 
 void AbstractManager::writeUsers()
 {
-    if (!m_userFile.open(QIODevice::WriteOnly)) {
-        complain(QStringLiteral("Файл \"%1\" не найден").arg(m_shownPath));
-        return;
-    }
-    writeUserCount(m_userFile, m_users.size());
+    QBuffer bytes;
+    bytes.open(QIODevice::WriteOnly);
+    writeUserCount(bytes, m_users.size());
     for (const AbstractUser* user : qAsConst(m_users))
-        writeUser(m_userFile, {user->login, user->name, user->password, user->group->id});
-    m_userFile.close();
-    if (m_userFile.error() != QFileDevice::NoError)
-        qWarning() << "User file not written whole:" << m_userFile.errorString();
+        writeUser(bytes, {user->login, user->name, user->password, user->group->id});
+    const auto trouble = writeFile(m_shownPath, bytes.data());
+    if (!trouble)
+        return;
+    emit message(trouble->line, true);
+    if (!trouble->opened)
+        complain(QStringLiteral("Файл \"%1\" не найден").arg(m_shownPath));
 }
 
 void AbstractManager::clearUsers()

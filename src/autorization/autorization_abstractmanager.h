@@ -92,13 +92,17 @@ public:
     const QList<AbstractUser*>& users() const { return m_users; }
     const QList<AbstractUserGroup*>& groups() const { return m_groups; }
 
+signals:
+    void message(const QString& text, bool show); // a journal line
+
 protected:
     // `userFile` is the path as people know it, without the root of the site.
     AbstractManager(const Widgets& widgets, const QString& userFile);
 
     // Trouble with the file is told in message boxes; accounts read before it are kept.
     void readUsers();
-    // Writes every account there is at the moment.
+    // Writes every account there is at the moment. A failure leaves the file as it was and is told in the
+    // journal; where the file cannot even be opened, in a message box as well.
     void writeUsers();
     // Destroys the accounts that are left. To be called while their groups still live.
     void clearUsers();

@@ -1,6 +1,7 @@
 #include "contour.h"
 
 #include "consolehost.h"
+#include "contourkeeper.h"
 #include "schema.h"
 #include "site.h"
 #include "ui_contour.h"
@@ -126,17 +127,30 @@ CONTOUR::CONTOUR(QWidget* parent)
     connect(ui->twTechTab, &QTableWidget::currentCellChanged, this, [this] { updateTechTab(); });
     updateEnables();
     updateTechTab();
-    load(QStringLiteral("contour"), m_contourDir + QStringLiteral("contour"));
+    const QString kept = m_contourDir + QStringLiteral("contour");
+    load(QStringLiteral("contour"), kept);
+    m_keeper = new ContourKeeper(
+        kept + QStringLiteral(".save"), [this] { return m_schema ? contourText(m_programName) : QString(); },
+        this);
+    m_keeper->taken();
+    m_keeper->watch(ui->twContour->model());
+    m_keeper->watch(ui->twTechTab->model());
+    connect(m_keeper, &ContourKeeper::message, this, &CONTOUR::message);
 }
 
 CONTOUR::~CONTOUR()
 {
     // The window above is half gone: nobody may hear of this.
     const QSignalBlocker quiet(this);
+    keepForNextStart();
+}
+
+void CONTOUR::keepForNextStart()
+{
     saveSettings();
     if (m_schema)
         saveColumnWidths();
-    save(m_programName, m_contourDir + QStringLiteral("contour"), false);
+    m_keeper->keep();
 }
 
 void CONTOUR::dress()
@@ -213,6 +227,13 @@ void CONTOUR::init(Schema* schema)
     updateTechTab();
 }
 
+// The rows tell of their changes themselves.
+void CONTOUR::edited()
+{
+    if (m_keeper)
+        m_keeper->edited();
+}
+
 bool CONTOUR::isXYZ() const
 {
     return m_schema && !m_schema->circle() && !m_schema->rotate();
@@ -226,6 +247,7 @@ ConsoleHost* CONTOUR::host() const
 void CONTOUR::setProgramName(const QString& name)
 {
     m_programName = name;
+    edited();
     if (ConsoleHost* window = host())
         window->setProgramName(name, m_testMode);
 }

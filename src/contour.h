@@ -12,6 +12,7 @@
 #include <memory>
 
 class ConsoleHost;
+class ContourKeeper;
 class PoLabel;
 class SaveFile;
 class QDateTime;
@@ -36,7 +37,11 @@ public:
     static constexpr float maxSpeed = 1e7f; // mm/min, all that fits the keypad
 
     explicit CONTOUR(QWidget* parent = nullptr);
-    ~CONTOUR() override; // keeps widths, speeds and the contour for the next start
+    ~CONTOUR() override; // keeps for the next start
+
+    // Keeps widths, speeds and the contour. The contour is kept while it is edited, too, within ten seconds
+    // after an edit. A file that cannot be written is told in the journal.
+    void keepForNextStart();
 
     // The scheme. `init` takes ownership, empties both tables and is the only way to change the scheme.
     void init(Schema* schema);
@@ -142,6 +147,7 @@ private:
     void saveColumnWidths() const;
     ConsoleHost* host() const;
     void setProgramName(const QString& name);
+    void edited(); // something that the contour's file keeps may have changed
 
     // Cells and values.
     bool isXYZ() const;
@@ -239,8 +245,9 @@ private:
     QLabel* programLabel(int channel) const;
 
     std::unique_ptr<Ui::CONTOUR> ui;
-    std::unique_ptr<Schema> m_schema; // null until the first init
-    QString m_contourDir;             // all directories without the site's root
+    std::unique_ptr<Schema> m_schema;  // null until the first init
+    ContourKeeper* m_keeper = nullptr; // child; null while the contour of the last run is read
+    QString m_contourDir;              // all directories without the site's root
     QString m_prgDir;
     QString m_programName;
 

@@ -225,6 +225,7 @@ void CONTOUR::updateLength()
     const int last = ui->twTechTab->rowCount() - 1;
     if (QTableWidgetItem* item = ui->twTechTab->item(last, 0))
         item->setText(QString::number(totalLength(contour), 'f', 2));
+    edited();
 }
 
 void CONTOUR::updateD()

@@ -72,6 +72,7 @@ Gui::~Gui()
             hold->letGo();
     }
     saveIni();
+    ui->contour->keepForNextStart();
     delete m_manager; // writes the user file
     if (m_logFile.isOpen())
         m_logFile.close();

@@ -58,6 +58,7 @@ private slots:
     void circleComesBack();
     void missingFileChangesNothing();
     void fullDiskIsTold();
+    void workIsKeptWhileItGoesOn();
 
     void fileCutAtEveryByte();
     void lostRowsAreZeros();
@@ -260,6 +261,34 @@ void TestContourFiles::fullDiskIsTold()
     QCOMPARE(saved(QStringLiteral("kept")), QByteArray("former"));
     QCOMPARE(m_window->shownName, QStringLiteral("line"));
     QCOMPARE(m_window->text("lbProgName1"), QString());
+}
+
+// What is taught outlives a fall of the console that comes ten seconds later; a contour that nobody touched
+// is not written again, at the end neither.
+void TestContourFiles::workIsKeptWhileItGoesOn()
+{
+    const QString kept = QStringLiteral("contour");
+    write(kept, lineFile);
+    m_window = std::make_unique<ContourWindow>();
+    m_contour = m_window->open();
+    m_window.reset();
+    QCOMPARE(saved(kept), QByteArray(lineFile));
+
+    m_window = std::make_unique<ContourWindow>();
+    m_contour = m_window->open();
+    m_window->ready();
+    m_window->teach(100, 75, 33);
+    m_window->journal.clear();
+    {
+        const FullDisk full(100);
+        m_contour->keepForNextStart();
+        m_contour->keepForNextStart();
+        QCOMPARE(m_window->journal,
+                 QStringList{"[A]Файл /home/oper/bin/contours/contour.save не записан"}); // told once
+        QCOMPARE(saved(kept), QByteArray(lineFile));
+    }
+    QTRY_VERIFY_WITH_TIMEOUT(saved(kept).contains("100.00 75.00 33.00 "), 10'000);
+    QCOMPARE(m_window->journal.size(), 1); // and success is silent
 }
 
 // --- bad files ---

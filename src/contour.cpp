@@ -359,7 +359,9 @@ void CONTOUR::onCoordsChanged()
 
 void CONTOUR::onUserChanged(int group)
 {
-    const bool mayEditPrograms = group == 0 || group == 1;
+    // After a cancelled change of user the group is -1, and the wider rights stay as elsewhere in the
+    // console.
+    const bool mayEditPrograms = group < 2;
     for (int tab = indexOf(ui->channel01); tab <= indexOf(ui->channel03); ++tab)
         setTabEnabled(tab, mayEditPrograms);
     if (!mayEditPrograms)

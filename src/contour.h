@@ -10,6 +10,7 @@
 #include <QTabWidget>
 
 #include <memory>
+#include <optional>
 
 class ConsoleHost;
 class ContourKeeper;
@@ -184,6 +185,7 @@ private:
 
     // Contour actions.
     bool askNumber(const QString& title, PoLabel* label, int decimals, float minimum, float maximum);
+    std::optional<float> askDiameter(); // mm
     bool newRound();
     bool newRing();
 
@@ -199,6 +201,7 @@ private:
     TechRow restRow() const; // no beam, everything else at its default
     void writeTechRow(int row, const TechRow& values);
     void insertTechRow(int row, const TechRow& values);
+    void addTechRow(float path, float IrVal, float speed); // before the last
     void markFixedRow(int row);
     void resetTechTable();
     void toggleBlock(int comment);

@@ -1,3 +1,4 @@
+#include "asklength.h"
 #include "confirm.h"
 #include "contour.h"
 #include "contouredit.h"
@@ -53,12 +54,18 @@ void CONTOUR::on_pbNew_clicked()
         setProgramName(newProgramName);
 }
 
+std::optional<float> CONTOUR::askDiameter()
+{
+    return askLength(QStringLiteral("Диаметр, мм"), this, 0,
+                     [this](const QString& line) { emit message(line, true); });
+}
+
 bool CONTOUR::newRound()
 {
-    Numpad diameter(QStringLiteral("Диаметр, мм"), this, 0, false, true, false);
-    if (diameter.exec() != QDialog::Accepted)
+    const auto diameter = askDiameter();
+    if (!diameter)
         return false;
-    init(new SchemaXYZr(static_cast<float>(diameter.value()), 0, 0));
+    init(new SchemaXYZr(*diameter, 0, 0));
     updatePlane(0);
     emit message(QStringLiteral("[I]Новый контур 'Круговая интерполяция' создан"), false);
     return true;
@@ -66,15 +73,15 @@ bool CONTOUR::newRound()
 
 bool CONTOUR::newRing()
 {
-    Numpad diameter(QStringLiteral("Диаметр, мм"), this, 0, false, true, false);
-    if (diameter.exec() != QDialog::Accepted)
+    const auto diameter = askDiameter();
+    if (!diameter)
         return false;
     Numpad points(QStringLiteral("Кол-во точек"), this, 1, true, true, false);
     if (points.exec() != QDialog::Accepted)
         return false;
     const int n = static_cast<int>(qBound(1.0f, static_cast<float>(points.value()), maxRingPoints));
     emit message(QStringLiteral("[I]Новый контур 'Кольцевой стык' создан"), false);
-    init(new SchemaCircle(static_cast<float>(diameter.value()), static_cast<float>(n)));
+    init(new SchemaCircle(*diameter, static_cast<float>(n)));
     QList<float> point = coords();
     for (int i = 0; i < n; ++i) {
         point[0] = static_cast<float>(double(i) / n * 360);

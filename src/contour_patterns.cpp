@@ -80,6 +80,7 @@ void CONTOUR::onContourCellDoubleClicked(int row, int column)
     if (!isXYZ() || column != frameColumn() || row < 0 || !leaves)
         return;
     ContourParams dialog(this, row + 1, this);
+    connect(&dialog, &ContourParams::message, this, &CONTOUR::message);
     dialog.setFrame(frame(row));
     if (dialog.exec() == QDialog::Accepted)
         updateValidDistance(); // the seam has another length

@@ -77,8 +77,11 @@ void CONTOUR::execute(int channel, const QString& path)
 
 void CONTOUR::on_pbGcode_clicked()
 {
-    Q_ASSERT(m_schema);
     emit message(QStringLiteral("[I]Нажата кнопка 'ПУСК' панели Технология"), false);
+    if (!m_schema) {
+        emit message(QStringLiteral("[A]Ошибка! Контур не создан, пуск невозможен!"), true);
+        return;
+    }
     const WeldStage before = m_weld;
     const bool goesOn = m_weld.stopsSeen >= m_weld.stage;
     QVector<Launch> launches;
@@ -172,6 +175,11 @@ void CONTOUR::on_pbRun_3_clicked()
 bool CONTOUR::runEdited(int channel, const QString& file)
 {
     emit message(QStringLiteral("[I]Нажата кнопка 'Пуск программы' панели 'Канал %1'").arg(channel), false);
+    if (channel == 1 && m_ppf.isOpen()) { // a record follows one run to its end
+        emit message(QStringLiteral("[A]Ошибка! Паспорт предыдущего пуска ещё не закрыт, пуск невозможен!"),
+                     true);
+        return false;
+    }
     if (!writeProgram(m_prgDir + file, programEdit(channel)->toPlainText()))
         return false;
     execute(channel, m_prgDir + file);

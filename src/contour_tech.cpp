@@ -188,7 +188,7 @@ void CONTOUR::addTechPoint(float interval, float IrVal, float speed)
     const int row = ui->twTechTab->rowCount() - 1;
     Q_ASSERT(row > 0);
     Q_ASSERT(interval >= 0);
-    addLinearTackPoint(prevDistance(row) + interval, IrVal, speed);
+    addTechRow(prevDistance(row) + interval, IrVal, speed);
 }
 
 void CONTOUR::addLinearTackPoint(float interval, float IrVal, float speed)
@@ -196,9 +196,16 @@ void CONTOUR::addLinearTackPoint(float interval, float IrVal, float speed)
     const int row = ui->twTechTab->rowCount() - 1;
     Q_ASSERT(row > 0);
     Q_ASSERT(interval >= 0);
+    addTechRow(interval, IrVal, speed);
+}
+
+// The path is taken as it comes: a file or a keyboard may have brought a negative one into the row before.
+void CONTOUR::addTechRow(float path, float IrVal, float speed)
+{
+    const int row = ui->twTechTab->rowCount() - 1;
     Q_ASSERT((IrVal >= 0) && (IrVal <= 800));
     TechRow values = restRow();
-    values.path = interval;
+    values.path = path;
     values.Ir = IrVal;
     values.speed = speed;
     insertTechRow(row, values);
@@ -283,6 +290,7 @@ void CONTOUR::updateTechTab()
     const int last = ui->twTechTab->rowCount() - 1;
     ui->pbDelTechPoint->setEnabled(row > 0 && row < last);
     ui->pbInsTechPoint->setEnabled(row >= 1);
+    ui->pbAddTechPoint->setEnabled(m_schema != nullptr);
 }
 
 // A failed check is told and marked in red; it forbids nothing.

@@ -1,7 +1,7 @@
 #include "contourparams.h"
 
+#include "asklength.h"
 #include "contour.h"
-#include "numpad.h"
 #include "schema.h"
 #include "ui_contourparams.h"
 #include "widgets.h"
@@ -71,9 +71,10 @@ void ContourParams::on_pbType_clicked()
 
 void ContourParams::on_radius_clicked()
 {
-    Numpad numpad(ui->radiusTitle->text(), this, ui->radius->value(), false, true, false);
-    if (numpad.exec() == QDialog::Accepted)
-        ui->radius->setValue(float(numpad.value()), radiusDecimals);
+    const auto radius = askLength(ui->radiusTitle->text(), this, ui->radius->value(),
+                                  [this](const QString& line) { emit message(line, true); });
+    if (radius)
+        ui->radius->setValue(*radius, radiusDecimals);
 }
 
 void ContourParams::on_cbCalc_clicked()
@@ -108,6 +109,11 @@ void ContourParams::on_pbYZ_clicked()
 void ContourParams::on_pbOn_clicked()
 {
     const Frame chosen = frame();
+    const auto refusal = lengthRefusal(ui->radiusTitle->text(), chosen.radius);
+    if (chosen.type == Frame::Arc && refusal) {
+        emit message(*refusal, true);
+        return;
+    }
     const auto write = [&](int row) {
         m_contour->addParameters(row, chosen.type, chosen.direction, chosen.plane, chosen.radius, true);
     };

@@ -12,7 +12,8 @@ class ContourParams;
 }
 
 // How the path goes between two points of an XYZ contour: straight or by an arc. Shows itself in a titled
-// frame at the pointer; accepting writes the frame into the contour table.
+// frame at the pointer; accepting writes the frame into the contour table. An arc without a radius is
+// refused.
 class ContourParams : public QDialog
 {
     Q_OBJECT
@@ -35,6 +36,9 @@ public slots:
     void on_pbYZ_clicked();
     void on_pbOn_clicked();
     void on_pbCancel_clicked();
+
+signals:
+    void message(const QString& text, bool show); // a journal line
 
 private:
     void updateEnables();

@@ -7,7 +7,8 @@
 
 namespace {
 
-constexpr float sameSpeed = 0.05f; // mm/min, less does not show
+constexpr float sameSpeed = 0.05f;   // mm/min, less does not show
+constexpr float sameLength = 0.001f; // mm
 
 } // namespace
 
@@ -29,15 +30,31 @@ void LinWeld::changed(Number number)
 // Negative where the ramps alone are longer than the seam: the setter sees by how much.
 void LinWeld::calculatePeak()
 {
-    if (std::isfinite(m_seam.length))
-        setValue(Peak, m_seam.length - value(Ascend) - value(Descend));
+    if (!std::isfinite(m_seam.length))
+        return;
+    const float left = m_seam.length - value(Ascend) - value(Descend);
+    setValue(Peak, std::fabs(left) < sameLength ? 0 : left); // sums miss their length by their rounding
+}
+
+bool LinWeld::possible() const
+{
+    return value(Peak) >= 0;
 }
 
 bool LinWeld::create()
 {
+    if (!possible()) {
+        emit message(QStringLiteral("[A]Ошибка! Подъем и спад вместе длиннее шва!"), true);
+        return false;
+    }
     writeTitle();
     writeIntervals(weldRows(pattern()));
     return true;
+}
+
+QString LinWeld::warning() const
+{
+    return possible() ? QString() : QStringLiteral("Подъем и спад вместе длиннее шва:\nсделайте их короче");
 }
 
 QVector<PatternView::Beam> LinWeld::beams() const

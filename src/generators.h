@@ -14,6 +14,8 @@ protected:
     void changed(Number number) override;
     bool create() override;
     QVector<PatternView::Beam> beams() const override;
+    bool possible() const override;
+    QString warning() const override;
 
 private:
     void calculatePeak();

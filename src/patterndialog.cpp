@@ -1,5 +1,6 @@
 #include "patterndialog.h"
 
+#include "asklength.h"
 #include "contour.h"
 #include "numpad.h"
 #include "site.h"
@@ -78,6 +79,7 @@ PatternDialog::PatternDialog(const Kind& kind, const Seam& seam, CONTOUR* contou
     ui->leTacksOrder->setVisible(kind.tacks);
     ui->leTacksOrderTitle->setVisible(kind.tacks);
     ui->pbDegreeOn->setVisible(kind.round);
+    ui->pbDegreeOn->setEnabled(hasDegrees());
 
     // The contour file keeps one word of a comment, and one it must have.
     ui->title->setText(QString::fromUtf8(kind.comment));
@@ -123,7 +125,7 @@ void PatternDialog::connectNumber(Number number)
 void PatternDialog::restore()
 {
     const QSettings settings(site().path(settingsFile), QSettings::IniFormat);
-    m_degrees = m_kind.round && settings.value(key(m_kind.group, "DegreeOn"), false).toBool();
+    m_degrees = m_kind.round && hasDegrees() && settings.value(key(m_kind.group, "DegreeOn"), false).toBool();
     for (int i = 0; i < NumberCount; ++i) {
         const Form& form = forms[i];
         if (!form.key)
@@ -258,8 +260,16 @@ void PatternDialog::refresh()
     ui->view->setPattern(beams(), double(m_seam.length), m_seam.passes, possible(), warning());
 }
 
+// Whether a degree of the seam is a length that lengths can be divided by.
+bool PatternDialog::hasDegrees() const
+{
+    return m_seam.D >= leastLength && std::isfinite(m_seam.D);
+}
+
 void PatternDialog::on_pbDegreeOn_clicked()
 {
+    if (!hasDegrees())
+        return;
     const auto k = float(degreeLength(m_seam.D));
     m_degrees = !m_degrees;
     for (const Number number : {Ascend, Peak, Descend})

@@ -92,6 +92,7 @@ private:
     static const Form forms[NumberCount];
 
     void connectNumber(Number number);
+    bool hasDegrees() const;
     void ask(Number number);
     void setNumber(Number number, float value); // within the bounds, by the operator's hand
     void refresh();                             // units and picture

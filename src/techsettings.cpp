@@ -1,5 +1,6 @@
 #include "techsettings.h"
 
+#include "asklength.h"
 #include "contour.h"
 #include "numpad.h"
 #include "ui_techsettings.h"
@@ -65,8 +66,12 @@ void TechSettings::on_Iy_clicked()
 
 void TechSettings::on_diameter_clicked()
 {
-    ask(ui->diameter, QStringLiteral("Диаметр, мм"), 2, true,
-        QStringLiteral("Задан новый диаметр для контура - %1 мм"));
+    const auto diameter = askLength(QStringLiteral("Диаметр, мм"), this, ui->diameter->value(),
+                                    [this](const QString& line) { emit message(line, true); });
+    if (!diameter)
+        return;
+    ui->diameter->setValue(*diameter, 2);
+    emit message(QStringLiteral("Задан новый диаметр для контура - %1 мм").arg(double(*diameter)), false);
 }
 
 void TechSettings::ask(PoLabel* label, const QString& title, int decimals, bool noSign,

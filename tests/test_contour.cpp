@@ -17,7 +17,7 @@ private slots:
 
     void newContour_data();
     void newContour();
-    void cancelledNumberLeavesTheContour();
+    void cancelledOrRefusedNumberLeavesTheContour();
     void buttonsFollowTheMachine_data();
     void buttonsFollowTheMachine();
     void teaching();
@@ -120,13 +120,19 @@ void TestContour::newContour()
     QVERIFY(m_contour->tableValid());
 }
 
-void TestContour::cancelledNumberLeavesTheContour()
+void TestContour::cancelledOrRefusedNumberLeavesTheContour()
 {
     laySampleWeld(*m_window);
     m_window->shownName = QStringLiteral("mine");
     Answers answers({Answers::entry(2), Answers::number(QStringLiteral("250")), Answers::cancel()});
     m_window->press("pbNew");
     QVERIFY(answers.allGiven());
+    for (const int entry : {1, 2}) { // a part without a diameter
+        Answers none({Answers::entry(entry), Answers::number(QStringLiteral("0"))});
+        m_window->press("pbNew");
+        QVERIFY(none.allGiven());
+        QCOMPARE(m_window->journal.last(), QStringLiteral("[A]Ошибка! Диаметр, мм: от 0.01 до 9999999!"));
+    }
     QCOMPARE(m_contour->schema()->id(), QStringLiteral("XYZ"));
     QCOMPARE(m_window->points()->rowCount(), 2);
     QCOMPARE(m_window->shownName, QStringLiteral("mine"));
@@ -376,16 +382,20 @@ void TestContour::newDiameterMovesThePoints()
     m_window->teach(60, 20, 5);
     m_window->teach(10, 70, 5);
     m_window->teach(-40, 20, 5);
-    Answers answers({[] {
-                         auto* label = Answers::shown<QLabel>("diameter");
-                         if (label)
-                             QTimer::singleShot(0, label,
-                                                [label] { QTest::mouseClick(label, Qt::LeftButton); });
-                         return label != nullptr;
-                     },
-                     Answers::number(QStringLiteral("50")), Answers::button("pbSettingsDone")});
-    m_window->press("pbSettings");
-    QVERIFY(answers.allGiven());
+    const auto touch = [] {
+        auto* label = Answers::shown<QLabel>("diameter");
+        if (label)
+            QTimer::singleShot(0, label, [label] { QTest::mouseClick(label, Qt::LeftButton); });
+        return label != nullptr;
+    };
+    for (const char* diameter : {"0", "50"}) { // none collapses the points onto the centre
+        Answers answers({touch, Answers::number(QLatin1String(diameter)), Answers::button("pbSettingsDone")});
+        m_window->press("pbSettings");
+        QVERIFY(answers.allGiven());
+        if (diameter == QLatin1String("0"))
+            QCOMPARE(m_contour->coords(0), point(60, 20, 5));
+    }
+    QVERIFY(m_window->journal.contains(QStringLiteral("[A]Ошибка! Диаметр, мм: от 0.01 до 9999999!")));
     QCOMPARE(m_contour->coords(0), point(35, 20, 5));
     QCOMPARE(m_contour->coords(1), point(10, 45, 5));
     QCOMPARE(m_contour->coords(2), point(-15, 20, 5));

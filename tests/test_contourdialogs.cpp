@@ -71,8 +71,10 @@ void TestContourDialogs::arcThroughThreePoints()
                        QVERIFY(Answers::shown<QWidget>("frmArc")->isEnabled());
                        QVERIFY(!Answers::shown<QWidget>("cbCalc")->isEnabled());
                    }),
+              Answers::button("pbOn"), look("pbOn", [] {}), // an arc of no radius stays open
               Answers::button("pbCancel")});
     QCOMPARE(frames(), straight);
+    QCOMPARE(m_window->journal.last(), QString("[A]Ошибка! Радиус, мм: от 0.01 до 9999999!"));
 
     // In XY the points lie on a line; in XZ on a circle.
     frame(1, {Answers::button("pbType"), ticked("cbCalc"),

@@ -2,6 +2,7 @@
 #include "deathtest.h"
 #include "fulldisk.h"
 #include "schema.h"
+#include "widgets.h"
 
 #include <QPlainTextEdit>
 #include <QSettings>
@@ -25,6 +26,7 @@ private slots:
     void startWithoutLinkWritesTheFiles();
     void programCutOffIsNotStarted();
     void allChannelsOrNone();
+    void withoutAContour();
     void editedProgramIsRun();
 
     void techRows();
@@ -156,6 +158,37 @@ void TestContourWeld::allChannelsOrNone()
         expected += start;
         QTRY_COMPARE(m_window->commands(), expected);
     }
+}
+
+// Touches everything that can be touched on a machine that never had a contour.
+void TestContourWeld::withoutAContour()
+{
+    QTimer answers;
+    connect(&answers, &QTimer::timeout, this, [] {
+        if (QWidget* menu = QApplication::activePopupWidget())
+            menu->close();
+        else if (QWidget* top = QApplication::activeModalWidget())
+            top->findChild<QDialog*>()->reject();
+    });
+    answers.start(5);
+    int touched = 0;
+    for (int tab = 0; tab < m_contour->count(); ++tab) {
+        m_contour->setCurrentIndex(tab);
+        for (QWidget* widget : m_contour->widget(tab)->findChildren<QWidget*>()) {
+            if (widget->isVisible() && widget->isEnabled() &&
+                (qobject_cast<QAbstractButton*>(widget) || qobject_cast<PoLabel*>(widget))) {
+                QTest::mouseClick(widget, Qt::LeftButton);
+                ++touched;
+            }
+        }
+    }
+    answers.stop();
+    QVERIFY(touched > 15);
+    QVERIFY(!m_contour->schema());
+    QVERIFY(m_window->journal.contains(QStringLiteral("[A]Ошибка! Контур не создан, пуск невозможен!")));
+    QVERIFY(!m_window->find("pbAddTechPoint")->isEnabled());
+    m_window->choose("pbNew", 0);
+    QVERIFY(m_window->find("pbAddTechPoint")->isEnabled());
 }
 
 void TestContourWeld::editedProgramIsRun()
@@ -430,6 +463,9 @@ void TestContourWeld::techAssertions()
 {
     laySampleWeld(*m_window);
     QVERIFY(deathOf([this] { m_contour->addTechPoint(-1, 0, 0); }).contains("interval >= 0"));
+    m_window->tech()->item(0, 0)->setText(QStringLiteral("-5.00")); // from a file
+    m_contour->addTechPoint(1, 0, 0);
+    QCOMPARE(m_window->cell(m_window->tech(), 3, 0), QStringLiteral("91.00"));
     QVERIFY(deathOf([this] {
                 m_contour->addLinearTackPoint(1, 801, 0);
             }).contains("(IrVal >= 0) && (IrVal <= 800)"));
@@ -453,7 +489,7 @@ void TestContourWeld::rightsOfTheUser()
     QCOMPARE(m_contour->currentIndex(), 0);
     for (int tab = 0; tab < 5; ++tab)
         QCOMPARE(m_contour->isTabEnabled(tab), tab < 2);
-    m_contour->onUserChanged(0);
+    m_contour->onUserChanged(-1); // a cancelled change of user
     QVERIFY(m_contour->isTabEnabled(4));
 }
 

@@ -1,4 +1,3 @@
-#include "deathtest.h"
 #include "generators.h"
 #include "patternfixture.h"
 #include "weldpattern.h"
@@ -46,6 +45,7 @@ private slots:
 
     void weldTakesTheSeam();
     void rampsLongerThanTheSeam();
+    void noDegreesWithoutADiameter();
     void periodIsNotRounded();
     void warnings();
     void overlaps();
@@ -160,15 +160,28 @@ void TestGenerators::rampsLongerThanTheSeam()
     line("100");
     QList<Answer> answers{Answers::entry(1)};
     answers << typed("ascend", "60") << typed("descend", "50")
-            << look("peak", [] { QCOMPARE(number("peak"), QString("-10.0")); }) << Answers::cancel();
+            << look("peak", [] { QCOMPARE(number("peak"), QString("-10.0")); }) << Answers::button("pbCreate")
+            << look("view", [] { QVERIFY(!Answers::shown<PatternView>("view")->warning().isEmpty()); })
+            << typed("ascend", "60.1") << typed("descend", "39.9") // in floats a hair more than 100
+            << look("peak", [] { QCOMPARE(number("peak"), QString("0.0")); })
+            << look("view", [] { QVERIFY(Answers::shown<PatternView>("view")->warning().isEmpty()); })
+            << Answers::button("pbCreate");
     answer("pbTemplate", answers);
-    QCOMPARE(rows(), QStringList());
-    const auto write = [this] {
-        LinWeld dialog({100, -1, 600, 1200}, m_window->contour, m_window->find("pbTemplate"));
-        dialog.findChild<QAbstractButton*>("ascendPlus")->click();
-        dialog.on_pbCreate_clicked();
-    };
-    QVERIFY(deathOf(write).contains("interval >= 0"));
+    QCOMPARE(m_window->journal.count("[A]Ошибка! Подъем и спад вместе длиннее шва!"), 1);
+    QCOMPARE(rows().mid(1),
+             (QStringList{"0.00 0.0 600.0", "60.10 0.0 600.0", "60.10 0.0 600.0", "100.00 0.0 1200.0"}));
+}
+
+// A file may bring a diameter that no degree can be measured on.
+void TestGenerators::noDegreesWithoutADiameter()
+{
+    Kept{"CircleWeld", 50, 1, 2, 1, 0, true}.store();
+    line("100");
+    CircleWeld dialog({100, 0, 600, 1200}, m_window->contour, m_window->find("pbTemplate"));
+    dialog.on_pbDegreeOn_clicked();
+    dialog.on_pbCreate_clicked();
+    QCOMPARE(rows().mid(1),
+             (QStringList{"0.00 0.0 600.0", "1.00 50.0 600.0", "3.00 50.0 600.0", "4.00 0.0 1200.0"}));
 }
 
 void TestGenerators::periodIsNotRounded()

@@ -57,7 +57,7 @@ private slots:
     void longFormOfAClosedContour();
     void longFormOfAnOpenContour();
     void noFolderOrProgramNoRecord();
-    void aSecondStartDuringARecordEndsTheConsole();
+    void noSecondStartDuringARecord();
     void dataHaveTheCommaOfTheLocale();
 
 private:
@@ -303,11 +303,16 @@ void TestPassport::noFolderOrProgramNoRecord()
     QVERIFY(files().isEmpty());
 }
 
-void TestPassport::aSecondStartDuringARecordEndsTheConsole()
+void TestPassport::noSecondStartDuringARecord()
 {
     open(openWeld);
     m_contour->onChannel1State(3);
     m_window->press("pbRun");
+    const QByteArray record = content();
+    m_window->press("pbRun");
+    QCOMPARE(m_window->journal.last(),
+             QStringLiteral("[A]Ошибка! Паспорт предыдущего пуска ещё не закрыт, пуск невозможен!"));
+    QVERIFY(content().startsWith(record) && files().size() == 1);
     QVERIFY(deathOf([this] { m_contour->startPassport(); }).contains("!m_ppf.isOpen()"));
 }
 

@@ -98,9 +98,7 @@ void FixedMove::on_pbStart_clicked()
     const auto trouble = writeProgramFile(programPath, axisProgram(m_channel, m_name, absolute,
                                                                    streamed(m_ui->lblCoord->value()),
                                                                    QString::number(m_speed)));
-    if (trouble)
-        emit message(*trouble, true);
-    else
+    if (!trouble)
         m_drive->command(QStringLiteral("EXEC_%1(%2)").arg(m_channel).arg(programPath));
 
     const double value = double(m_ui->lblCoord->value());
@@ -116,5 +114,7 @@ void FixedMove::on_pbStart_clicked()
                          .arg(value)
                          .arg(m_unit),
                      true);
+    if (trouble)
+        emit message(*trouble, true);
     reject();
 }

@@ -221,7 +221,9 @@ void TestSelector::fixedMoveWithoutFolder()
     qInstallMessageHandler(former);
     QVERIFY(debug.filter(QStringLiteral("DriveTCPthread")).isEmpty());
     QCOMPARE(debug.filter(QStringLiteral("_fixed.npg")).size(), 1);
-    QCOMPARE(told.size(), 1);
+    QCOMPARE(told.size(), 2); // the press, and what came of it
+    QCOMPARE(told[1][0].toString(),
+             QStringLiteral("[A]Файл /programs/_fixed.npg не записан, программа не запущена"));
     QVERIFY(dialog->isHidden());
 }
 

@@ -463,9 +463,9 @@ void TestContourWeld::techAssertions()
 {
     laySampleWeld(*m_window);
     QVERIFY(deathOf([this] { m_contour->addTechPoint(-1, 0, 0); }).contains("interval >= 0"));
-    m_window->tech()->item(0, 0)->setText(QStringLiteral("-5.00")); // from a file
+    m_window->tech()->item(2, 0)->setText(QStringLiteral("-5.00")); // from a file
     m_contour->addTechPoint(1, 0, 0);
-    QCOMPARE(m_window->cell(m_window->tech(), 3, 0), QStringLiteral("91.00"));
+    QCOMPARE(m_window->cell(m_window->tech(), 3, 0), QStringLiteral("-4.00"));
     QVERIFY(deathOf([this] {
                 m_contour->addLinearTackPoint(1, 801, 0);
             }).contains("(IrVal >= 0) && (IrVal <= 800)"));

@@ -175,13 +175,15 @@ void TestGenerators::rampsLongerThanTheSeam()
 // A file may bring a diameter that no degree can be measured on.
 void TestGenerators::noDegreesWithoutADiameter()
 {
-    Kept{"CircleWeld", 50, 1, 2, 1, 0, true}.store();
-    line("100");
-    CircleWeld dialog({100, 0, 600, 1200}, m_window->contour, m_window->find("pbTemplate"));
-    dialog.on_pbDegreeOn_clicked();
-    dialog.on_pbCreate_clicked();
-    QCOMPARE(rows().mid(1),
-             (QStringList{"0.00 0.0 600.0", "1.00 50.0 600.0", "3.00 50.0 600.0", "4.00 0.0 1200.0"}));
+    for (const bool degrees : {true, false}) {
+        Kept{"CircleWeld", 50, 1, 2, 1, 0, degrees}.store();
+        line("100");
+        CircleWeld dialog({100, 0, 600, 1200}, m_window->contour, m_window->find("pbTemplate"));
+        dialog.on_pbDegreeOn_clicked();
+        dialog.on_pbCreate_clicked();
+        QCOMPARE(rows().mid(1),
+                 (QStringList{"0.00 0.0 600.0", "1.00 50.0 600.0", "3.00 50.0 600.0", "4.00 0.0 1200.0"}));
+    }
 }
 
 void TestGenerators::periodIsNotRounded()

@@ -31,7 +31,6 @@ private slots:
     void inversionKeepsEachFrameOnItsStretch();
     void taughtCircle();
     void newDiameterMovesThePoints();
-    void touchesAreInTheJournal();
 
     void touchingAPoint();
     void touchingAPointOfARing();
@@ -402,36 +401,6 @@ void TestContour::newDiameterMovesThePoints()
     QCOMPARE(m_window->text("lblConsts"), QStringLiteral("<b>Круговая интерполяция</b><pre>D=50</>"));
     QCOMPARE(m_window->text("length"), QStringLiteral("78.54"));
     QVERIFY(m_window->journal.contains(QStringLiteral("Задан новый диаметр для контура - 50 мм")));
-}
-
-void TestContour::touchesAreInTheJournal()
-{
-    laySampleWeld(*m_window);
-    m_window->journal.clear();
-    m_window->teach(100, 75, 0);
-    m_window->teach(100, 75, 0); // refused, but told
-    m_window->place(100, 80, 0);
-    m_window->choose("pbCorr", 0);
-    m_window->choose("pbRing", -1);
-    m_window->press("pbInverse");
-    for (bool yes : {false, true}) {
-        Answers answers({Answers::confirm(yes)});
-        m_window->press("pbDel");
-    }
-    {
-        Answers answers({Answers::number(QStringLiteral("450.5"))});
-        m_window->press("contourSpeed");
-    }
-    m_window->press("pbCorrNgo");
-    QCOMPARE(m_window->journal.filter(QStringLiteral("[I]")),
-             (QStringList{"[I]Нажата кнопка 'Вставить точку' панели Контур",
-                          "[I]Нажата кнопка 'Вставить точку' панели Контур",
-                          "[I]Нажата кнопка 'Сдвиг точки' панели Контур",
-                          "[I]Нажата кнопка 'Замкнуть контур' панели Контур",
-                          "[I]Нажата кнопка 'Инверсия' панели Контур",
-                          "[I]Нажата кнопка 'Удалить точку' панели Контур",
-                          "[I]Задана новая скорость перехода по контуру - 450.5 мм/мин",
-                          "[I]Нажата кнопка 'Сдвинуть и перейти' панели Контур"}));
 }
 
 // --- moving along the contour ---

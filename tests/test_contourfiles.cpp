@@ -65,7 +65,6 @@ private slots:
     void noise();
     void hugeCounts_data();
     void hugeCounts();
-    void hugeFile();
     void tokens();
 
     void programFiles();
@@ -358,17 +357,6 @@ void TestContourFiles::hugeCounts()
     QTEST(m_window->points()->rowCount(), "points");
     QCOMPARE(m_window->tech()->rowCount(), 2);
     QVERIFY(m_window->text("nrings").toInt() >= 1 && m_window->text("nrings").toInt() <= 1000);
-}
-
-void TestContourFiles::hugeFile()
-{
-    QByteArray file = "n\nXYZ\n-1 0 0\n0 -1\n0 1\n600\n1000000000\n";
-    file.reserve(21'000'000);
-    while (file.size() < 20'000'000)
-        file += "1.00 2.00 3.00 1 0 0 0 \n";
-    write(QStringLiteral("huge"), file);
-    load(QStringLiteral("huge"));
-    QCOMPARE(m_window->points()->rowCount(), int(SaveFile::maxRows));
 }
 
 void TestContourFiles::tokens()

@@ -1,6 +1,5 @@
 #include "contourfixture.h"
 #include "deathtest.h"
-#include "fulldisk.h"
 #include "schema.h"
 #include "widgets.h"
 
@@ -24,7 +23,6 @@ private slots:
 
     void stopsAndContinuation();
     void startWithoutLinkWritesTheFiles();
-    void programCutOffIsNotStarted();
     void allChannelsOrNone();
     void withoutAContour();
     void editedProgramIsRun();
@@ -109,28 +107,6 @@ void TestContourWeld::startWithoutLinkWritesTheFiles()
              m_site->read(QStringLiteral("/programs/_temp1.npg")));
     QCOMPARE(m_window->text("lbProgName1"), QStringLiteral("Перемещение манипулятора"));
     QCOMPARE(m_window->text("lbProgName3"), QStringLiteral("Технология"));
-
-    QVERIFY(m_window->linkUp());
-    QDir(site().path(QStringLiteral("/programs"))).removeRecursively();
-    m_window->press("pbGcode"); // no file, no command
-    QTest::qWait(50);
-    QCOMPARE(m_window->commands(), QStringList());
-}
-
-// The disk takes the first bytes of the program only.
-void TestContourWeld::programCutOffIsNotStarted()
-{
-    QVERIFY(m_window->linkUp());
-    m_window->find<QPlainTextEdit>("teGcode_2")->setPlainText(QStringLiteral("N1 $2\n").repeated(2000));
-    QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("^file not written")));
-    {
-        const FullDisk full(2048);
-        m_window->press("pbRun_2");
-    }
-    QVERIFY(!QFile::exists(site().path(QStringLiteral("/programs/_temp2.npg"))));
-
-    m_window->press("pbRun_3"); // comes through, so the one before would have
-    QTRY_COMPARE(m_window->commands(), QStringList{"EXEC_3(/programs/_temp3.npg)"});
 }
 
 // No channel is left waiting for one whose program is missing, and the next press starts the same.

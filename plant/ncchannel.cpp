@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace plant {
 
@@ -115,10 +116,12 @@ void NcChannel::stop()
 {
     if (m_state == ChannelState::Idle)
         return;
-    if (running())
-        m_host.report(QStringLiteral("channel %1: stopped at line %2").arg(m_number).arg(m_line));
+    const bool cutShort = running();
+    const int line = std::exchange(m_line, 0);
     leave(ChannelState::Reset);
-    m_line = 0;
+    // Last of all: the host may stop every channel from within the report.
+    if (cutShort)
+        m_host.report(QStringLiteral("channel %1: stopped at line %2").arg(m_number).arg(line));
 }
 
 void NcChannel::beginStep(double end, double dt)

@@ -402,16 +402,15 @@ void TestNc::statesOneAfterTheOther()
 void TestNc::hostStopsAllUponAnError()
 {
     NcBench bench(0.01);
-    bench.host.onReport = [&](const QString& text) {
-        if (text.contains("without feed"))
-            bench.nc.stopAll();
-    };
+    // Upon each report, that of a stop among them: by then the channel has stopped.
+    bench.host.onReport = [&](const QString&) { bench.nc.stopAll(); };
     QVERIFY(bench.nc.start(3, program(3, {"N2 GAX(IR)", "N3 G01 IR=60 F600"})));
     QVERIFY(bench.start(1, program(1, {"N2 G4 F1", "N3 G01 x=1"})));
     bench.forSeconds(2);
     QCOMPARE(bench.nc.state(3), ChannelState::Idle);
     QVERIFY(near(bench.host.at("IR"), 10, 0.2));
     QCOMPARE(bench.nc.error(1), QString("line 3: motion without feed"));
+    QCOMPARE(bench.host.told("stopped"), QStringList("channel 3: stopped at line 3"));
 }
 
 void TestNc::endlessCircleDoesNotHang()

@@ -119,7 +119,7 @@ QString DeviceDlg::switchText(bool on)
 
 void DeviceDlg::onStateChanged(int state)
 {
-    if (state < 0 || state == fault) {
+    if (state < 0 || state >= m_states.size()) {
         m_ui->lblState->setText(QStringLiteral("[ошибка]"));
         m_ui->lblState->setStyleSheet(QStringLiteral("background-color: rgb(255, 0, 0);"));
         m_ui->sbSwitch->setText1(QStringLiteral("Ошибка"));
@@ -127,7 +127,7 @@ void DeviceDlg::onStateChanged(int state)
         return;
     }
     const bool on = state & 1;
-    m_ui->lblState->setText(m_states.at(state)); // the numbers are agreed with the controllers
+    m_ui->lblState->setText(m_states.at(state));
     m_ui->lblState->setStyleSheet(styleOf(state));
     m_ui->sbSwitch->setText1(on ? m_textOff : m_textOn);
     m_ui->sbSwitch->setState(on);

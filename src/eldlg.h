@@ -31,8 +31,8 @@ public:
 public slots:
     void showDlg(); // at the pointer, moved to where a dialog may stand
 
-    // 0 off or closed, 1 on or open, 2 going off or closing, 3 going on or opening; 4 and what is below 0 is
-    // an error. There is no name for a number above 4: it ends the process.
+    // 0 off or closed, 1 on or open, 2 going off or closing, 3 going on or opening; any other number is an
+    // error.
     void onStateChanged(int state);
 
     // A press that no interlock refused. A device on its way can be sent back at once. Before the first state

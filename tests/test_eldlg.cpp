@@ -187,7 +187,9 @@ void TestElDlg::device()
     }
     // In an error the button goes by how it stood before.
     for (int before : {0, 1}) {
-        for (int error : {4, -1}) {
+        // Of what has no picture on the panel any unknown number is an error.
+        for (int error :
+             m_widget == "Door" ? QVector<int>{4, -1, 5, INT_MAX, INT_MIN} : QVector<int>{4, -1}) {
             tell(field, before);
             tell(field, error);
             showsState(QStringLiteral("[ошибка]"), QStringLiteral("background-color: rgb(255, 0, 0);"),
@@ -315,7 +317,7 @@ void TestElDlg::dialogsOfTheBeamUnit()
         auto* button = own.findChild<QPushButton*>(QStringLiteral("sbSwitch"));
         QTest::mouseClick(button, Qt::LeftButton); // nothing is known of the device yet
         QVERIFY(own.isVisible() && heard.isEmpty());
-        for (int state : {0, 1, 2, 3, 4, 1, 4}) {
+        for (int state : {0, 1, 2, 3, 4, 1, 77}) {
             own.onStateChanged(state);
             own.showDlg();
             QTest::mouseClick(button, Qt::LeftButton);
@@ -340,7 +342,6 @@ void TestElDlg::badTablesEndTheProcess()
     QVERIFY(deathOf([&] { make(four, {}); }).contains("\"strElements.size() == listElements.size()\""));
     const std::unique_ptr<KvsDlg> good(make(four, {&element}));
     QVERIFY(deathOf([&] { good->numberChanged(nullptr, 1); }).contains("\"i != m_mapElementRows.end()\""));
-    QVERIFY(deathOf([&] { good->onStateChanged(5); }).contains("ASSERT"));
 }
 
 QTEST_MAIN(TestElDlg)

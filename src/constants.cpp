@@ -70,27 +70,31 @@ Constants::~Constants()
 
 void Constants::onConstsReceivedKVK(int)
 {
-    m_countKVK = addRows(*m_kvk, QStringLiteral("KBK:"));
+    m_countKVK = showRows(*m_kvk, QStringLiteral("KBK:"), m_countKVK);
 }
 
 void Constants::onConstsReceivedKVS(int)
 {
-    m_countKVS = addRows(*m_kvs, QStringLiteral("KBC:"));
+    m_countKVS = showRows(*m_kvs, QStringLiteral("KBC:"), m_countKVS);
 }
 
-int Constants::addRows(const VacuumLink& link, const QString& prefix)
+int Constants::showRows(VacuumLink& link, const QString& prefix, int shown)
 {
     int count = 0;
     const auto* const records = static_cast<const VacuumConst*>(link.getVacConsts(count));
     QTableWidget* const table = m_ui->twConst;
+    const int first = firstRow(prefix);
+    while (shown > count)
+        table->removeRow(first + --shown);
+    while (shown < count)
+        table->insertRow(first + shown++);
     for (int i = 0; i < count; ++i) {
         const VacuumConst& record = records[i];
         const QString description = record.description();
         qDebug() << " Consts: " << description << record.id << record.value;
 
-        const int row = table->rowCount();
+        const int row = first + i;
         const QString id = QString::number(record.id);
-        table->insertRow(row);
         table->setItem(row, 0, centred(prefix + id));
         table->item(row, 0)->setData(Qt::UserRole, id);
         table->setItem(row, 1, new QTableWidgetItem(description));
@@ -100,12 +104,25 @@ int Constants::addRows(const VacuumLink& link, const QString& prefix)
     return count;
 }
 
+int Constants::firstRow(const QString& prefix) const
+{
+    const QTableWidget* const table = m_ui->twConst;
+    int row = 0;
+    while (row < table->rowCount() && !table->item(row, 0)->text().startsWith(prefix))
+        ++row;
+    return row;
+}
+
 void Constants::on_pbChange_clicked()
 {
     const int row = m_ui->twConst->currentRow();
     if (row < 0)
         return;
+    // The rows may be replaced while the keypad is open: the change is that of the row which was chosen. The
+    // controller is known by its place, not by its prefix: both answer in the order in which they are asked.
     const QString name = m_ui->twConst->item(row, 0)->text();
+    const QString description = m_ui->twConst->item(row, 1)->text();
+    const bool ofKvs = row >= m_countKVK;
     Numpad entry(name, m_ui->pbChange, 0, false, false, false);
     if (entry.exec() != QDialog::Accepted)
         return;
@@ -114,12 +131,10 @@ void Constants::on_pbChange_clicked()
         return;
 
     emit message(QStringLiteral("[I]Изменено значение параметра %1 (%2), новое значение: %3")
-                     .arg(name, m_ui->twConst->item(row, 1)->text(), QString::number(entry.value(), 'g')),
+                     .arg(name, description, QString::number(entry.value(), 'g')),
                  true);
     const QString command = QStringLiteral("SET(%1,%2)").arg(name, QString::number(entry.value(), 'f', 7));
-    // The controller is known by the place of the row, not by its prefix: both answer in the order in which
-    // they are asked.
-    if (row >= m_countKVK)
+    if (ofKvs)
         m_kvs->command(command);
     else
         m_kvk->command(command);

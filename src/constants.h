@@ -17,7 +17,8 @@ class Constants;
 // command to the controller, which takes effect there; the list is not read again.
 //
 // Made for one showing: whoever shows it connects the two slots and asks the controllers, KVK first. The rows
-// of KVK are known by standing first, so an answer of KVK that comes after that of KVS misdirects a change.
+// of KVK are known by standing first, so an answer of KVK that comes after that of KVS misdirects a change. A
+// further answer of a controller, to a question of an earlier showing, takes the place of its rows.
 class Constants : public QDialog
 {
     Q_OBJECT
@@ -36,7 +37,9 @@ signals:
     void message(const QString& line, bool isShow); // a journal line
 
 private:
-    int addRows(const VacuumLink& link, const QString& prefix); // the number of records taken
+    // Shows the table of a controller whose rows so far are `shown`; returns how many they are now.
+    int showRows(VacuumLink& link, const QString& prefix, int shown);
+    int firstRow(const QString& prefix) const; // behind all rows when there is none yet
 
     std::unique_ptr<Ui::Constants> m_ui;
     KVKTCPthread* m_kvk;

@@ -127,10 +127,12 @@ VacuumLink::VacuumLink(QThread& thread, const LinkTexts& texts, quint16 constsSi
     , m_receivedText(receivedText)
 {}
 
-const void* VacuumLink::getVacConsts(int& count) const
+const void* VacuumLink::getVacConsts(int& count)
 {
-    count = m_constsCount;
-    return m_consts.data();
+    const std::lock_guard<std::mutex> guard(m_receivedGuard);
+    m_given = m_received;
+    count = m_given.size();
+    return m_given.constData();
 }
 
 TcpLink::Turn VacuumLink::receiveFrame(int socket)
@@ -157,11 +159,14 @@ void VacuumLink::receiveConsts(int socket, int length)
     const int count = std::min(came, maxConsts);
     if (came > count)
         qDebug("%d constants came, the first %d are kept", came, count);
-    std::memcpy(m_consts.data(), body.constData(), static_cast<size_t>(count) * sizeof(VacuumConst));
-    m_constsCount = count;
-    for (int i = 0; i < count; ++i) {
-        const VacuumConst& c = m_consts[static_cast<size_t>(i)];
+    Table table(count);
+    std::memcpy(table.data(), body.constData(), static_cast<size_t>(count) * sizeof(VacuumConst));
+    for (const VacuumConst& c : qAsConst(table))
         qDebug() << c.id << QString::number(double(c.value), 'g', 6) << qUtf8Printable(c.description());
+    {
+        // The window may still be reading an earlier table.
+        const std::lock_guard<std::mutex> guard(m_receivedGuard);
+        m_received = table;
     }
     tellConsts(count);
 }

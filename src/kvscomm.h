@@ -5,10 +5,12 @@
 #include "wiretable.h"
 
 #include <QThread>
+#include <QVector>
 
 #include <array>
 #include <atomic>
 #include <cstddef>
+#include <mutex>
 
 class KVSUDPthread;
 class KVKUDPthread;
@@ -221,9 +223,9 @@ class VacuumLink : public TcpLink
 public:
     static constexpr int maxConsts = 100;
 
-    // The constants as last received, `count` records of VacuumConst. To be read in the window's thread after
-    // constsReceived(); valid until the next constants packet.
-    const void* getVacConsts(int& count) const;
+    // The constants as last received, `count` records of VacuumConst. For the window's thread; valid until
+    // the next call, whatever comes meanwhile.
+    const void* getVacConsts(int& count);
 
 protected:
     VacuumLink(QThread& thread, const LinkTexts& texts, quint16 constsSignature, const char* receivedText);
@@ -238,8 +240,10 @@ private:
 
     quint16 m_constsSignature;
     const char* m_receivedText; // leads the debug line of a text
-    std::array<VacuumConst, maxConsts> m_consts{};
-    std::atomic<int> m_constsCount{0};
+    using Table = QVector<VacuumConst>;
+    Table m_given; // the window's
+    std::mutex m_receivedGuard;
+    Table m_received; // as the thread has read it
 };
 
 // Owns the TCP connection to KVS, and the telemetry thread as long as the connection stands. The same object

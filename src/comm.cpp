@@ -1,5 +1,6 @@
 #include "comm.h"
 
+#include <QDeadlineTimer>
 #include <QThread>
 #include <QVarLengthArray>
 
@@ -9,6 +10,7 @@
 #include <fcntl.h>
 #include <netdb.h>
 #include <netinet/in.h>
+#include <netinet/tcp.h>
 #include <sys/select.h>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -55,6 +57,9 @@ int openStream(const QString& host, int port, const char* link, const char* refu
         return -1;
     }
     ::fcntl(stream, F_SETFL, ::fcntl(stream, F_GETFL) | O_NONBLOCK);
+    // A stop must not wait in the sender's queue for the acknowledgement of the command before it.
+    const int noDelay = 1;
+    ::setsockopt(stream, IPPROTO_TCP, TCP_NODELAY, &noDelay, sizeof noDelay);
 
     while (::connect(stream, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) {
         // A peer that is still pending after the pause answers EALREADY and is given up. This short patience
@@ -69,14 +74,42 @@ int openStream(const QString& host, int port, const char* link, const char* refu
     return stream;
 }
 
-bool sendText(int socket, quint16 signature, const QString& text)
+QHostAddress peerOf(int socket)
 {
+    sockaddr_storage address{};
+    socklen_t size = sizeof address;
+    if (::getpeername(socket, reinterpret_cast<sockaddr*>(&address), &size) != 0)
+        return {};
+    return QHostAddress(reinterpret_cast<const sockaddr*>(&address));
+}
+
+bool Connection::send(quint16 signature, const QString& text, Outlet outlet)
+{
+    // Only close() takes the lock besides: where it is taken the connection has ended.
+    const std::unique_lock<std::mutex> use(m_inUse, std::try_to_lock);
+    const int socket = m_socket;
+    if (!use || socket < 0)
+        return false;
     const QByteArray utf8 = text.toUtf8();
     const FrameHead head{signature, static_cast<quint16>(utf8.size())};
     QVarLengthArray<char, sizeof(FrameHead) + plainFrameText> frame;
     frame.append(reinterpret_cast<const char*>(&head), sizeof head);
     frame.append(utf8.constData(), utf8.size());
-    return ::send(socket, frame.constData(), static_cast<size_t>(frame.size()), MSG_NOSIGNAL) >= 0;
+    const ssize_t sent = ::send(socket, frame.constData(), static_cast<size_t>(frame.size()), MSG_NOSIGNAL);
+    if (sent < 0)
+        tell(outlet, "send() error:", qt_error_string(errno));
+    else if (sent < frame.size())
+        tell(outlet, "send() took only",
+             QStringLiteral("%1 of %2 bytes").arg(qint64(sent)).arg(frame.size()));
+    // A part counts, for the links have always had it so: the controller finds the next frame broken and ends
+    // the connection, and the console makes a new one.
+    return sent >= 0;
+}
+
+void Connection::close()
+{
+    const std::lock_guard<std::mutex> use(m_inUse);
+    ::close(m_socket.exchange(-1));
 }
 
 Wait waitForInput(int socket, Outlet outlet)
@@ -128,20 +161,49 @@ QByteArray receiveBody(int socket, int length, const std::atomic<bool>& stop, co
     return body;
 }
 
-void bindTelemetry(QUdpSocket& socket, int port, Outlet outlet)
+TelemetrySocket::TelemetrySocket(int port, const QHostAddress& controller, Outlet outlet)
+    : m_controller(controller)
+    , m_outlet(outlet)
 {
-    if (!socket.bind(static_cast<quint16>(port)))
-        tell(outlet, "udp bind() error:", socket.errorString());
+    if (!bind(static_cast<quint16>(port)))
+        tell(outlet, "udp bind() error:", errorString());
 }
 
-qint64 nextDatagramSize(QUdpSocket& socket)
+bool TelemetrySocket::await(int ms)
 {
     // Without a port there is nothing to wait on; the silence that follows drops the link.
-    if (socket.state() != QAbstractSocket::BoundState) {
-        QThread::msleep(pollMs);
-        return -1;
+    if (state() != BoundState) {
+        QThread::msleep(static_cast<unsigned long>(ms));
+        return false;
     }
-    return socket.waitForReadyRead(pollMs) ? socket.pendingDatagramSize() : -1;
+    // Strangers make the wait neither longer nor shorter.
+    const QDeadlineTimer end(ms);
+    do {
+        if (!waitForReadyRead(int(end.remainingTime())))
+            return false;
+        if (!hasPendingDatagrams())
+            continue;
+        if (!pendingIsStrange())
+            return true;
+        readDatagram(nullptr, 0);
+    } while (!end.hasExpired());
+    return false;
+}
+
+bool TelemetrySocket::pendingIsStrange()
+{
+    sockaddr_storage address{};
+    socklen_t size = sizeof address;
+    char first;
+    ::recvfrom(static_cast<int>(socketDescriptor()), &first, sizeof first, MSG_PEEK | MSG_DONTWAIT,
+               reinterpret_cast<sockaddr*>(&address), &size);
+    const QHostAddress sender(reinterpret_cast<const sockaddr*>(&address));
+    if (sender.isEqual(m_controller, QHostAddress::ConvertV4MappedToIPv4))
+        return false;
+    if (!m_told)
+        tell(m_outlet, "Dropped a datagram from", sender.toString());
+    m_told = true;
+    return true;
 }
 
 } // namespace comm

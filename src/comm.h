@@ -4,6 +4,7 @@
 
 #include <QByteArray>
 #include <QDebug>
+#include <QHostAddress>
 #include <QMap>
 #include <QString>
 #include <QThread>
@@ -12,6 +13,7 @@
 #include <array>
 #include <atomic>
 #include <cstring>
+#include <mutex>
 
 // What the links to the controllers share, and below it the generic link. Each link keeps what it does with a
 // bad frame, a loss or a field to itself.
@@ -33,15 +35,36 @@ static_assert(sizeof(FrameHead) == 4);
 enum class Outlet { Debug, StandardError };
 void tell(Outlet outlet, const char* what, const QString& why = QString());
 
-// A non-blocking TCP connection, or -1 with the reason told. `link`, if not empty, leads the line about
-// an unknown host, `refused` the one about a peer that is not there. A peer that has not answered after one
-// millisecond counts as absent: the caller runs in the window's thread and tries again a second later.
+// A non-blocking TCP connection that sends small frames at once, or -1 with the reason told. `link`, if not
+// empty, leads the line about an unknown host, `refused` the one about a peer that is not there. A peer that
+// has not answered after one millisecond counts as absent: the caller runs in the window's thread and tries
+// again a second later.
 int openStream(const QString& host, int port, const char* link,
                const char* refused = "tcp connect() error:", Outlet outlet = Outlet::Debug);
 
-// One frame with the UTF-8 text in a single send. False when the send reports an error; a partial send is
-// not noticed. The head carries the low 16 bits of the length.
-bool sendText(int socket, quint16 signature, const QString& text);
+// The address that the controller's name stood for when the connection was made.
+QHostAddress peerOf(int socket);
+
+// A connection on which one thread sends while another one reads, and closes it in the end. The descriptor is
+// never closed under the sender's hands, and the sender waits for nobody.
+class Connection
+{
+public:
+    void open(int socket) { m_socket = socket; }
+    bool isOpen() const { return m_socket >= 0; } // any thread
+    int socket() const { return m_socket; }       // for the thread that reads; -1 while closed
+
+    // One frame with the UTF-8 text in a single send; the head carries the low 16 bits of the length. False
+    // on a closed connection and when the system refuses the frame, which is told. A frame of which only a
+    // part was taken is told and counts as sent: there is no second try.
+    bool send(quint16 signature, const QString& text, Outlet outlet = Outlet::Debug);
+
+    void close(); // by the thread that reads; after the send under way
+
+private:
+    std::mutex m_inUse;
+    std::atomic<int> m_socket{-1};
+};
 
 enum class Wait { Ready, Silent, Failed };
 Wait waitForInput(int socket, Outlet outlet = Outlet::Debug); // at most pollMs; a failure is told
@@ -55,32 +78,42 @@ int receiveHead(int socket, FrameHead& head);
 QByteArray receiveBody(int socket, int length, const std::atomic<bool>& stop, const char* stopText,
                        Outlet outlet = Outlet::Debug);
 
-// Receives status datagrams on `port`, from any address, until `stop` is set. `onPack` gets each one with the
-// right signature. A wrong signature drops the datagram but counts as a sign of life. `onSilence` is called
-// from the eleventh empty wait on, at each, until something comes. A datagram of a size other than `Size`
-// ends the process.
-template <int Size, class OnPack, class OnSilence>
-void receiveTelemetry(int port, quint16 signature, const std::atomic<bool>& stop, OnPack onPack,
-                      OnSilence onSilence);
-
-void bindTelemetry(QUdpSocket& socket, int port, Outlet outlet = Outlet::Debug); // on all addresses
-qint64 nextDatagramSize(QUdpSocket& socket); // waits at most pollMs; -1 when none came
-
-template <int Size, class OnPack, class OnSilence>
-void receiveTelemetry(int port, quint16 signature, const std::atomic<bool>& stop, OnPack onPack,
-                      OnSilence onSilence)
+// The socket on which a controller's datagrams come, on all addresses of this computer. What anybody else
+// sends there is dropped before its size is looked at, and told once.
+class TelemetrySocket : public QUdpSocket
 {
-    QUdpSocket socket;
-    bindTelemetry(socket, port);
+public:
+    TelemetrySocket(int port, const QHostAddress& controller, Outlet outlet = Outlet::Debug);
+
+    // Waits at most `ms` for a datagram of the controller, which is then the pending one.
+    bool await(int ms);
+
+private:
+    bool pendingIsStrange();
+
+    const QHostAddress m_controller;
+    const Outlet m_outlet;
+    bool m_told = false; // of a stranger
+};
+
+// Receives the status datagrams that `controller` sends to `port`, until `stop` is set. `onPack` gets each
+// one with the right signature. A wrong signature drops the datagram but counts as a sign of life.
+// `onSilence` is called from the eleventh empty wait on, at each, until something comes. A datagram of a size
+// other than `Size` ends the process.
+template <int Size, class OnPack, class OnSilence>
+void receiveTelemetry(int port, const QHostAddress& controller, quint16 signature,
+                      const std::atomic<bool>& stop, OnPack onPack, OnSilence onSilence)
+{
+    TelemetrySocket socket(port, controller);
 
     std::array<char, Size> pack;
     int waits = 0;
     while (!stop) {
         if (++waits > silentWaits)
             onSilence();
-        const qint64 s = nextDatagramSize(socket);
-        if (s < 0)
+        if (!socket.await(pollMs))
             continue;
+        const qint64 s = socket.pendingDatagramSize();
         // The text of this assertion is known to those who look after the machine; it stands as it is.
         // clang-format off
         Q_ASSERT(s == (((int)sizeof(pack)+3)/4)*4);
@@ -144,7 +177,7 @@ private:
 
     std::atomic<bool> m_stop{false};
     std::atomic<bool> m_lost{false};
-    std::atomic<int> m_socket{-1}; // -1 while closed
+    comm::Connection m_connection;
     UDPthread* m_telemetry = nullptr;
 };
 
@@ -154,8 +187,9 @@ class UDPthread final : public QThread
 {
     Q_OBJECT
 public:
-    // The elements of the map at this moment, their offsets set; they outlive the thread.
-    UDPthread(QMap<QString, Element*>* elements, int port);
+    // The elements of the map at this moment, their offsets set; they outlive the thread. Only what comes
+    // from the address of the unit is heard.
+    UDPthread(QMap<QString, Element*>* elements, int port, const QHostAddress& unit);
     ~UDPthread() override; // may be called from another thread; waits without limit
 
 signals:
@@ -166,7 +200,7 @@ protected:
     void run() override;
 
 private:
-    std::size_t receiveBlock(QUdpSocket& sock, std::size_t s);
+    std::size_t receiveBlock(comm::TelemetrySocket& sock, std::size_t s);
     void writeElements(std::size_t bytes);
 
     static constexpr std::size_t largestDatagram = 65507;
@@ -174,6 +208,7 @@ private:
     std::atomic<bool> m_stop{false};
     const QMap<QString, Element*> m_elements;
     const int m_port;
+    const QHostAddress m_unit;
     bool m_warned = false; // of a block that is too short
     std::array<char, largestDatagram> m_packet{};
 };

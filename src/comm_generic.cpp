@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <limits>
 #include <sys/socket.h>
-#include <unistd.h>
 
 using comm::FrameHead;
 using comm::Outlet;
@@ -63,8 +62,8 @@ bool TCPthread::connect(const QString& host, int tcpPort, int udpPort, QMap<QStr
     const QString subscription = subscribe(*elements, udpPort);
     m_stop = false;
     m_lost = false;
-    m_socket = stream;
-    m_telemetry = new UDPthread(elements, udpPort);
+    m_connection.open(stream);
+    m_telemetry = new UDPthread(elements, udpPort, comm::peerOf(stream));
     // Direct, so that a loss is acted on even while the window's thread is busy.
     QObject::connect(m_telemetry, &UDPthread::disconnected, this, &TCPthread::UDPdisconnected,
                      Qt::DirectConnection);
@@ -76,19 +75,18 @@ bool TCPthread::connect(const QString& host, int tcpPort, int udpPort, QMap<QStr
 bool TCPthread::command(const QString& text)
 {
     qDebug().noquote() << text;
-    const int stream = m_socket;
-    if (stream < 0)
+    if (!connected())
         return false;
     if (text.toUtf8().size() > std::numeric_limits<quint16>::max()) {
         qWarning("TCPthread: a text of more bytes than a frame can count was not sent");
         return false;
     }
-    return comm::sendText(stream, signature, text);
+    return m_connection.send(signature, text, Outlet::StandardError);
 }
 
 bool TCPthread::connected() const
 {
-    return m_socket >= 0;
+    return m_connection.isOpen();
 }
 
 bool TCPthread::disconnect()
@@ -106,12 +104,11 @@ void TCPthread::UDPdisconnected()
 
 void TCPthread::run()
 {
-    const int stream = m_socket;
+    const int stream = m_connection.socket();
     while (!m_stop && !m_lost && receiveFrame(stream) == Turn::Go) {
     }
 
-    m_socket = -1;
-    ::close(stream);
+    m_connection.close();
     delete m_telemetry;
     m_telemetry = nullptr;
     emit disconnected();
@@ -156,9 +153,10 @@ TCPthread::Turn TCPthread::receiveHead(int stream, FrameHead& head, std::size_t 
     return Turn::Go;
 }
 
-UDPthread::UDPthread(QMap<QString, Element*>* elements, int port)
+UDPthread::UDPthread(QMap<QString, Element*>* elements, int port, const QHostAddress& unit)
     : m_elements(*elements)
     , m_port(port)
+    , m_unit(unit)
 {
     start();
 }
@@ -171,17 +169,15 @@ UDPthread::~UDPthread()
 
 void UDPthread::run()
 {
-    QUdpSocket sock;
-    comm::bindTelemetry(sock, m_port, Outlet::StandardError);
+    comm::TelemetrySocket sock(m_port, m_unit, Outlet::StandardError);
 
     int waits = 0;
     while (!m_stop) {
         if (++waits > comm::silentWaits)
             emit disconnected();
-        const qint64 pending = comm::nextDatagramSize(sock);
-        if (pending < 0)
+        if (!sock.await(comm::pollMs))
             continue;
-        const std::size_t bytes = receiveBlock(sock, static_cast<std::size_t>(pending));
+        const std::size_t bytes = receiveBlock(sock, static_cast<std::size_t>(sock.pendingDatagramSize()));
         if (bytes == 0) {
             // Deliberate: no more telemetry, and no report of its loss. The connection stays until it fails.
             comm::tell(Outlet::StandardError, "Bad signature of UDP packet");
@@ -197,7 +193,7 @@ void UDPthread::run()
 
 // The whole block of which a datagram of `s` bytes waits. Returns the bytes that came, the head among them,
 // or 0 for a wrong signature.
-std::size_t UDPthread::receiveBlock(QUdpSocket& sock, std::size_t s)
+std::size_t UDPthread::receiveBlock(comm::TelemetrySocket& sock, std::size_t s)
 {
     auto& packet = m_packet;
     // The texts of the assertions are known to those who look after the machine; they stand as they are.
@@ -210,7 +206,7 @@ std::size_t UDPthread::receiveBlock(QUdpSocket& sock, std::size_t s)
     // Part of a block is worth nothing, and it is the unit's to complete what it began: this wait has no end
     // and does not look at the stop flag.
     while (s < sizeof(FrameHead) + load<quint16>(packet.data() + sizeof signature)) {
-        if (!sock.waitForReadyRead(restOfBlockMs))
+        if (!sock.await(restOfBlockMs))
             continue;
         Q_ASSERT(s + sock.pendingDatagramSize() <= sizeof(packet));
         const qint64 got = sock.readDatagram(packet.data() + s, qint64(sizeof(packet) - s));

@@ -165,6 +165,7 @@ TcpLink::Turn DriveTCPthread::receiveFrame(int socket)
 
 DriveUDPthread::DriveUDPthread(DriveTCPthread* owner, int port)
     : m_port(port)
+    , m_controller(owner->controller())
     , m_owner(owner)
 {
     m_owner->m_channelState = 0;
@@ -189,7 +190,7 @@ unsigned int DriveUDPthread::channelState() const
 void DriveUDPthread::run()
 {
     comm::receiveTelemetry<packSize>(
-        m_port, signature, m_stop, [this](const Pack& pack) { take(pack); },
+        m_port, m_controller, signature, m_stop, [this](const Pack& pack) { take(pack); },
         [this] { emit UDPdisconnected(); });
 }
 

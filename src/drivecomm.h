@@ -196,7 +196,8 @@ private:
     void storePositions(const Pack& pack);
 
     std::atomic<bool> m_stop{false};
-    int m_port;
+    const int m_port;
+    const QHostAddress m_controller;
     DriveTCPthread* m_owner;
     wire::LastPack<packSize> m_last;
 };

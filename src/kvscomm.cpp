@@ -210,6 +210,7 @@ std::unique_ptr<QThread> KVKTCPthread::listen(int udpPort)
 
 KVSUDPthread::KVSUDPthread(KVSTCPthread* owner, int port)
     : m_port(port)
+    , m_controller(owner->controller())
     , m_owner(owner)
 {
     wire::forward(kvsTable, static_cast<const KVSStatus&>(*this), static_cast<const KVSStatus&>(*m_owner));
@@ -227,13 +228,14 @@ KVSUDPthread::~KVSUDPthread()
 void KVSUDPthread::run()
 {
     comm::receiveTelemetry<404>(
-        m_port, signature, m_stop,
+        m_port, m_controller, signature, m_stop,
         [this](const auto& pack) { m_last.take(kvsTable, static_cast<KVSStatus&>(*this), pack); },
         [this] { emit UDPdisconnected(); });
 }
 
 KVKUDPthread::KVKUDPthread(KVKTCPthread* owner, int port)
     : m_port(port)
+    , m_controller(owner->controller())
     , m_owner(owner)
 {
     wire::forward(kvkTable, static_cast<const KVKStatus&>(*this), static_cast<const KVKStatus&>(*m_owner));
@@ -251,7 +253,7 @@ KVKUDPthread::~KVKUDPthread()
 void KVKUDPthread::run()
 {
     comm::receiveTelemetry<144>(
-        m_port, signature, m_stop,
+        m_port, m_controller, signature, m_stop,
         [this](const auto& pack) { m_last.take(kvkTable, static_cast<KVKStatus&>(*this), pack); },
         [this] { emit UDPdisconnected(); });
 }

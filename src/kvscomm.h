@@ -319,7 +319,8 @@ protected:
 
 private:
     std::atomic<bool> m_stop{false};
-    int m_port;
+    const int m_port;
+    const QHostAddress m_controller;
     KVSTCPthread* m_owner;
     wire::LastPack<404> m_last;
 };
@@ -340,7 +341,8 @@ protected:
 
 private:
     std::atomic<bool> m_stop{false};
-    int m_port;
+    const int m_port;
+    const QHostAddress m_controller;
     KVKTCPthread* m_owner;
     wire::LastPack<144> m_last;
 };

@@ -1,10 +1,6 @@
 #include "tcplink.h"
 
-#include "comm.h"
-
 #include <QTime>
-
-#include <unistd.h>
 
 namespace {
 
@@ -34,7 +30,8 @@ bool TcpLink::connect(const QString& host, int tcpPort, int udpPort)
     if (stream < 0)
         return false;
 
-    m_socket = stream;
+    m_connection.open(stream);
+    m_controller = comm::peerOf(stream);
     m_stop = false;
     m_telemetry = listen(udpPort);
     tell(m_texts.opened);
@@ -45,13 +42,12 @@ bool TcpLink::connect(const QString& host, int tcpPort, int udpPort)
 bool TcpLink::command(const QString& text)
 {
     qDebug() << m_texts.sent << text;
-    const int stream = m_socket;
-    return stream >= 0 && comm::sendText(stream, textSignature, text);
+    return m_connection.send(textSignature, text);
 }
 
 bool TcpLink::connected() const
 {
-    return m_socket >= 0;
+    return m_connection.isOpen();
 }
 
 bool TcpLink::disconnect()
@@ -76,7 +72,7 @@ void TcpLink::end()
 void TcpLink::serve()
 {
     tell(m_texts.started);
-    const int stream = m_socket;
+    const int stream = m_connection.socket();
     while (!m_stop) {
         const comm::Wait wait = comm::waitForInput(stream);
         if (wait == comm::Wait::Failed)
@@ -87,8 +83,7 @@ void TcpLink::serve()
     for (const char* line : m_texts.ended)
         tell(line);
 
-    m_socket = -1;
-    ::close(stream);
+    m_connection.close();
     m_telemetry.reset();
     tellDisconnected();
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "comm.h"
+
 #include <QString>
 #include <QThread>
 
@@ -37,6 +39,10 @@ public:
 
     bool connected() const;
 
+    // The address of the controller that the last connection was made with; only it is listened to. For the
+    // window's thread.
+    const QHostAddress& controller() const { return m_controller; }
+
     // Ends the connection and waits for the thread, without limit. False when there was none.
     bool disconnect();
 
@@ -69,6 +75,7 @@ private:
     QThread& m_thread;
     const LinkTexts& m_texts;
     std::atomic<bool> m_stop{false};
-    std::atomic<int> m_socket{-1}; // -1 while closed
+    comm::Connection m_connection;
+    QHostAddress m_controller;
     std::unique_ptr<QThread> m_telemetry;
 };

@@ -12,6 +12,8 @@
 #include <algorithm>
 #include <memory>
 #include <mutex>
+#include <netinet/in.h>
+#include <sys/socket.h>
 
 // A controller's side of a link, as far as the sockets go.
 struct LinkController
@@ -34,6 +36,25 @@ struct LinkController
         peer->flush();
     }
     void datagram(const QByteArray& bytes) { udp.writeDatagram(bytes, QHostAddress::LocalHost, udpPort); }
+    // From an address that is not the controller's.
+    void stray(const QByteArray& bytes) const
+    {
+        QUdpSocket other;
+        other.bind(QHostAddress(QStringLiteral("127.0.0.2")));
+        other.writeDatagram(bytes, QHostAddress::LocalHost, udpPort);
+    }
+    // The console's end of the connection among the descriptors of this process, -1 if it is not here.
+    int consoleEnd() const
+    {
+        for (int descriptor = 3; descriptor < 1024; ++descriptor) {
+            sockaddr_in own{};
+            socklen_t size = sizeof own;
+            if (::getsockname(descriptor, reinterpret_cast<sockaddr*>(&own), &size) == 0 &&
+                own.sin_family == AF_INET && ntohs(own.sin_port) == peer->peerPort())
+                return descriptor;
+        }
+        return -1;
+    }
     // True when the console has taken all that was sent over TCP.
     bool taken() const
     {

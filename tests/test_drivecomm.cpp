@@ -12,6 +12,7 @@
 #include <limits>
 #include <memory>
 #include <netinet/in.h>
+#include <netinet/tcp.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -31,10 +32,13 @@ private slots:
     void fieldsThatCompareOddly();
     void badSignatureIsDropped();
     void badSignatureCountsAsLife();
+    void strangersAreNotHeard();
     void wrongSizeEndsTheProcess_data();
     void wrongSizeEndsTheProcess();
 
     void commandBytes();
+    void commandsGoOutAtOnce();
+    void commandsWhileTheLinkFalls();
     void receivedFrames();
     void badFramesEndTheConnection_data();
     void badFramesEndTheConnection();
@@ -225,6 +229,27 @@ void TestDriveComm::badSignatureCountsAsLife()
     QCOMPARE(s.recorder.entries.size(), 0);
 }
 
+void TestDriveComm::strangersAreNotHeard()
+{
+    // The controller may be known by a name.
+    Setup s;
+    QVERIFY(s.link.connect(QStringLiteral("localhost"), site().drive.tcpPort, site().drive.udpPort) &&
+            s.controller.accept());
+    const QByteArray good = emptyDatagram();
+    QVERIFY(s.prime(good));
+    QByteArray forged = good;
+    put(forged, fieldNamed("X"), 5);
+    for (const QByteArray& datagram : {forged, QByteArray(), QByteArray(1000, 'x')})
+        s.controller.stray(datagram);
+    QCOMPARE(s.hear({}, good).size(), 0);
+    QCOMPARE(DebugLines::count(QStringLiteral("Dropped a datagram from")), 1);
+    // Many of them between two datagrams of the controller are no silence of the controller.
+    for (int i = 0; i < 50; ++i)
+        s.controller.stray(forged);
+    QCOMPARE(s.hear({}, good).size(), 0);
+    QVERIFY(s.link.connected());
+}
+
 void TestDriveComm::wrongSizeEndsTheProcess_data()
 {
     QTest::addColumn<int>("size");
@@ -268,6 +293,40 @@ void TestDriveComm::commandBytes()
     }
     QTRY_COMPARE(s.controller.peer->bytesAvailable(), qint64(expected.size()));
     QCOMPARE(s.controller.peer->readAll(), expected);
+}
+
+void TestDriveComm::commandsGoOutAtOnce()
+{
+    Setup s;
+    QVERIFY(s.open());
+    const int console = s.controller.consoleEnd();
+    int noDelay = 0;
+    socklen_t size = sizeof noDelay;
+    QCOMPARE(::getsockopt(console, IPPROTO_TCP, TCP_NODELAY, &noDelay, &size), 0);
+    QVERIFY(noDelay != 0);
+
+    // A controller that does not read: what the system takes no more is told, and refused at once.
+    const QString text(900, QLatin1Char('z'));
+    QElapsedTimer time;
+    time.start();
+    while (s.link.command(text) && time.elapsed() < 20000) {
+    }
+    QCOMPARE(DebugLines::count(QStringLiteral("send() error: Resource temporarily unavailable")), 1);
+    QVERIFY(s.link.connected());
+}
+
+void TestDriveComm::commandsWhileTheLinkFalls()
+{
+    // The connection is closed by another thread than the one that sends.
+    Setup s;
+    for (int round = 1; round <= 20; ++round) {
+        QVERIFY(s.open());
+        s.controller.peer->close();
+        while (s.link.connected())
+            s.link.command(QStringLiteral("STOP_PRG"));
+        QVERIFY(!s.link.command(QStringLiteral("STOP_PRG")));
+        QTRY_COMPARE(s.ends, round);
+    }
 }
 
 void TestDriveComm::receivedFrames()
@@ -393,6 +452,9 @@ void TestDriveComm::silenceDropsTheLink()
     QVERIFY(s.prime(emptyDatagram()));
     QElapsedTimer timer;
     timer.start();
+    QTimer strangers; // no sign of the controller's life
+    connect(&strangers, &QTimer::timeout, this, [&] { s.controller.stray(emptyDatagram()); });
+    strangers.start(20);
     QTRY_COMPARE(s.ends, 1);
     QVERIFY2(timer.elapsed() >= 950, qPrintable(QString::number(timer.elapsed())));
     QVERIFY(!s.link.connected());

@@ -212,6 +212,11 @@ void TestKvsComm::oddDatagrams()
         padded[i] = char(0xee);
     QCOMPARE(s.hear({padded}, zero).size(), 0);
 
+    // From elsewhere, of any size.
+    s.controller.stray(with(pressure, 5));
+    s.controller.stray(zero.left(100));
+    QCOMPARE(s.hear({}, zero).size(), 0);
+
     // A wrong signature is neither told nor remembered.
     QByteArray foreign = with(pressure, 5);
     foreign[0] = 0x52;

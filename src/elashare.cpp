@@ -2,8 +2,6 @@
 
 #include "site.h"
 
-#include <QSharedMemory>
-
 #include <cstring>
 
 namespace {
@@ -19,35 +17,21 @@ T load(const std::array<quint64, 64>& block, int offset)
 } // namespace
 
 ElaSharedMemory::ElaSharedMemory()
-    : m_shared(std::make_unique<QSharedMemory>(QStringLiteral("ELA_SHM_KEY") + site().shmSuffix))
-{
-    // The second attempt to attach is for a beam unit that made the segment just now.
-    if (!m_shared->attach() && !m_shared->create(sizeof(Block)) && !m_shared->attach()) {
-        qWarning("ElaSharedMemory: no segment: %s", qPrintable(m_shared->errorString()));
-        return;
-    }
-    if (m_shared->size() < int(sizeof(Block))) {
-        qWarning("ElaSharedMemory: the segment has %d bytes only", m_shared->size());
-        return;
-    }
-    m_data = m_shared->data();
-    m_shared->lock();
-    std::memset(m_data, 0, sizeof(Block));
-    m_shared->unlock();
-}
-
-ElaSharedMemory::~ElaSharedMemory() = default;
+    : m_segment("ElaSharedMemory", QStringLiteral("ELA_SHM_KEY") + site().shmSuffix, sizeof(Block))
+{}
 
 void ElaSharedMemory::updateStatusEla()
 {
-    if (!m_data)
+    Block now;
+    if (!m_segment.read(now.data())) {
+        // Once may be chance: the unit is judged by a whole period of the caller.
+        m_status = m_status && !m_missed;
+        m_missed = true;
         return;
-    m_shared->lock();
-    quint64 heartbeat;
-    std::memcpy(&heartbeat, m_data, sizeof heartbeat);
-    m_status = m_copy[0] != heartbeat;
-    std::memcpy(m_copy.data(), m_data, sizeof(Block));
-    m_shared->unlock();
+    }
+    m_missed = false;
+    m_status = m_copy[0] != now[0];
+    m_copy = now;
 }
 
 float ElaSharedMemory::value(ela::Real offset) const

@@ -1,11 +1,8 @@
 #pragma once
 
-#include <QtGlobal>
+#include "sharedsegment.h"
 
 #include <array>
-#include <memory>
-
-class QSharedMemory;
 
 // Where the beam unit's values stand in its block, in bytes. Currents in mA unless said otherwise.
 namespace ela {
@@ -38,19 +35,20 @@ enum Integer { // 32 bits
 
 // The block that the beam unit's own program publishes on this computer: 512 bytes of shared memory in host
 // byte order, whose first 64-bit word the writer keeps changing. Key "ELA_SHM_KEY" and the site's suffix.
-// The cross-process lock of the segment guards each copy.
+// The cross-process lock of the segment guards each copy; nobody here waits for a unit that does not give it
+// back.
 class ElaSharedMemory
 {
 public:
     // Attaches to the segment or makes it, and zeroes it: a beam unit that already runs restores it with its
     // next write. Without the segment, told in the debug output, the unit counts as silent for good.
     ElaSharedMemory();
-    ~ElaSharedMemory(); // detaches
     ElaSharedMemory(const ElaSharedMemory&) = delete;
     ElaSharedMemory& operator=(const ElaSharedMemory&) = delete;
 
     // Takes the block over into `m_copy`. The unit counts as alive when the first word has changed since the
-    // call before, so it has to change once per period of the caller.
+    // call before, so it has to change once per period of the caller. While the unit holds the block locked
+    // the last copy stays; from the second such call on the unit counts as silent.
     void updateStatusEla();
     bool status() const { return m_status; }
 
@@ -61,12 +59,12 @@ public:
 private:
     using Block = std::array<quint64, 64>;
 
-    std::unique_ptr<QSharedMemory> m_shared;
-    void* m_data = nullptr; // of the segment, null without one
+    SharedSegment m_segment;
 
 public:
     Block m_copy{}; // the last block read
 
 private:
     bool m_status = false;
+    bool m_missed = false; // the last call got no block
 };

@@ -3,13 +3,19 @@
 #include "gui.h"
 #include "plant/beamunit.h"
 #include "plant/controller.h"
+#include "pultshare.h"
 #include "sitefixture.h"
 
+#include <QApplication>
+#include <QElapsedTimer>
 #include <QLabel>
+#include <QProcess>
 #include <QSharedMemory>
 #include <QtTest>
 
+#include <algorithm>
 #include <cstring>
+#include <vector>
 
 namespace {
 
@@ -23,6 +29,8 @@ public:
         m_ready = m_shared.attach() || m_shared.create(512);
     }
     bool ready() const { return m_ready; }
+    void hold() { m_shared.lock(); }
+    void giveBack() { m_shared.unlock(); }
     char* data() { return static_cast<char*>(m_shared.data()); }
     void fill(char byte) { std::memset(data(), byte, 512); }
     void beat() { ++*reinterpret_cast<quint64*>(data()); }
@@ -31,6 +39,21 @@ private:
     QSharedMemory m_shared;
     bool m_ready = false;
 };
+
+// A console, as far as the two segments go: this program, started a second time.
+int beAConsole(const QString& suffix)
+{
+    Site place;
+    place.shmSuffix = suffix;
+    setSite(place);
+    ElaSharedMemory ela;
+    PultShare pult;
+    for (int i = 0; i < 3; ++i) {
+        ela.updateStatusEla();
+        pult.setBlockGui(true);
+    }
+    return 0;
+}
 
 } // namespace
 
@@ -43,6 +66,8 @@ private slots:
     void aliveMeansThatTheFirstWordHasChanged();
     void readsWhatTheBeamUnitWrites();
     void theLabelFollowsTheHeartbeat();
+    void nobodyWaitsForALockThatIsNotGivenBack();
+    void theProcessEndsAtALockThatIsNotGivenBack();
 };
 
 void TestElaShare::startZeroesTheBlockOfAUnitThatAlreadyRuns()
@@ -173,8 +198,80 @@ void TestElaShare::theLabelFollowsTheHeartbeat()
     }
     gui.onTimeChanged();
     QCOMPARE(colour(), red);
+
+    // A unit that hangs with the lock in its hands: red at the second tick, and green again once it goes on.
+    writer.beat();
+    gui.onTimeChanged();
+    writer.hold();
+    gui.onTimeChanged();
+    QCOMPARE(colour(), green);
+    gui.onTimeChanged();
+    QCOMPARE(colour(), red);
+    writer.beat();
+    writer.giveBack();
+    QVERIFY(QTest::qWaitFor([&] { return gui.onTimeChanged(), colour() == green; }));
 }
 
-QTEST_MAIN(TestElaShare)
+// The worst call, ms, by what a single scheduling of this machine may cost.
+void TestElaShare::nobodyWaitsForALockThatIsNotGivenBack()
+{
+    SiteFixture place;
+    Writer writer;
+    QSharedMemory panel(QStringLiteral("PULT_SHARE_KEY") + site().shmSuffix);
+    QVERIFY(writer.ready() && panel.create(16));
+    ElaSharedMemory ela;
+    PultShare pult;
+    writer.hold();
+    panel.lock();
+    std::vector<double> times;
+    for (int i = 0; i < 1000; ++i) {
+        QElapsedTimer time;
+        time.start();
+        ela.updateStatusEla();
+        pult.setFuncLeftEncoder(i % 2);
+        pult.getFuncLeftEncoder();
+        times.push_back(double(time.nsecsElapsed()) / 1e6);
+    }
+    std::sort(times.begin(), times.end());
+    qInfo("a tick while both are held: median %.4f ms, worst %.1f ms", times[500], times.back());
+    QVERIFY(times[990] < 5);
+    QVERIFY(times.back() < 200);
+    QVERIFY(!ela.status());
+
+    // Late is better than never.
+    writer.beat();
+    writer.giveBack();
+    panel.unlock();
+    QVERIFY(QTest::qWaitFor([&] { return ela.updateStatusEla(), ela.status(); }));
+    QTRY_COMPARE(*static_cast<const quint32*>(panel.constData()), 1U);
+}
+
+void TestElaShare::theProcessEndsAtALockThatIsNotGivenBack()
+{
+    SiteFixture place;
+    Writer writer;
+    QVERIFY(writer.ready());
+    writer.hold();
+    QProcess console;
+    QElapsedTimer time;
+    time.start();
+    console.start(QCoreApplication::applicationFilePath(), {QStringLiteral("--console"), site().shmSuffix});
+    const bool ended = console.waitForFinished(10'000);
+    writer.giveBack();
+    QVERIFY(ended);
+    qInfo("a console that met a held lock ended after %lld ms", time.elapsed());
+    QCOMPARE(console.exitStatus(), QProcess::NormalExit);
+    QCOMPARE(console.exitCode(), 0);
+}
+
+// With "--console" the program is one that meets the segments as they are.
+int main(int argc, char* argv[])
+{
+    if (argc == 3 && qstrcmp(argv[1], "--console") == 0)
+        return beAConsole(QString::fromLocal8Bit(argv[2]));
+    QApplication app(argc, argv);
+    TestElaShare test;
+    return QTest::qExec(&test, argc, argv);
+}
 
 #include "test_elashare.moc"

@@ -367,7 +367,7 @@ void TestHandwheels::panelTakesTheWheelUnderAnOpenMenu()
     QVERIFY(!open);
     QCOMPARE(use(3), QStringLiteral("Отключен"));
     m_gui->onTimeChanged();
-    QCOMPARE(wordsElsewhere(), QStringLiteral("0 0 0 0"));
+    QTRY_COMPARE(wordsElsewhere(), QStringLiteral("0 0 0 0"));
 }
 
 void TestHandwheels::keySwitchStopsAllWheels()
@@ -385,22 +385,22 @@ void TestHandwheels::keySwitchStopsAllWheels()
 
 void TestHandwheels::shareSeenByAnotherProcess()
 {
-    QCOMPARE(wordsElsewhere(), QStringLiteral("0 0 0 0"));
+    QTRY_COMPARE(wordsElsewhere(), QStringLiteral("0 0 0 0"));
     choose("lblLir1", QStringLiteral("ЭЛА"));
     QTRY_COMPARE(wordsElsewhere(), QStringLiteral("1 0 0 0")); // by the tick, within a second
     choose("lblLir1", QStringLiteral("Ось LX"));
     choose("lblLir2", QStringLiteral("ЭЛА"));
     m_gui->onTimeChanged();
-    QCOMPARE(wordsElsewhere(), QStringLiteral("0 1 0 0"));
+    QTRY_COMPARE(wordsElsewhere(), QStringLiteral("0 1 0 0"));
     choose("lblLir3", QStringLiteral("ЭЛА"));
     tell({{"KeyAccess", 0}});
     m_gui->onTimeChanged();
-    QCOMPARE(wordsElsewhere(), QStringLiteral("0 1 1 1"));
+    QTRY_COMPARE(wordsElsewhere(), QStringLiteral("0 1 1 1"));
     tell({{"KeyAccess", 1}, {"PultOn", 1}});
     m_gui->onTimeChanged();
-    QCOMPARE(wordsElsewhere(), QStringLiteral("0 1 0 0"));
+    QTRY_COMPARE(wordsElsewhere(), QStringLiteral("0 1 0 0"));
     m_gui.reset();
-    QCOMPARE(wordsElsewhere(), QStringLiteral("no segment")); // the last one takes it away
+    QTRY_COMPARE(wordsElsewhere(), QStringLiteral("no segment")); // the last one takes it away
 }
 
 void TestHandwheels::shareThatStoodBefore()
@@ -410,12 +410,12 @@ void TestHandwheels::shareThatStoodBefore()
     QVERIFY(panel.create(16));
     memset(panel.data(), 0x55, 16);
     PultShare share;
-    QCOMPARE(wordsElsewhere(), QStringLiteral("0 0 0 0"));
+    QTRY_COMPARE(wordsElsewhere(), QStringLiteral("0 0 0 0"));
     share.setFuncLeftEncoder(2);
     share.setFuncRightEncoder(3);
     share.setFuncDistEncoder(4);
     share.setBlockGui(true);
-    QCOMPARE(wordsElsewhere(), QStringLiteral("2 3 4 1"));
+    QTRY_COMPARE(wordsElsewhere(), QStringLiteral("2 3 4 1"));
     quint32 words[] = {5, 6, 7, 8};
     panel.lock();
     memcpy(panel.data(), words, sizeof words);

@@ -288,6 +288,9 @@ void KVS::setValveState(Device valve, int state)
         changedChamberState();
 }
 
+// Below 0 nothing is known yet of TMN, VPT and VE1, and their picture stays. A state above 4 ends the process
+// for want of a picture, as it does with every device of the panel: a controller of another make is to be
+// noticed.
 void KVS::changedTMN(int state)
 {
     m_states[TMN] = state;

@@ -3,19 +3,13 @@
 #include "gui.h"
 #include "plant/beamunit.h"
 #include "plant/controller.h"
-#include "pultshare.h"
 #include "sitefixture.h"
 
-#include <QApplication>
-#include <QElapsedTimer>
 #include <QLabel>
-#include <QProcess>
 #include <QSharedMemory>
 #include <QtTest>
 
-#include <algorithm>
 #include <cstring>
-#include <vector>
 
 namespace {
 
@@ -40,21 +34,6 @@ private:
     bool m_ready = false;
 };
 
-// A console, as far as the two segments go: this program, started a second time.
-int beAConsole(const QString& suffix)
-{
-    Site place;
-    place.shmSuffix = suffix;
-    setSite(place);
-    ElaSharedMemory ela;
-    PultShare pult;
-    for (int i = 0; i < 3; ++i) {
-        ela.updateStatusEla();
-        pult.setBlockGui(true);
-    }
-    return 0;
-}
-
 } // namespace
 
 class TestElaShare : public QObject
@@ -66,8 +45,6 @@ private slots:
     void aliveMeansThatTheFirstWordHasChanged();
     void readsWhatTheBeamUnitWrites();
     void theLabelFollowsTheHeartbeat();
-    void nobodyWaitsForALockThatIsNotGivenBack();
-    void theProcessEndsAtALockThatIsNotGivenBack();
 };
 
 void TestElaShare::startZeroesTheBlockOfAUnitThatAlreadyRuns()
@@ -212,66 +189,6 @@ void TestElaShare::theLabelFollowsTheHeartbeat()
     QVERIFY(QTest::qWaitFor([&] { return gui.onTimeChanged(), colour() == green; }));
 }
 
-// The worst call, ms, by what a single scheduling of this machine may cost.
-void TestElaShare::nobodyWaitsForALockThatIsNotGivenBack()
-{
-    SiteFixture place;
-    Writer writer;
-    QSharedMemory panel(QStringLiteral("PULT_SHARE_KEY") + site().shmSuffix);
-    QVERIFY(writer.ready() && panel.create(16));
-    ElaSharedMemory ela;
-    PultShare pult;
-    writer.hold();
-    panel.lock();
-    std::vector<double> times;
-    for (int i = 0; i < 1000; ++i) {
-        QElapsedTimer time;
-        time.start();
-        ela.updateStatusEla();
-        pult.setFuncLeftEncoder(i % 2);
-        pult.getFuncLeftEncoder();
-        times.push_back(double(time.nsecsElapsed()) / 1e6);
-    }
-    std::sort(times.begin(), times.end());
-    qInfo("a tick while both are held: median %.4f ms, worst %.1f ms", times[500], times.back());
-    QVERIFY(times[990] < 5);
-    QVERIFY(times.back() < 200);
-    QVERIFY(!ela.status());
-
-    // Late is better than never.
-    writer.beat();
-    writer.giveBack();
-    panel.unlock();
-    QVERIFY(QTest::qWaitFor([&] { return ela.updateStatusEla(), ela.status(); }));
-    QTRY_COMPARE(*static_cast<const quint32*>(panel.constData()), 1U);
-}
-
-void TestElaShare::theProcessEndsAtALockThatIsNotGivenBack()
-{
-    SiteFixture place;
-    Writer writer;
-    QVERIFY(writer.ready());
-    writer.hold();
-    QProcess console;
-    QElapsedTimer time;
-    time.start();
-    console.start(QCoreApplication::applicationFilePath(), {QStringLiteral("--console"), site().shmSuffix});
-    const bool ended = console.waitForFinished(10'000);
-    writer.giveBack();
-    QVERIFY(ended);
-    qInfo("a console that met a held lock ended after %lld ms", time.elapsed());
-    QCOMPARE(console.exitStatus(), QProcess::NormalExit);
-    QCOMPARE(console.exitCode(), 0);
-}
-
-// With "--console" the program is one that meets the segments as they are.
-int main(int argc, char* argv[])
-{
-    if (argc == 3 && qstrcmp(argv[1], "--console") == 0)
-        return beAConsole(QString::fromLocal8Bit(argv[2]));
-    QApplication app(argc, argv);
-    TestElaShare test;
-    return QTest::qExec(&test, argc, argv);
-}
+QTEST_MAIN(TestElaShare)
 
 #include "test_elashare.moc"

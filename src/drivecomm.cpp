@@ -141,11 +141,7 @@ unsigned int DriveTCPthread::channelState() const
 
 std::unique_ptr<QThread> DriveTCPthread::listen(int udpPort)
 {
-    auto telemetry = std::make_unique<DriveUDPthread>(this, udpPort);
-    // Direct, so that a loss is acted on even while the window's thread is busy.
-    QObject::connect(telemetry.get(), &DriveUDPthread::UDPdisconnected, this,
-                     &DriveTCPthread::UDPdisconnected, Qt::DirectConnection);
-    return telemetry;
+    return std::make_unique<DriveUDPthread>(this, udpPort);
 }
 
 TcpLink::Turn DriveTCPthread::receiveFrame(int socket)
@@ -171,6 +167,9 @@ DriveUDPthread::DriveUDPthread(DriveTCPthread* owner, int port)
     m_owner->m_channelState = 0;
     wire::forward(driveTable, static_cast<const DriveStatus&>(*this),
                   static_cast<const DriveStatus&>(*m_owner));
+    // Direct, so that a loss is acted on even while the window's thread is busy.
+    connect(this, &DriveUDPthread::UDPdisconnected, m_owner, &DriveTCPthread::UDPdisconnected,
+            Qt::DirectConnection);
     start();
 }
 

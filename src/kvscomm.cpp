@@ -183,11 +183,7 @@ KVSTCPthread::~KVSTCPthread()
 
 std::unique_ptr<QThread> KVSTCPthread::listen(int udpPort)
 {
-    auto telemetry = std::make_unique<KVSUDPthread>(this, udpPort);
-    // Direct, so that a loss is acted on even while the window's thread is busy.
-    QObject::connect(telemetry.get(), &KVSUDPthread::UDPdisconnected, this, &KVSTCPthread::UDPdisconnected,
-                     Qt::DirectConnection);
-    return telemetry;
+    return std::make_unique<KVSUDPthread>(this, udpPort);
 }
 
 KVKTCPthread::KVKTCPthread(QObject* parent)
@@ -202,10 +198,7 @@ KVKTCPthread::~KVKTCPthread()
 
 std::unique_ptr<QThread> KVKTCPthread::listen(int udpPort)
 {
-    auto telemetry = std::make_unique<KVKUDPthread>(this, udpPort);
-    QObject::connect(telemetry.get(), &KVKUDPthread::UDPdisconnected, this, &KVKTCPthread::UDPdisconnected,
-                     Qt::DirectConnection);
-    return telemetry;
+    return std::make_unique<KVKUDPthread>(this, udpPort);
 }
 
 KVSUDPthread::KVSUDPthread(KVSTCPthread* owner, int port)
@@ -215,6 +208,9 @@ KVSUDPthread::KVSUDPthread(KVSTCPthread* owner, int port)
 {
     wire::forward(kvsTable, static_cast<const KVSStatus&>(*this), static_cast<const KVSStatus&>(*m_owner));
     connect(this, &KVSStatus::message, m_owner, &KVSStatus::message);
+    // Direct, so that a loss is acted on even while the window's thread is busy.
+    connect(this, &KVSUDPthread::UDPdisconnected, m_owner, &KVSTCPthread::UDPdisconnected,
+            Qt::DirectConnection);
     start();
 }
 
@@ -240,6 +236,9 @@ KVKUDPthread::KVKUDPthread(KVKTCPthread* owner, int port)
 {
     wire::forward(kvkTable, static_cast<const KVKStatus&>(*this), static_cast<const KVKStatus&>(*m_owner));
     connect(this, &KVKStatus::message, m_owner, &KVKStatus::message);
+    // Direct, so that a loss is acted on even while the window's thread is busy.
+    connect(this, &KVKUDPthread::UDPdisconnected, m_owner, &KVKTCPthread::UDPdisconnected,
+            Qt::DirectConnection);
     start();
 }
 

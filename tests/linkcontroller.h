@@ -22,6 +22,7 @@ struct LinkController
         : udpPort(quint16(at.udpPort))
     {
         server.listen(QHostAddress::LocalHost, quint16(at.tcpPort));
+        stranger.bind(QHostAddress(QStringLiteral("127.0.0.2")));
     }
     bool accept()
     {
@@ -37,12 +38,7 @@ struct LinkController
     }
     void datagram(const QByteArray& bytes) { udp.writeDatagram(bytes, QHostAddress::LocalHost, udpPort); }
     // From an address that is not the controller's.
-    void stray(const QByteArray& bytes) const
-    {
-        QUdpSocket other;
-        other.bind(QHostAddress(QStringLiteral("127.0.0.2")));
-        other.writeDatagram(bytes, QHostAddress::LocalHost, udpPort);
-    }
+    void stray(const QByteArray& bytes) { stranger.writeDatagram(bytes, QHostAddress::LocalHost, udpPort); }
     // The console's end of the connection among the descriptors of this process, -1 if it is not here.
     int consoleEnd() const
     {
@@ -74,6 +70,7 @@ struct LinkController
     QTcpServer server;
     std::unique_ptr<QTcpSocket> peer;
     QUdpSocket udp;
+    QUdpSocket stranger;
     quint16 udpPort;
 };
 

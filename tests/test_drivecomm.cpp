@@ -30,7 +30,6 @@ private slots:
     void firstDatagramTellsEverythingInOrder();
     void everyFieldIsToldAlone();
     void fieldsThatCompareOddly();
-    void badSignatureIsDropped();
     void badSignatureCountsAsLife();
     void strangersAreNotHeard();
     void wrongSizeEndsTheProcess_data();
@@ -38,7 +37,6 @@ private slots:
 
     void commandBytes();
     void commandsGoOutAtOnce();
-    void commandsWhileTheLinkFalls();
     void receivedFrames();
     void badFramesEndTheConnection_data();
     void badFramesEndTheConnection();
@@ -174,47 +172,16 @@ void TestDriveComm::fieldsThatCompareOddly()
     // A position that is no number is told with every datagram: twice here, then by the mark, then as 0.
     QByteArray nan = zero;
     put(nan, fieldNamed("LY"), std::numeric_limits<double>::quiet_NaN());
-    auto heard = s.hear({nan, nan}, zero);
+    const auto heard = s.hear({nan, nan}, zero);
     QCOMPARE(heard.size(), 3);
     QVERIFY(std::isnan(heard[0].value.toFloat()) && std::isnan(heard[1].value.toFloat()));
     QCOMPARE(heard[2].value.toFloat(), 0.f);
-
-    // The two zeros are one value.
-    QByteArray minusZero = zero;
-    put(minusZero, fieldNamed("LY"), -0.0);
-    QCOMPARE(s.hear({minusZero}, zero).size(), 0);
-
-    // Flags: raw bytes compared, a clean truth told.
-    QByteArray one = zero;
-    QByteArray two = zero;
-    put(one, fieldNamed("DrivesOn"), 1);
-    put(two, fieldNamed("DrivesOn"), 2);
-    heard = s.hear({one, two, zero}, zero);
-    QCOMPARE(heard.size(), 3);
-    QCOMPARE(heard[0].value, QVariant(true));
-    QCOMPARE(heard[1].value, QVariant(true));
-    QCOMPARE(heard[2].value, QVariant(false));
 
     // Bytes that nobody reads.
     QByteArray padded = zero;
     for (int i : {2, 3, 289, 290, 294, 295})
         padded[i] = char(0xee);
     QCOMPARE(s.hear({padded, zero, padded}, padded).size(), 0);
-}
-
-void TestDriveComm::badSignatureIsDropped()
-{
-    Setup s;
-    QVERIFY(s.open());
-    const QByteArray good = emptyDatagram();
-    QVERIFY(s.prime(good));
-
-    QByteArray bad = good;
-    bad[0] = 0x51;
-    put(bad, fieldNamed("X"), 5);
-    QCOMPARE(s.hear({bad, good}, good).size(), 0); // neither told nor remembered
-    QCOMPARE(DebugLines::count(QStringLiteral("Bad signature of drive UDP packet")), 1);
-    QVERIFY(s.link.connected());
 }
 
 void TestDriveComm::badSignatureCountsAsLife()
@@ -306,27 +273,10 @@ void TestDriveComm::commandsGoOutAtOnce()
     QVERIFY(noDelay != 0);
 
     // A controller that does not read: what the system takes no more is told, and refused at once.
-    const QString text(900, QLatin1Char('z'));
-    QElapsedTimer time;
-    time.start();
-    while (s.link.command(text) && time.elapsed() < 20000) {
+    for (int i = 0; i < 1'000'000 && s.link.command(QString(900, 'z')); ++i) {
     }
     QCOMPARE(DebugLines::count(QStringLiteral("send() error: Resource temporarily unavailable")), 1);
     QVERIFY(s.link.connected());
-}
-
-void TestDriveComm::commandsWhileTheLinkFalls()
-{
-    // The connection is closed by another thread than the one that sends.
-    Setup s;
-    for (int round = 1; round <= 20; ++round) {
-        QVERIFY(s.open());
-        s.controller.peer->close();
-        while (s.link.connected())
-            s.link.command(QStringLiteral("STOP_PRG"));
-        QVERIFY(!s.link.command(QStringLiteral("STOP_PRG")));
-        QTRY_COMPARE(s.ends, round);
-    }
 }
 
 void TestDriveComm::receivedFrames()
@@ -498,6 +448,9 @@ void TestDriveComm::reconnectAtOnce()
             QVERIFY(s.open());
             ++opened;
             s.controller.peer->close();
+            // Another thread closes the connection than the one that sends.
+            while (s.link.connected())
+                s.link.command(QStringLiteral("STOP_PRG"));
         }
     });
     QVERIFY(s.open());

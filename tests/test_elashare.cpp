@@ -23,8 +23,6 @@ public:
         m_ready = m_shared.attach() || m_shared.create(512);
     }
     bool ready() const { return m_ready; }
-    void hold() { m_shared.lock(); }
-    void giveBack() { m_shared.unlock(); }
     char* data() { return static_cast<char*>(m_shared.data()); }
     void fill(char byte) { std::memset(data(), byte, 512); }
     void beat() { ++*reinterpret_cast<quint64*>(data()); }
@@ -41,24 +39,10 @@ class TestElaShare : public QObject
     Q_OBJECT
 
 private slots:
-    void startZeroesTheBlockOfAUnitThatAlreadyRuns();
     void aliveMeansThatTheFirstWordHasChanged();
     void readsWhatTheBeamUnitWrites();
     void theLabelFollowsTheHeartbeat();
 };
-
-void TestElaShare::startZeroesTheBlockOfAUnitThatAlreadyRuns()
-{
-    SiteFixture place;
-    Writer writer;
-    QVERIFY(writer.ready());
-    writer.fill('\x5A');
-    ElaSharedMemory share;
-    QCOMPARE(QByteArray(writer.data(), 512), QByteArray(512, '\0'));
-    QVERIFY(!share.status());
-    share.updateStatusEla(); // zeros on both sides
-    QVERIFY(!share.status());
-}
 
 void TestElaShare::aliveMeansThatTheFirstWordHasChanged()
 {
@@ -175,18 +159,6 @@ void TestElaShare::theLabelFollowsTheHeartbeat()
     }
     gui.onTimeChanged();
     QCOMPARE(colour(), red);
-
-    // A unit that hangs with the lock in its hands: red at the second tick, and green again once it goes on.
-    writer.beat();
-    gui.onTimeChanged();
-    writer.hold();
-    gui.onTimeChanged();
-    QCOMPARE(colour(), green);
-    gui.onTimeChanged();
-    QCOMPARE(colour(), red);
-    writer.beat();
-    writer.giveBack();
-    QVERIFY(QTest::qWaitFor([&] { return gui.onTimeChanged(), colour() == green; }));
 }
 
 QTEST_MAIN(TestElaShare)

@@ -104,9 +104,7 @@ void TestSharedSegment::theProcessEndsAtALockThatIsNotGivenBack()
     const bool ended = console.waitForFinished(10'000);
     qInfo("a console that met held locks ended after %lld ms", time.elapsed());
     others.giveBack();
-    QVERIFY(ended);
-    QCOMPARE(console.exitStatus(), QProcess::NormalExit);
-    QCOMPARE(console.exitCode(), 0);
+    QVERIFY(ended && console.exitStatus() == QProcess::NormalExit && console.exitCode() == 0);
 }
 
 // With "--console" the program is one that meets the segments as they are.

@@ -28,7 +28,7 @@ class CONTOUR;
 
 // The weld: contour table, technology table and the programs of the three channels, one tab each.
 // The tables are the data: every operation reads its numbers back from the cells. All in the window's
-// thread; starting a weld blocks it for the pauses of `Site`.
+// thread; between the channels of a weld the operator's hand has to wait for the pauses of `Site`.
 class CONTOUR : public QTabWidget
 {
     Q_OBJECT
@@ -217,7 +217,7 @@ private:
     QVector<Launch> genContour();
     QVector<Launch> genTestMove();
     void showMotion(const MotionPrograms& programs);
-    bool start(const QVector<Launch>& launches);                 // false: none was started
+    bool start(const QVector<Launch>& launches);                 // false: not all were started
     bool writeProgram(const QString& path, const QString& text); // a failure is told in the journal
     void execute(int channel, const QString& path);
     bool runEdited(int channel, const QString& file); // false: not started

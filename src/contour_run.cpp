@@ -2,11 +2,10 @@
 #include "contour.h"
 #include "drivecomm.h"
 #include "programfile.h"
+#include "requiredpause.h"
 #include "schema.h"
 #include "site.h"
 #include "ui_contour.h"
-
-#include <QThread>
 
 // A program to be started on its channel.
 struct Launch
@@ -28,11 +27,6 @@ QVector<Launch> motion(const MotionPrograms& programs, std::chrono::microseconds
     return launches;
 }
 
-void pauseFor(std::chrono::microseconds pause)
-{
-    QThread::usleep(static_cast<unsigned long>(pause.count()));
-}
-
 } // namespace
 
 void CONTOUR::run(int channel, const QString& text)
@@ -41,7 +35,7 @@ void CONTOUR::run(int channel, const QString& text)
 }
 
 // All programs are written before the first is started: a channel whose partner's program is missing would
-// wait for it at its event for ever.
+// wait for it at its event for ever. What the operator stops between two starts goes no further.
 bool CONTOUR::start(const QVector<Launch>& launches)
 {
     const auto path = [this](const Launch& launch) {
@@ -51,10 +45,13 @@ bool CONTOUR::start(const QVector<Launch>& launches)
         if (!writeProgram(path(launch), launch.program))
             return false;
     }
-    for (const Launch& launch : launches) {
-        execute(launch.channel, path(launch));
-        if (launch.pause.count() > 0)
-            pauseFor(launch.pause);
+    for (int i = 0; i < launches.size(); ++i) {
+        execute(launches[i].channel, path(launches[i]));
+        if (i + 1 == launches.size() || RequiredPause::wait(launches[i].pause))
+            continue;
+        emit message(QStringLiteral("[W]Пуск прерван, канал %1 не запущен").arg(launches[i + 1].channel),
+                     true);
+        return false;
     }
     return true;
 }

@@ -221,7 +221,9 @@ void Gui::on_pbConstants_clicked()
     connect(kvk, &KVKTCPthread::constsReceived, &dialog, &Constants::onConstsReceivedKVK);
     connect(kvs, &KVSTCPthread::constsReceived, &dialog, &Constants::onConstsReceivedKVS);
     kvk->command(QStringLiteral("CONST"));
-    std::this_thread::sleep_for(site().pauses.constants); // KVK's rows are to stand first
+    // KVK's rows are to stand first. No touch can start anything meanwhile: the dialog stands before the
+    // window.
+    std::this_thread::sleep_for(site().pauses.constants);
     kvs->command(QStringLiteral("CONST"));
     dialog.exec();
 }

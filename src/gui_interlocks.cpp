@@ -1,6 +1,7 @@
 #include "gui.h"
 
 #include "lockview.h"
+#include "requiredpause.h"
 #include "statebutton.h"
 #include "ui_gui.h"
 #include "widgets.h"
@@ -43,6 +44,7 @@ void Gui::initStateButtons()
          "LOCK:LockShutdown");
     init(ui->sbLightSpiral, QString(), false, QString(), QString(), "LOCK:LockSpiral");
     init(ui->sbDistPult, QString(), false, QString(), QString(), "LOCK:LockPult");
+    RequiredPause::actsAlways(ui->pbStop);
 }
 
 void Gui::changedDrivesLock(bool on)

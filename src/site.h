@@ -24,8 +24,8 @@ struct Site
     Endpoint kvs;   // vacuum system controller
     Endpoint kvk;   // chamber controller
 
-    // Blocking pauses between the starts of programs that meet by events. The controllers need the
-    // full values; only a test may shorten them.
+    // Pauses between the starts of programs that meet by events (see `RequiredPause`). The controllers need
+    // the full values; only a test may shorten them.
     struct Pauses
     {
         std::chrono::microseconds beforeContour{1'000'000};     // channel 3 started, channels 1 and 2 follow

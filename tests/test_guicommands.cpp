@@ -1,11 +1,14 @@
 #include "axis.h"
+#include "contour.h"
 #include "fixedmove.h"
 #include "guifixture.h"
 #include "lockview.h"
+#include "schema.h"
 #include "selector.h"
 
 #include <QLocale>
 #include <QSignalSpy>
+#include <QTableWidget>
 
 // What the buttons of the window send to the machine, and what holds them back.
 class TestGuiCommands : public GuiFixture
@@ -26,6 +29,8 @@ private slots:
     void virtualFixedMove();
     void virtualSpeed();
     void keySwitch();
+    void touchesOfARequiredPause_data();
+    void touchesOfARequiredPause();
     void everyDriveReachesItsAxis();
 };
 
@@ -258,6 +263,79 @@ void TestGuiCommands::keySwitch()
     QVERIFY(!QWidget::keyboardGrabber());
     touch("pbStop");
     SENT("STOP_PRG");
+}
+
+// A weld of three channels is started with a finger; another acts in the pause after channel 3, or in the one
+// after channel 2.
+void TestGuiCommands::touchesOfARequiredPause_data()
+{
+    QTest::addColumn<int>("at"); // ms since the start; a pause takes 200
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<QStringList>("sent");
+    const QString exec3 = QStringLiteral("EXEC_3(/programs/_temp3.npg)");
+    const QString exec2 = QStringLiteral("EXEC_2(/programs/_temp2.npg)");
+    const QString exec1 = QStringLiteral("EXEC_1(/programs/_temp1.npg)");
+    const QStringList whole{exec3, exec2, exec1};
+    const QString stop = QStringLiteral("STOP_PRG");
+    for (const char* dropped : {"pbGcode", "pbGcode held", "pbPlusLX", "sbDistPult", "twContour", "Ctrl+Q"})
+        QTest::newRow(dropped) << 50 << QString::fromLatin1(dropped) << whole;
+    QTest::newRow("pbGcode, later") << 250 << "pbGcode" << whole;
+    QTest::newRow("stop") << 50 << "pbStop" << QStringList{exec3, stop};
+    QTest::newRow("stop, later") << 250 << "pbStop" << QStringList{exec3, exec2, stop};
+    QTest::newRow("stop, held") << 50 << "pbStop held" << QStringList{exec3, stop};
+    QTest::newRow("jog lifted") << 50 << "lift" << QStringList{exec3, "MOVE(LX,0)", exec2, exec1};
+}
+
+void TestGuiCommands::touchesOfARequiredPause()
+{
+    QFETCH(int, at);
+    QFETCH(QString, name);
+    QFETCH(QStringList, sent);
+    Site slow = site();
+    slow.pauses.beforeContour = slow.pauses.beforeManipulator = std::chrono::milliseconds(200);
+    setSite(slow);
+    auto* contour = w<CONTOUR>(QStringLiteral("contour"));
+    contour->init(new SchemaCircle(100, 2));
+    for (float angle : {0.0F, 90.0F})
+        contour->addPoint({angle, 0, 0, 0});
+    contour->setCurrentIndex(name == QLatin1String("twContour") ? 0 : 1);
+    tell({{"DrivesOn", 1}});
+    const auto finger = [this](const QString& widget, bool down) {
+        auto* table = m_gui->findChild<QTableWidget*>(widget); // its second row, else the middle
+        QPoint place =
+            table ? table->viewport()->mapTo(table, table->visualItemRect(table->item(1, 0)).center())
+                  : w(widget)->rect().center();
+        place = w(widget)->mapTo(m_gui.get(), place);
+        QWindow* window = m_gui->windowHandle();
+        down ? QTest::mousePress(window, Qt::LeftButton, {}, place)
+             : QTest::mouseRelease(window, Qt::LeftButton, {}, place);
+    };
+    if (name == QLatin1String("lift")) {
+        finger(QStringLiteral("pbPlusLX"), true);
+        SENT("MOVE(LX,0)"); // its speed is 0
+    }
+    const QString touched = name.section(QLatin1Char(' '), 0, 0);
+    QTimer::singleShot(at, this, [&] {
+        if (name == QLatin1String("lift"))
+            finger(QStringLiteral("pbPlusLX"), false);
+        else if (name == QLatin1String("Ctrl+Q"))
+            QTest::keyClick(m_gui->windowHandle(), Qt::Key_Q, Qt::ControlModifier);
+        else
+            finger(touched, true);
+        if (touched == name && m_gui->findChild<QWidget*>(name))
+            finger(name, false);
+    });
+    w<QPushButton>(QStringLiteral("pbGcode"))->click();
+    if (touched != name)
+        finger(touched, false); // lifted when all is over
+    QCOMPARE(takeCommands(), sent);
+    QCOMPARE(
+        list().contains(QStringLiteral("Пуск прерван, канал %1 не запущен").arg(sent.size() == 2 ? 2 : 1)),
+        touched == QLatin1String("pbStop"));
+    QVERIFY(!journal().contains(QStringLiteral("Выполнен выход")));
+
+    touch(QStringLiteral("sbDistPult")); // afterwards the hand is heard again
+    SENT("PULT ON");
 }
 
 void TestGuiCommands::everyDriveReachesItsAxis()

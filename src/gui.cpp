@@ -21,6 +21,14 @@ namespace {
 constexpr int kTick = 1000;      // ms
 constexpr int kReconnect = 1000; // ms between two attempts to reach the motion controller
 
+// Keeps its colours in a window that is disabled.
+QIcon stateIcon(const QString& file)
+{
+    QIcon icon(file);
+    icon.addFile(file, QSize(), QIcon::Disabled);
+    return icon;
+}
+
 } // namespace
 
 // The order of construction is part of the design: state buttons need the locks, the axes need the
@@ -132,11 +140,11 @@ void Gui::initManager()
 
 void Gui::initSprites()
 {
-    m_iconError = QIcon(QStringLiteral(":/images/icon-error-mini.png"));
-    m_iconInfo = QIcon(QStringLiteral(":/images/icon-info-mini.png"));
-    m_iconRun = QIcon(QStringLiteral(":/images/icon-run-mini.png"));
-    m_iconWarning = QIcon(QStringLiteral(":/images/icon-warning-mini.png"));
-    m_iconBasic = QIcon(QStringLiteral(":/images/icon-basic-mini.png"));
+    m_iconError = stateIcon(QStringLiteral(":/images/icon-error-mini.png"));
+    m_iconInfo = stateIcon(QStringLiteral(":/images/icon-info-mini.png"));
+    m_iconRun = stateIcon(QStringLiteral(":/images/icon-run-mini.png"));
+    m_iconWarning = stateIcon(QStringLiteral(":/images/icon-warning-mini.png"));
+    m_iconBasic = stateIcon(QStringLiteral(":/images/icon-basic-mini.png"));
     for (const VirtualAxis& axis : m_virtual) {
         axis.lamp->addPixmap(0, QStringLiteral(":/images/indicator_gray.png"));
         axis.lamp->addPixmap(1, QStringLiteral(":/images/indicator_green.png"));

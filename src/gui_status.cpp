@@ -22,7 +22,7 @@ void setColours(QLabel* label, const QColor& window, const QColor& text)
 
 void setWindowColour(QLabel* label, const QColor& window)
 {
-    setColours(label, window, label->palette().color(QPalette::WindowText));
+    setColours(label, window, label->palette().color(QPalette::Active, QPalette::WindowText));
 }
 
 void showConnection(QLabel* label, bool connected)

@@ -1,5 +1,6 @@
 #include "mywinstyle.h"
 
+#include <QLabel>
 #include <QPainter>
 #include <QPushButton>
 #include <QStyleOptionButton>
@@ -13,7 +14,7 @@ constexpr int metricOfTouch = 65; // QStyle::PM_SmallIconSize
 const QColor plainFace(158, 172, 255);
 const QColor alarmFace(255, 32, 32);
 const QColor accent(0, 214, 255);
-const QColor disabledText(92, 98, 112); // on the grounds of window and dialogs
+const QColor disabledText(92, 98, 112); // of what could be touched, on the grounds of window and dialogs
 
 bool isAlarm(const QWidget* button)
 {
@@ -142,6 +143,14 @@ int MyWinStyle::styleHint(StyleHint hint, const QStyleOption* option, const QWid
     return QProxyStyle::styleHint(hint, option, widget, data);
 }
 
+QPixmap MyWinStyle::generatedIconPixmap(QIcon::Mode mode, const QPixmap& pixmap,
+                                        const QStyleOption* option) const
+{
+    if (mode == QIcon::Disabled && option && qobject_cast<const QLabel*>(option->styleObject))
+        return pixmap;
+    return QProxyStyle::generatedIconPixmap(mode, pixmap, option);
+}
+
 QColor MyWinStyle::restFace(const QWidget* button)
 {
     return isAlarm(button) ? alarmFace : plainFace;
@@ -156,17 +165,22 @@ void MyWinStyle::setFace(QPalette& palette, const QColor& face)
 void MyWinStyle::polish(QPalette& palette)
 {
     QProxyStyle::polish(palette);
-    for (QPalette::ColorRole role : {QPalette::WindowText, QPalette::Text})
-        palette.setColor(QPalette::Disabled, role, disabledText);
+    palette.setColor(QPalette::Disabled, QPalette::Text, disabledText);
+    palette.setColor(QPalette::Disabled, QPalette::WindowText,
+                     palette.color(QPalette::Active, QPalette::WindowText));
 }
 
 void MyWinStyle::polish(QWidget* widget)
 {
     QProxyStyle::polish(widget);
-    if (!qobject_cast<QPushButton*>(widget))
+    if (!qobject_cast<QAbstractButton*>(widget))
         return;
-
     QPalette palette = widget->palette();
+    if (!qobject_cast<QPushButton*>(widget)) { // a box to tick: its words stand on the dialog's ground
+        palette.setColor(QPalette::Disabled, QPalette::WindowText, disabledText);
+        widget->setPalette(palette);
+        return;
+    }
     setFace(palette, restFace(widget));
     palette.setColor(QPalette::ButtonText, isAlarm(widget) ? Qt::white : Qt::black);
     palette.setColor(QPalette::Disabled, QPalette::ButtonText, QColor(112, 112, 124));

@@ -8,6 +8,8 @@
 
 // The look of the console: the Windows style with rounded buttons. The shading of a button is an image
 // laid over the colour that its palette holds, so that a colour set by a state stays visible.
+// Disabled, only what can be touched looks so: labels tell the state of the machine in words and pictures,
+// and keep their colours when nobody may touch them.
 // Needs the application object; owns its pixmaps.
 class MyWinStyle : public QProxyStyle
 {
@@ -24,6 +26,9 @@ public:
                     const QWidget* widget = nullptr) const override;
     int styleHint(StyleHint hint, const QStyleOption* option = nullptr, const QWidget* widget = nullptr,
                   QStyleHintReturn* data = nullptr) const override;
+
+    QPixmap generatedIconPixmap(QIcon::Mode mode, const QPixmap& pixmap,
+                                const QStyleOption* option) const override;
 
     using QProxyStyle::polish;
     void polish(QPalette& palette) override; // what is disabled stays legible in the dialogs, too

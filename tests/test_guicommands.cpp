@@ -2,7 +2,9 @@
 #include "contour.h"
 #include "fixedmove.h"
 #include "guifixture.h"
+#include "kvs.h"
 #include "lockview.h"
+#include "mywinstyle.h"
 #include "schema.h"
 #include "selector.h"
 
@@ -32,6 +34,7 @@ private slots:
     void touchesOfARequiredPause_data();
     void touchesOfARequiredPause();
     void everyDriveReachesItsAxis();
+    void whatTellsAStateKeepsItsColours();
 };
 
 void TestGuiCommands::buttons_data()
@@ -389,6 +392,36 @@ void TestGuiCommands::everyDriveReachesItsAxis()
         const int channel = strchr("UV", drive.name[0]) ? 2 : 1; // the part's turning has one of its own
         SENT(QStringLiteral("EXEC_%1(/programs/_fixed.npg)").arg(channel));
     }
+}
+
+// The key switch is off, or the remote panel has the axes: just then somebody stands at the machine.
+void TestGuiCommands::whatTellsAStateKeepsItsColours()
+{
+    QApplication::setStyle(new MyWinStyle);
+    tell({{"StateLX1", 0xF1234}, {"LX1", 12.5}, {"ChannelState1", 6}});
+    emit w<KVS>(QStringLiteral("kvs"))->kvs()->changedNL2State(4);
+    emit w<KVS>(QStringLiteral("kvs"))->kvs()->changedPT2Valid(false);
+    const auto picture = [this](const char* name) { // without the frame
+        return w(QLatin1String(name))->grab(w(QLatin1String(name))->rect().adjusted(2, 2, -2, -2)).toImage();
+    };
+    const char* const states[] = {"indLX",  "coordLX", "lblLX",         "NL2",
+                                  "pipeA0", "PT2",     "channel1State", "lblCNC"};
+    const char* const touched[] = {"pbPlusLX", "speedLX", "sbDrives", "lblLir1"};
+    QMap<const char*, QImage> before;
+    for (const char* name : states)
+        before[name] = picture(name);
+    for (const char* name : touched)
+        before[name] = picture(name);
+
+    m_gui->onAccessChanged(false);
+    for (const char* name : states)
+        QVERIFY2(picture(name) == before[name], name);
+    for (const char* name : touched)
+        QVERIFY2(picture(name) != before[name], name);
+    tell({{"ChannelState1", 1}}); // what changes meanwhile is not gray afterwards
+    tell({{"ChannelState1", 6}});
+    m_gui->onAccessChanged(true);
+    QVERIFY(picture("channel1State") == before["channel1State"]);
 }
 
 QTEST_MAIN(TestGuiCommands)

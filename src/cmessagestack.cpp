@@ -98,11 +98,12 @@ void CMessageStack::slotCloseButton()
 // finds it.
 void CMessageStack::slotUpdateMessage()
 {
+    const CMessage* shown = current();
     for (int i = 0; i < m_messages.size(); ++i) {
         if (m_messages[i]->confirmTime().isValid())
             m_messages.remove(i);
     }
-    keepCurrent();
+    keepCurrent(shown);
     present();
 }
 
@@ -111,14 +112,17 @@ void CMessageStack::slotDeleteMessage(int numId)
     const int index = getMessageIndex(numId);
     if (index < 0)
         return;
+    const CMessage* shown = current();
     m_messages.remove(index);
-    keepCurrent();
+    keepCurrent(shown);
     present();
 }
 
-void CMessageStack::keepCurrent()
+void CMessageStack::keepCurrent(const CMessage* shown)
 {
     m_current = qMin(m_current, m_messages.size() - 1);
+    if (current() && current() != shown)
+        restartPeriod();
 }
 
 void CMessageStack::present()

@@ -39,7 +39,7 @@ protected:
 private:
     const CMessage* current() const; // null when there are none
     void restartPeriod();
-    void keepCurrent(); // after a removal
+    void keepCurrent(const CMessage* shown); // after a removal; what comes on view instead has its own time
     void present();
 
     QVector<CMessage*> m_messages; // by time of creation

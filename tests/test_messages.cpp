@@ -303,6 +303,19 @@ void TestMessages::closeButtonIsGuarded()
     m.stack.slotTimer();
     m.stack.slotCloseButton();
     QVERIFY(m.stack.getMessageIndex(21) >= 0);
+    // So is one that comes on view because another was confirmed, or ended.
+    for (const bool confirmed : {true, false}) {
+        m.raise(1, 24);
+        QTest::qWait(1100);
+        if (confirmed)
+            m.stack.slotCloseButton();
+        else
+            m.server.slotDeleteMessage(24);
+        QCOMPARE(m.stack.getMessageIndex(24), -1);
+        m.stack.slotCloseButton();
+        QVERIFY(m.stack.getMessageIndex(21) >= 0 && m.stack.getMessageIndex(23) >= 0);
+        m.server.slotDeleteMessage(24);
+    }
 }
 
 void TestMessages::confirmingWhatIsNotThere()

@@ -49,10 +49,8 @@ struct Width
     const char* key;
     int usual; // px
 };
-constexpr Width widths[] = {{Name, "Point/Width_name", 120}, {Coord, "Point/Width_coord", 240}};
-constexpr int leastWidth = 60; // px; a narrower one comes from spoiled settings
-constexpr int mostWidth = 300;
-constexpr int headerHeight = 44; // px; the rows fill the rest of the table
+constexpr Width widths[] = {{Name, "Point/Width_name", 120}, {Coord, "Point/Width_coord", 244}};
+constexpr int headerHeight = 44; // px; the rows share the rest of the table
 
 QString settingsFile()
 {
@@ -70,8 +68,9 @@ Point::Point(DriveTCPthread* drive, const QList<float>& coords, QWidget* parent)
     const QSettings settings(settingsFile(), QSettings::IniFormat);
     for (const Width& width : widths) {
         const int kept = settings.value(QLatin1String(width.key), width.usual).toInt();
-        m_ui->twPoint->setColumnWidth(width.column, qBound(leastWidth, kept, mostWidth));
+        m_ui->twPoint->setColumnWidth(width.column, kept > 0 ? kept : width.usual);
     }
+    m_ui->twPoint->verticalHeader()->setSectionResizeMode(QHeaderView::Stretch);
     m_ui->twPoint->horizontalHeader()->setFixedHeight(headerHeight);
     m_ui->twPoint->setRowCount(rowCount);
     for (int row = 0; row < rowCount; ++row)

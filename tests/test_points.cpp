@@ -245,11 +245,21 @@ void TestPoints::filesThatCannotBeOpenedOrWritten()
 
 void TestPoints::columnsAreKept()
 {
-    point()->findChild<QTableWidget*>()->setColumnWidth(0, 90);
-    QCOMPARE(point()->findChild<QTableWidget*>()->columnWidth(0), 90);
-    QSettings(site().path("/home/oper/bin/settings.ini"), QSettings::IniFormat)
-        .setValue("Point/Width_name", -5);
-    QVERIFY(point()->findChild<QTableWidget*>()->columnWidth(0) >= 60); // a column that can be seen
+    const auto width = [this](int column) {
+        return point()->findChild<QTableWidget*>()->columnWidth(column);
+    };
+    const int usual[] = {width(0), width(1)};
+    for (const int column : {0, 1}) {
+        for (const int kept : {90, 131, 400}) {
+            point()->findChild<QTableWidget*>()->setColumnWidth(column, kept);
+            QCOMPARE(width(column), kept);
+        }
+    }
+    QSettings settings(site().path("/home/oper/bin/settings.ini"), QSettings::IniFormat);
+    for (const char* key : {"Point/Width_name", "Point/Width_coord"})
+        settings.setValue(key, -5);
+    settings.sync();
+    QVERIFY(width(0) == usual[0] && width(1) == usual[1]); // columns that can be seen
 }
 
 QTEST_MAIN(TestPoints)

@@ -267,8 +267,10 @@ void Gui::onChangedPressUnit(bool unit)
         label->setCoeff(unit ? kPascalToTorr : 1.0F);
     ui->lblVacuumChamber->setText(unit ? QStringLiteral("Камера, мм.рт.ст.") : QStringLiteral("Камера, Па"));
     ui->lblVacuumGun->setText(unit ? QStringLiteral("Пушка, мм.рт.ст.") : QStringLiteral("Пушка, Па"));
-    onChangedChamberPressure(double(chamber));
-    onChangedGunPressure(gun);
+    if (ui->VacuumChamber->told())
+        onChangedChamberPressure(double(chamber));
+    if (ui->VacuumGun->told())
+        onChangedGunPressure(gun);
 }
 
 // The vacuum panel may ask for it; the console leaves the decision to the operator.

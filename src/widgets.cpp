@@ -56,6 +56,7 @@ PoLabel::PoLabel(QWidget* parent)
 void PoLabel::setValue(float value, int decimals)
 {
     m_value = value;
+    m_told = true;
     const double shown = double(value * m_coeff);
     setText(decimals > 2 ? QString::number(shown, 'E', 1) : QString::number(shown, 'f', qMax(decimals, 0)));
 }
@@ -76,7 +77,8 @@ void PoLabel::setDepth(int decimals)
 void PoLabel::setCoeff(float coeff)
 {
     m_coeff = coeff;
-    setValue(m_value, m_depth);
+    if (m_told)
+        setValue(m_value, m_depth);
 }
 
 void PoLabel::changedValue(float value)

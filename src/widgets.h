@@ -57,13 +57,14 @@ public:
     explicit PoLabel(QWidget* parent = nullptr);
 
     float value() const { return m_value; } // without the coefficient
+    bool told() const { return m_told; }    // whether there was a value yet
     int whole() const;                      // value(), its fraction cut off, kept to what an int holds
     float coeff() const { return m_coeff; }
 
     // Fixed notation with that many decimals; above 2 decimals the exponent notation with one.
     void setValue(float value, int decimals);
     void setDepth(int decimals); // decimals of the values that changedValue brings
-    void setCoeff(float coeff);  // shows the present value anew
+    void setCoeff(float coeff);  // shows the present value anew; before the first one the text stays
 
     // Follows the element from its next change on: its number, with its decimals, and its validity if it
     // comes with one.
@@ -81,6 +82,7 @@ protected:
 
 private:
     bool m_paletteSaved = false;
+    bool m_told = false;
     int m_depth = 0;
     float m_coeff = 1.0F;
     float m_value = 0;

@@ -364,6 +364,9 @@ void TestGuiMessages::pressures()
 {
     for (const char* name : {"VacuumChamber", "VacuumGun"})
         QCOMPARE(colour(name), QColor(255, 192, 192)); // nothing measured yet
+    m_gui->onChangedPressUnit(true);
+    for (const char* name : {"VacuumChamber", "VacuumGun"})
+        QCOMPARE(w<QLabel>(name)->text(), QString()); // nor any vacuum told in the other unit
     m_gui->onChangedChamberPressure(133.322);
     m_gui->onChangedGunPressure(0.25F);
     m_gui->onChangedChamberValid(true);

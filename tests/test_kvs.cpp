@@ -339,7 +339,10 @@ void TestKvs::statesThatDoNotExist()
 
 void TestKvs::pressures()
 {
-    QCOMPARE(w<PoLabel>("PT3")->text(), QStringLiteral("1.0E+05"));
+    for (int touches = 0; touches < 2; ++touches) { // the form's text stays until there is a reading
+        QCOMPARE(w<PoLabel>("PT3")->text(), QStringLiteral("1.0E+05"));
+        touch("lblPT3u");
+    }
     QSignalSpy unit(m_panel.get(), &KVS::onChangedPressUnit);
     QSignalSpy chamber(m_panel.get(), &KVS::changedChamberPressure);
     QSignalSpy gun(m_panel.get(), &KVS::changedGunPressure);

@@ -557,11 +557,15 @@ private slots:
         };
         {
             ControlPanel panel(&m_console->window, manager.get());
-            QCOMPARE(widths(&panel), (QList<int>{80, 80, 80}));
-            child<QTableWidget>(&panel, "twUsers")->setColumnWidth(1, 333);
+            auto* table = child<QTableWidget>(&panel, "twUsers");
+            const int share = table->viewport()->width() / 3;
+            QVERIFY(share > 200);
+            QCOMPARE(widths(&panel), (QList<int>{share, share, share}));
+            table->setColumnWidth(1, 333);
+            table->setColumnWidth(2, 77);
         }
-        QCOMPARE(widths(std::make_unique<ControlPanel>(&m_console->window, manager.get()).get()),
-                 (QList<int>{80, 333, 80}));
+        QCOMPARE(widths(std::make_unique<ControlPanel>(&m_console->window, manager.get()).get()).mid(1),
+                 (QList<int>{333, 77}));
 
         QSettings stored(site().path("/home/oper/bin/settings.ini"), QSettings::IniFormat);
         QCOMPARE(stored.value("Registration/Width_Name").toInt(), 333);

@@ -333,11 +333,13 @@ ControlPanel::ControlPanel(QWidget* parent, AbstractManager* manager)
     m_users->horizontalHeader()->setMinimumHeight(touchHeight);
     m_users->horizontalHeader()->setHighlightSections(false);
     const QSettings stored(settingsFile(), QSettings::IniFormat);
+    bool anyStored = false;
     for (int i = 0; i < int(columns.size()); ++i) {
         const Column& column = columns[size_t(i)];
         auto* heading = new QTableWidgetItem(QString::fromUtf8(column.title));
         heading->setFont(touchFont(12)); // whole in a column of the default width
         m_users->setHorizontalHeaderItem(i, heading);
+        anyStored = anyStored || stored.contains(QLatin1String(column.key));
         const int width = stored.value(QLatin1String(column.key), columnWidth).toInt();
         m_users->setColumnWidth(i, width > 0 ? width : columnWidth); // a column of no width is gone for good
     }
@@ -353,6 +355,10 @@ ControlPanel::ControlPanel(QWidget* parent, AbstractManager* manager)
 
     updateUsersTable();
     showFramed(this, QStringLiteral("Панель управления пользователями"), parent);
+    if (anyStored)
+        return;
+    for (int i = 0; i < int(columns.size()); ++i) // the first look: nothing is cut off, no room is left
+        m_users->setColumnWidth(i, m_users->viewport()->width() / int(columns.size()));
 }
 
 ControlPanel::~ControlPanel()

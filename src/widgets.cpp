@@ -2,12 +2,19 @@
 
 #include "element.h"
 
+#include <QApplication>
 #include <QDialog>
 #include <QMouseEvent>
 #include <QPushButton>
 
 #include <cmath>
 #include <limits>
+
+namespace {
+
+const QColor titleColour(58, 70, 118);
+
+} // namespace
 
 bool liftMayBeLost(const QWidget& widget, const QEvent& event)
 {
@@ -167,6 +174,12 @@ MyFrame::MyFrame(QString title, int x, int y, int margin, QDialog* dialog, QWidg
     setLineWidth(2);
     setWindowTitle(title);
     buildTitle(title);
+    followWindow();
+    // What is disabled loses the focus, and does not get it back by itself.
+    connect(qApp, &QApplication::focusChanged, this, [this](QWidget* from) {
+        if (from && isAncestorOf(from))
+            m_lastFocus = from;
+    });
 
     if (!dialog->testAttribute(Qt::WA_Resized))
         dialog->adjustSize();
@@ -205,10 +218,6 @@ void MyFrame::buildTitle(const QString& title)
     m_titleBar->setObjectName(QStringLiteral("frmTitle"));
     m_titleBar->setFrameStyle(QFrame::Panel | QFrame::Raised);
     m_titleBar->setAutoFillBackground(true);
-    QPalette colours = m_titleBar->palette();
-    colours.setColor(QPalette::Window, QColor(58, 70, 118));
-    colours.setColor(QPalette::WindowText, Qt::white);
-    m_titleBar->setPalette(colours);
 
     m_title = new QLabel(title, m_titleBar);
     m_title->setObjectName(QStringLiteral("lblTitle"));
@@ -218,7 +227,7 @@ void MyFrame::buildTitle(const QString& title)
     QFont font = m_title->font();
     font.setPointSize(15);
     m_title->setFont(font);
-    m_title->setPalette(colours); // a style sheet above would keep the bar's colours from it
+    colourTitle(titleColour);
 
     m_closeButton = new QPushButton(m_titleBar);
     m_closeButton->setObjectName(QStringLiteral("pbClose"));
@@ -230,6 +239,31 @@ void MyFrame::buildTitle(const QString& title)
             m_dialog->reject();
         close();
     });
+}
+
+void MyFrame::colourTitle(const QColor& colour)
+{
+    QPalette colours = m_titleBar->palette();
+    colours.setColor(QPalette::Window, colour);
+    colours.setColor(QPalette::WindowText, Qt::white);
+    m_titleBar->setPalette(colours);
+    m_title->setPalette(colours); // a style sheet above would keep the bar's colours from it
+}
+
+// A dialog that stands before the window, or without it at the login, says itself why it does not answer.
+void MyFrame::followWindow()
+{
+    const QWidget* window = this;
+    while (window->parentWidget())
+        window = window->parentWidget();
+    const bool locked = window != this && !window->isEnabled();
+    if (locked == m_locked)
+        return;
+    m_locked = locked;
+    m_title->setText(locked ? QStringLiteral("Панель управления заблокирована") : windowTitle());
+    colourTitle(locked ? QColor(Qt::red) : titleColour);
+    if (!locked && m_lastFocus)
+        m_lastFocus->setFocus();
 }
 
 void MyFrame::fit()
@@ -290,6 +324,8 @@ bool MyFrame::event(QEvent* event)
     // A grab that outlived its finger would keep every press from the rest of the panel.
     if (liftMayBeLost(*this, *event))
         endDrag();
+    if (event->type() == QEvent::EnabledChange)
+        followWindow();
     return QFrame::event(event);
 }
 

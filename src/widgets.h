@@ -8,6 +8,7 @@
 #include <QListView>
 #include <QMap>
 #include <QPixmap>
+#include <QPointer>
 
 class Element;
 class QDialog;
@@ -128,7 +129,8 @@ protected slots:
 };
 
 // The title window around a dialog. The dialog becomes its child, is shown and hidden together with it,
-// and takes it along when it is destroyed, so that nobody needs to keep a pointer to the frame.
+// and takes it along when it is destroyed, so that nobody needs to keep a pointer to the frame. While the
+// window above is disabled by the key switch, the title says so.
 class MyFrame : public QFrame
 {
     Q_OBJECT
@@ -152,6 +154,8 @@ protected:
 
 private:
     void buildTitle(const QString& title);
+    void colourTitle(const QColor& colour);
+    void followWindow();
     void fit(); // takes the size from the dialog's
     void placeOnPanel(int x, int y);
     void endDrag();
@@ -161,6 +165,8 @@ private:
     QLabel* m_title = nullptr;
     QPushButton* m_closeButton = nullptr;
     int m_margin;
+    bool m_locked = false; // with the window above
+    QPointer<QWidget> m_lastFocus;
     bool m_dragging = false;
     QPoint m_dragOffset; // pointer against the frame's corner
 };

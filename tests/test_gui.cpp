@@ -88,6 +88,7 @@ private slots:
     void windowAndVacuumPanel();
     void programName();
     void login();
+    void keySwitchDuringTheLogin();
     void administratorComesUnnamed();
     void exitByKeys();
     void unknownNames();
@@ -344,6 +345,32 @@ void TestGui::login()
     QVERIFY(!w("pbConstants")->isVisible());
     m_gui->onUserChanged(-1);
     QVERIFY(w("pbConstants")->isVisible());
+}
+
+// The window that would tell why is not on view yet.
+void TestGui::keySwitchDuringTheLogin()
+{
+    m_gui->hide();
+    whenOpen(QStringLiteral("AutorizationDialog"), [this](QWidget* dialog) {
+        auto* password = dialog->findChild<QLineEdit*>("lePassword");
+        const auto* title = dialog->window()->findChild<QLabel*>("lblTitle");
+        password->setFocus();
+        for (int turn = 0; turn < 2; ++turn) {
+            m_gui->onAccessChanged(false);
+            QVERIFY(!password->isEnabled());
+            QCOMPARE(title->text(), QStringLiteral("Панель управления заблокирована"));
+            QCOMPARE(title->parentWidget()->palette().color(QPalette::Window), QColor(Qt::red));
+            m_gui->onAccessChanged(true);
+            QCOMPARE(title->text(), QStringLiteral("Авторизация"));
+            QCOMPARE(dialog->focusWidget(), password); // the keys go where they went
+        }
+        m_gui->onAccessChanged(false);
+        Confirm question("?", "?", m_gui.get(), 0); // one that opens meanwhile
+        QCOMPARE(question.window()->findChild<QLabel*>("lblTitle")->text(), title->text());
+        m_gui->onAccessChanged(true);
+        qobject_cast<QDialog*>(dialog)->reject();
+    });
+    QVERIFY(!m_gui->autorizationAccepted());
 }
 
 void TestGui::administratorComesUnnamed()

@@ -13,6 +13,7 @@ constexpr int kAlarmPeriod = 3000; // ms
 constexpr int kPeriod = 2000;      // ms
 constexpr int kGuard = 1001;       // ms in which a press may be meant for the message before
 constexpr int kRadius = 7;
+constexpr int kLetters = 16;    // px, legible from where the operator stands
 constexpr int kButtonRoom = 50; // px at the right end
 
 QColor fillOf(int type)
@@ -27,11 +28,13 @@ QColor fillOf(int type)
     }
 }
 
+// Narrow enough for the longest message to stand whole below its time.
 void setBoldFont(QPainter& painter, int pixels)
 {
     QFont font = painter.font();
     font.setBold(true);
     font.setPixelSize(pixels);
+    font.setStretch(QFont::SemiCondensed);
     painter.setFont(font);
 }
 
@@ -140,7 +143,7 @@ void CMessageStack::paintEvent(QPaintEvent*)
         painter.setPen(QColor(80, 80, 80));
         painter.setBrush(QColor(189, 255, 180));
         painter.drawRoundedRect(rect(), kRadius, kRadius);
-        setBoldFont(painter, 14);
+        setBoldFont(painter, kLetters);
         painter.drawText(rect(), Qt::AlignCenter, QStringLiteral("Сообщений нет"));
         return;
     }
@@ -148,7 +151,7 @@ void CMessageStack::paintEvent(QPaintEvent*)
     painter.setBrush(fillOf(message->getMessageType()));
     painter.drawRoundedRect(rect(), kRadius, kRadius);
     painter.setPen(QPen(QColor(255, 192, 192), 1));
-    setBoldFont(painter, 12);
+    setBoldFont(painter, kLetters);
     painter.drawText(QRect(0, 0, width() - kButtonRoom, height()), Qt::AlignCenter | Qt::TextWordWrap,
                      message->time().toString(QStringLiteral("dd.MM.yy hh:mm:ss")) + QStringLiteral(" \n ") +
                          message->text());

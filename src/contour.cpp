@@ -31,6 +31,7 @@ constexpr unsigned int runningState = 3;
 constexpr int defaultContourWidth = 100;
 constexpr int defaultTechWidth = 80;
 constexpr int rasterColumn = 6;
+constexpr int leastLetters = 16; // px
 
 const char* const tabLook =
     "QTabBar::tab { min-width: 60px; height: 48px; padding: 0px 9px; margin-right: 2px; background: #d3d8e4;"
@@ -70,14 +71,35 @@ protected:
         option->text.toFloat(&isNumber);
         if (!(option->displayAlignment & Qt::AlignVertical_Mask))
             option->displayAlignment |= Qt::AlignVCenter;
-        if (!isNumber)
+        if (!isNumber) {
+            makeLegible(option);
             return;
+        }
         option->displayAlignment = Qt::AlignRight | Qt::AlignVCenter;
         const int room = option->rect.width() - 8;
         const int needed = QFontMetrics(option->font).horizontalAdvance(option->text);
         if (room > 0 && needed > room) {
             option->font.setStretch(qMax(50, 100 * room / needed));
             option->fontMetrics = QFontMetrics(option->font);
+        }
+    }
+
+private:
+    // What describes a frame or a raster in small letters is drawn as large as the room in its cell allows
+    // and never too small for a look from the machine: rather narrower than cut off.
+    static void makeLegible(QStyleOptionViewItem* option)
+    {
+        const QSize room = option->rect.size() - QSize(8, 0);
+        if (room.width() <= 0 || QFontInfo(option->font).pixelSize() >= leastLetters)
+            return;
+        option->font.setPixelSize(leastLetters);
+        for (int stretch = 100; stretch >= 50; stretch -= 5) {
+            option->font.setStretch(stretch);
+            option->fontMetrics = QFontMetrics(option->font);
+            const QRect needed =
+                option->fontMetrics.boundingRect(QRect(QPoint(), room), Qt::TextWordWrap, option->text);
+            if (needed.width() <= room.width() && needed.height() <= room.height())
+                break;
         }
     }
 };

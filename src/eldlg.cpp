@@ -14,6 +14,7 @@ constexpr int fault = 4;
 constexpr int nameColumn = 160; // px
 constexpr int valueColumn = 86;
 constexpr int rowHeight = 18;
+constexpr int letters = 16; // px
 
 // The beam unit's devices are opened from outside the vacuum panel.
 const QRect bkuArea(0, 100, panelWidth, 880);
@@ -78,10 +79,10 @@ void DeviceDlg::setRows(const QStringList& names)
 {
     QTableWidget* table = m_ui->twElements;
     QFont font = table->font();
-    font.setStretch(QFont::SemiCondensed); // the longest name fills its column
+    font.setPixelSize(letters);
+    font.setStretch(QFont::Condensed); // the longest name fills its column
     table->setFont(font);
     font.setStretch(QFont::Unstretched);
-    font.setPointSize(11);
     font.setBold(true);
     m_ui->frmDelim->setHidden(names.isEmpty());
     table->setHidden(names.isEmpty());

@@ -48,6 +48,7 @@ Gui::Gui()
     setWindowState(Qt::WindowFullScreen | Qt::WindowActive);
     addAction(ui->actExit); // its shortcut works although no menu shows it
 
+    initJournalList();
     initManager();
     initSprites();
     initLocks();

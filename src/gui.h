@@ -248,6 +248,7 @@ private:
     void endJog(VirtualIndex index);
 
     // Construction, in the order of the calls.
+    void initJournalList();
     void initManager();
     void initSprites();
     void initLocks();

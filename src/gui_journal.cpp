@@ -5,23 +5,44 @@
 
 #include <QDateTime>
 #include <QDir>
-#include <QStyle>
+#include <QScrollBar>
+#include <QScroller>
 #include <QTextStream>
 
 namespace {
+
+constexpr int scrollBarWidth = 44; // px, for a finger in a glove
 
 // Height of a row of the list, which wraps long lines. Told to every item once: a list that asks the text
 // again at each new line would stall the window after some thousand of them.
 QSize rowSize(const QListWidget* list, const QString& text)
 {
     constexpr int iconAndMargins = 36;
-    const int scrollBar = list->style()->pixelMetric(QStyle::PM_ScrollBarExtent);
-    const QRect room(0, 0, list->width() - scrollBar - iconAndMargins, 1000);
+    const QRect room(0, 0, list->width() - scrollBarWidth - iconAndMargins, 1000);
     const int height = list->fontMetrics().boundingRect(room, Qt::TextWordWrap, text).height();
     return {room.width(), qMax(height, list->iconSize().height()) + 3};
 }
 
 } // namespace
+
+void Gui::initJournalList()
+{
+    ui->lwLog->verticalScrollBar()->setStyleSheet(
+        QStringLiteral(
+            "QScrollBar:vertical { width: %1px; background: #dfe3ec; border: none; }"
+            "QScrollBar::handle:vertical { background: #8792ac; min-height: 48px; border-radius: 6px;"
+            " margin: 2px 4px; }"
+            "QScrollBar::add-line, QScrollBar::sub-line { height: 0; border: none; background: none; }"
+            "QScrollBar::add-page, QScrollBar::sub-page { background: none; }")
+            .arg(scrollBarWidth));
+    // The lines follow the finger and stop at the list's ends.
+    QScroller::grabGesture(ui->lwLog->viewport(), QScroller::LeftMouseButtonGesture);
+    QScroller* scroller = QScroller::scroller(ui->lwLog->viewport());
+    QScrollerProperties manner = scroller->scrollerProperties();
+    manner.setScrollMetric(QScrollerProperties::VerticalOvershootPolicy,
+                           QScrollerProperties::OvershootAlwaysOff);
+    scroller->setScrollerProperties(manner);
+}
 
 // One file for each run. Nobody checks whether it opened: without a file the list still works.
 void Gui::openJournal()

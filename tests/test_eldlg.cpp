@@ -239,6 +239,8 @@ void TestElDlg::device()
         QCOMPARE(table->viewport()->height(), 18 * d.rows.size());
         const int longest = table->fontMetrics().horizontalAdvance(QStringLiteral("Температура ОЖ 4, °C"));
         QVERIFY2(longest <= table->columnWidth(0) - 8, qPrintable(QString::number(longest)));
+        for (const QFont& font : {table->font(), table->item(0, 1)->font()})
+            QVERIFY(QFontInfo(font).pixelSize() >= 16); // legible from the machine
         touchPart("pbHide");
     }
 }

@@ -5,6 +5,7 @@
 #include <QAction>
 #include <QLineEdit>
 #include <QRandomGenerator>
+#include <QScrollBar>
 #include <QSettings>
 #include <QSignalSpy>
 
@@ -77,6 +78,7 @@ private slots:
     void init() { begin(); }
     void cleanup() { end(); }
     void journalLine();
+    void journalFollowsTheFinger();
     void journalFile();
     void journalWithoutFolder();
     void speedsSurviveARestart();
@@ -129,6 +131,25 @@ void TestGui::journalLine()
             QCOMPARE(item->foreground().color(), row.colour);
         QVERIFY(journal().endsWith(line + "\n\n"));
     }
+}
+
+void TestGui::journalFollowsTheFinger()
+{
+    for (int line = 0; line < 60; ++line)
+        m_gui->prgMessage(QStringLiteral("[I]%1").arg(line), true);
+    auto* log = w<QListWidget>(QStringLiteral("lwLog"));
+    QScrollBar* bar = log->verticalScrollBar();
+    QVERIFY(bar->sizeHint().width() >= 40); // a finger can seize it
+    QCOMPARE(bar->value(), bar->maximum());
+    const QPoint top = log->viewport()->mapTo(m_gui.get(), QPoint(300, 20));
+    QWindow* window = m_gui->windowHandle();
+    QTest::mousePress(window, Qt::LeftButton, {}, top);
+    for (int y = 0; y <= 120; y += 10)
+        QTest::mouseMove(window, top + QPoint(0, y), 10);
+    QVERIFY2(bar->maximum() - bar->value() > 60, qPrintable(QString::number(bar->maximum() - bar->value())));
+    QTest::mouseRelease(window, Qt::LeftButton, {}, top + QPoint(0, 120));
+    m_gui->prgMessage(QStringLiteral("[I]новая"), true);
+    QTRY_COMPARE(bar->value(), bar->maximum()); // the list follows the newest line
 }
 
 void TestGui::journalFile()

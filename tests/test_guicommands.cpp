@@ -283,6 +283,7 @@ void TestGuiCommands::touchesOfARequiredPause_data()
     for (const char* dropped : {"pbGcode", "pbGcode held", "pbPlusLX", "sbDistPult", "twContour", "Ctrl+Q"})
         QTest::newRow(dropped) << 50 << QString::fromLatin1(dropped) << whole;
     QTest::newRow("pbGcode, later") << 250 << "pbGcode" << whole;
+    QTest::newRow("row of the contour, twice") << 50 << "twContour navigates" << QStringList{exec2, exec1};
     QTest::newRow("stop") << 50 << "pbStop" << QStringList{exec3, stop};
     QTest::newRow("stop, later") << 250 << "pbStop" << QStringList{exec3, exec2, stop};
     QTest::newRow("stop, held") << 50 << "pbStop held" << QStringList{exec3, stop};
@@ -295,13 +296,14 @@ void TestGuiCommands::touchesOfARequiredPause()
     QFETCH(QString, name);
     QFETCH(QStringList, sent);
     Site slow = site();
-    slow.pauses.beforeContour = slow.pauses.beforeManipulator = std::chrono::milliseconds(200);
+    slow.pauses.beforeContour = slow.pauses.beforeManipulator = slow.pauses.navigation =
+        std::chrono::milliseconds(200);
     setSite(slow);
     auto* contour = w<CONTOUR>(QStringLiteral("contour"));
     contour->init(new SchemaCircle(100, 2));
     for (float angle : {0.0F, 90.0F})
         contour->addPoint({angle, 0, 0, 0});
-    contour->setCurrentIndex(name == QLatin1String("twContour") ? 0 : 1);
+    contour->setCurrentIndex(name.startsWith(QLatin1String("twContour")) ? 0 : 1);
     tell({{"DrivesOn", 1}});
     const auto finger = [this](const QString& widget, bool down) {
         auto* table = m_gui->findChild<QTableWidget*>(widget); // its second row, else the middle
@@ -328,7 +330,12 @@ void TestGuiCommands::touchesOfARequiredPause()
         if (touched == name && m_gui->findChild<QWidget*>(name))
             finger(name, false);
     });
-    w<QPushButton>(QStringLiteral("pbGcode"))->click();
+    if (name.endsWith(QLatin1String("navigates"))) {
+        finger(touched, true);
+        finger(touched, false);
+    } else {
+        w<QPushButton>(QStringLiteral("pbGcode"))->click();
+    }
     if (touched != name)
         finger(touched, false); // lifted when all is over
     QCOMPARE(takeCommands(), sent);

@@ -303,6 +303,7 @@ void TestGuiCommands::touchesOfARequiredPause()
     contour->init(new SchemaCircle(100, 2));
     for (float angle : {0.0F, 90.0F})
         contour->addPoint({angle, 0, 0, 0});
+    contour->addComment(QStringLiteral("Технол.останов"));
     contour->setCurrentIndex(name.startsWith(QLatin1String("twContour")) ? 0 : 1);
     tell({{"DrivesOn", 1}});
     const auto finger = [this](const QString& widget, bool down) {
@@ -343,6 +344,11 @@ void TestGuiCommands::touchesOfARequiredPause()
         list().contains(QStringLiteral("Пуск прерван, канал %1 не запущен").arg(sent.size() == 2 ? 2 : 1)),
         touched == QLatin1String("pbStop"));
     QVERIFY(!journal().contains(QStringLiteral("Выполнен выход")));
+    QCOMPARE(w<QPushButton>(QStringLiteral("pbGcode"))->text(), // what was not started does not go on
+             sent.first() == QLatin1String("EXEC_3(/programs/_temp3.npg)") &&
+                     touched != QLatin1String("pbStop")
+                 ? QStringLiteral("ДАЛЕЕ")
+                 : QStringLiteral("ПУСК"));
 
     touch(QStringLiteral("sbDistPult")); // afterwards the hand is heard again
     SENT("PULT ON");

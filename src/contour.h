@@ -214,10 +214,12 @@ private:
 
     // Running. The generators show their programs in the panels of the channels.
     QVector<Launch> genTechnology();
-    QVector<Launch> genContour();
+    QVector<Launch> genContour(WeldStage& weld);
     QVector<Launch> genTestMove();
     void showMotion(const MotionPrograms& programs);
-    bool start(const QVector<Launch>& launches);                 // false: not all were started
+    bool write(const QVector<Launch>& launches); // false: not all were written, and that is told
+    bool start(const QVector<Launch>& launches); // false: «СТОП» in a pause kept the rest from starting
+    QString launchPath(int channel) const;
     bool writeProgram(const QString& path, const QString& text); // a failure is told in the journal
     void execute(int channel, const QString& path);
     bool runEdited(int channel, const QString& file); // false: not started

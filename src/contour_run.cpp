@@ -7,6 +7,8 @@
 #include "site.h"
 #include "ui_contour.h"
 
+#include <algorithm>
+
 // A program to be started on its channel.
 struct Launch
 {
@@ -31,27 +33,34 @@ QVector<Launch> motion(const MotionPrograms& programs, std::chrono::microseconds
 
 void CONTOUR::run(int channel, const QString& text)
 {
-    start({{channel, text, {}}});
+    const QVector<Launch> launches{{channel, text, {}}};
+    if (write(launches))
+        start(launches);
+}
+
+QString CONTOUR::launchPath(int channel) const
+{
+    return m_prgDir + QStringLiteral("_temp%1.npg").arg(channel);
 }
 
 // All programs are written before the first is started: a channel whose partner's program is missing would
-// wait for it at its event for ever. What the operator stops between two starts goes no further.
+// wait for it at its event for ever.
+bool CONTOUR::write(const QVector<Launch>& launches)
+{
+    return std::all_of(launches.begin(), launches.end(), [this](const Launch& launch) {
+        return writeProgram(launchPath(launch.channel), launch.program);
+    });
+}
+
 bool CONTOUR::start(const QVector<Launch>& launches)
 {
-    const auto path = [this](const Launch& launch) {
-        return m_prgDir + QStringLiteral("_temp%1.npg").arg(launch.channel);
-    };
-    for (const Launch& launch : launches) {
-        if (!writeProgram(path(launch), launch.program))
-            return false;
-    }
     for (int i = 0; i < launches.size(); ++i) {
-        execute(launches[i].channel, path(launches[i]));
-        if (i + 1 == launches.size() || RequiredPause::wait(launches[i].pause))
-            continue;
-        emit message(QStringLiteral("[W]Пуск прерван, канал %1 не запущен").arg(launches[i + 1].channel),
-                     true);
-        return false;
+        if (i > 0 && !RequiredPause::wait(launches[i - 1].pause)) {
+            emit message(QStringLiteral("[W]Пуск прерван, канал %1 не запущен").arg(launches[i].channel),
+                         true);
+            return false;
+        }
+        execute(launches[i].channel, launchPath(launches[i].channel));
     }
     return true;
 }
@@ -79,24 +88,27 @@ void CONTOUR::on_pbGcode_clicked()
         emit message(QStringLiteral("[A]Ошибка! Контур не создан, пуск невозможен!"), true);
         return;
     }
-    const WeldStage before = m_weld;
-    const bool goesOn = m_weld.stopsSeen >= m_weld.stage;
+    WeldStage weld = m_weld;
+    const bool goesOn = weld.stopsSeen >= weld.stage;
     QVector<Launch> launches;
     if (goesOn) {
         // Channel 3 still runs and stands at its event: only the motion goes on.
-        m_weld.stopsSeen = 0;
-        ++m_weld.stage;
-        launches = genContour();
+        weld.stopsSeen = 0;
+        ++weld.stage;
+        launches = genContour(weld);
     } else if (m_testMode) {
         launches = genTestMove();
     } else {
-        m_weld = WeldStage();
-        launches = genTechnology() + genContour();
+        weld = WeldStage();
+        launches = genTechnology() + genContour(weld);
     }
-    if (!start(launches))
-        m_weld = before;                 // the next press does the same
-    else if (!goesOn && !m_ppf.isOpen()) // a record keeps the form that it began with
+    if (!write(launches))
+        return;                     // the next press does the same
+    if (!goesOn && !m_ppf.isOpen()) // a record keeps the form that it began with
         m_techRun = !m_testMode;
+    m_weld = WeldStage(); // a start that is broken off is nothing to go on with
+    if (start(launches))
+        m_weld = weld;
     updateGcode();
 }
 
@@ -109,9 +121,9 @@ QVector<Launch> CONTOUR::genTechnology()
     return {{3, text, site().pauses.beforeContour}};
 }
 
-QVector<Launch> CONTOUR::genContour()
+QVector<Launch> CONTOUR::genContour(WeldStage& weld)
 {
-    const MotionPrograms programs = contourPrograms(tables(), m_weld);
+    const MotionPrograms programs = contourPrograms(tables(), weld);
     showMotion(programs);
     return motion(programs, site().pauses.beforeManipulator);
 }

@@ -279,7 +279,9 @@ QList<float> WeldPath::interCoords(int row, double path, const CircleStart& star
     if (m_contour.schema->rotate())
         return onCircle(folded(path, double(m_contour.length)), start);
 
-    path = std::max(std::min(s0, s1), std::min(s1, folded(path, s1)));
+    // A row that goes back lies before its frame and is found on the frame's way prolonged backward: the
+    // motion there takes the time that the beam counts. Only rounding puts a path behind the frame's end.
+    path = std::min(s1, folded(path, s1));
     const double part = s1 != s0 ? (path - s0) / (s1 - s0) : 1.0;
     if (m_contour.schema->circle())
         return onRing(row, part);

@@ -94,9 +94,15 @@ public:
                 burns.last().peak = std::max(burns.last().peak, Ir);
             }
             on = Ir > 0.5;
+            for (const int channel : {1, 3}) {
+                if (m_bench.nc.state(channel) == plant::ChannelState::Running)
+                    m_runningAt[channel] = host().time;
+            }
         });
         return burns;
     }
+
+    double ended(int channel) const { return m_runningAt.value(channel); } // s; of channels 1 and 3
 
     QString trouble() const
     {
@@ -113,6 +119,7 @@ public:
 private:
     NcBench m_bench{0.02};
     bool m_ended = false;
+    QMap<int, double> m_runningAt; // the last time that a channel ran
 };
 
 // The tab of the contour with its dialogs.

@@ -247,6 +247,7 @@ private slots:
         using A = QList<float>;
         QTest::newRow("within") << A{0, 90, 180, 270} << 2 << 0.5 << 135.0f;
         QTest::newRow("closing") << A{0, 90, 180, 270} << 0 << 0.5 << 315.0f;
+        QTest::newRow("back before the frame") << A{0, 90, 180, 270} << 2 << -0.5 << 45.0f;
         QTest::newRow("inverted, first frame") << A{0, 270, 180, 90} << 1 << 0.25 << 337.5f;
         QTest::newRow("inverted, closing") << A{0, 270, 180, 90} << 0 << 0.5 << 45.0f;
         QTest::newRow("shifted ring, over 0") << A{5, 95, 185, 275} << 0 << 0.5 << 320.0f;

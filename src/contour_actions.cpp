@@ -6,10 +6,10 @@
 #include "schema.h"
 #include "touchmenu.h"
 #include "ui_contour.h"
+#include "weldgeometry.h"
 
 namespace {
 
-constexpr float samePlace = 0.01f; // mm
 constexpr int confirmTimeout = 10; // s
 
 // A slip on the keypad may not fill the memory with points.

@@ -268,7 +268,7 @@ double WeldPath::folded(double path, double end) const
     double pass = double(m_contour.length);
     if (hasFrames(m_contour) && m_contour.closed && !m_contour.closedForward)
         pass /= 2;
-    const double behind = path - end - 0.01;
+    const double behind = path - end - samePlace;
     return pass > 0 && behind > 0 ? path - std::ceil(behind / pass) * pass : path;
 }
 
@@ -367,9 +367,8 @@ QList<float> WeldPath::onCircle(double path, const CircleStart& start) const
 
 int passesLeftOut(double stretch, double length)
 {
-    // The end of a pass may be written a little behind the pass by the table's two decimals. Without beam
-    // that pass is left out as well: the pause of channel 3 counts it by the same comparison.
-    if (!(length > 0) || !(stretch > length))
+    // The table's two decimals may put a row a little behind the end of the pass it stands at: no pass more.
+    if (!(length > 0) || !(stretch > length + samePlace))
         return 0;
-    return int(std::min(std::ceil(stretch / length) - 1, 1e9));
+    return int(std::min(std::ceil((stretch - samePlace) / length) - 1, 1e9));
 }

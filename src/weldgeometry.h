@@ -7,6 +7,9 @@
 
 // The geometry of a weld on plain values: lengths in mm, angles in degrees unless said otherwise.
 
+// Rows of the tables and points nearer than this coincide, mm or deg: two decimals round them.
+inline constexpr double samePlace = 0.01;
+
 // Length of the frame that leaves `row`. 0 for a row outside the contour and for the frame of the contour's
 // end; not a number for an arc whose radius cannot reach from one point to the other.
 double frameLength(const WeldContour& contour, int row, const QList<float>& from, const QList<float>& to);
@@ -99,5 +102,5 @@ private:
 };
 
 // How many whole passes of `length` mm a stretch without beam is shorter, so that what is left is at most
-// one pass. The beam's pause and the motion both leave out this number.
+// one pass and `samePlace`. The beam's pause and the motion both leave out this number.
 int passesLeftOut(double stretch, double length);

@@ -10,8 +10,6 @@
 
 namespace {
 
-constexpr double samePlace = 0.01; // mm or deg: rows of tables and points nearer than this coincide
-
 bool finite(const QList<float>& point)
 {
     return std::all_of(point.begin(), point.end(), [](float c) { return std::isfinite(c); });
@@ -191,7 +189,7 @@ void ContourBuilder::takeRows(Stretch& frame)
         if (m_pass >= m_passes)
             return;
         const double p = double(row.path);
-        if (std::fabs(p - m_dist) < samePlace && !(closing && m_ring)) {
+        if (std::fabs(p - m_dist) < samePlace) {
             m_taken = row; // its speed holds from the next frame
             ++m_techRow;
             return;

@@ -365,6 +365,26 @@ private slots:
         QCOMPARE(frames, 6);
     }
 
+    // Two decimals put the end of the table before or behind the end of the pass: a ring as it is created
+    // turns once either way, and stops there.
+    void ringOfTheFixedRowsTurns()
+    {
+        for (int D = 50; D <= 150; D += 5) {
+            Weld weld(new SchemaCircle(float(D), 4));
+            for (const float angle : {0.0f, 90.0f, 180.0f, 270.0f})
+                weld.point({angle, 10, 20, 30});
+            weld.closed(D % 2 + 1).row(0, 0, 600).end();
+            const QStringList turns = generate(weld).channel2.split('\n').filter("G01 V=");
+            QStringList angles;
+            for (const QString& turn : turns)
+                angles << turn.section("V=", 1).section(' ', 0, 0);
+            QCOMPARE(angles.join(' '), QString("90.00 180.00 270.00 0.00"));
+            const double pause =
+                technologyProgram(weld.tables).section("N14 G4 F", 1).section('\n', 0, 0).toDouble();
+            QVERIFY2(qAbs(pause - D * M_PI / 10) < 0.0011, qPrintable(QString::number(pause)));
+        }
+    }
+
     // Three stages of a line with two stops: the same text, entered further on each time.
     void stopsOfALine()
     {

@@ -31,7 +31,8 @@ public:
             return false;
         for (int i = 1; i < m_rows.size(); ++i) {
             if (m_rows[i].Ir == 0.0f && m_rows[i - 1].Ir == 0.0f &&
-                m_rows[i].path - m_rows[i - 1].path > m_tables.contour.length)
+                passesLeftOut(double(m_rows[i].path - m_rows[i - 1].path), double(m_tables.contour.length)) >
+                    0)
                 return true;
         }
         return false;

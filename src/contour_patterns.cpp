@@ -6,29 +6,9 @@
 #include "touchmenu.h"
 #include "ui_contour.h"
 
-#include <cmath>
-
 namespace {
 
-constexpr float leastWay = 1; // mm along X
-
 const QString stopText = QStringLiteral("Технол.останов");
-
-bool isOneLine(const WeldContour& contour)
-{
-    return contour.rows.size() == 2 && !contour.closed && contour.rows[0].frame.type == Frame::Line;
-}
-
-bool everyFrameGoesAlongX(const WeldContour& contour)
-{
-    const QVector<ContourRow>& rows = contour.rows;
-    for (int i = contour.closed ? 0 : 1; i < rows.size(); ++i) {
-        const ContourRow& from = i == 0 ? rows.last() : rows[i - 1];
-        if (std::fabs(rows[i].coords[0] - from.coords[0]) < leastWay)
-            return false;
-    }
-    return true;
-}
 
 } // namespace
 
@@ -40,9 +20,8 @@ void CONTOUR::runGenerator()
                                    m_schema->D(),
                                    ui->weldSpeed->value(),
                                    ui->contourSpeed->value(),
-                                   isOneLine(contour),
-                                   everyFrameGoesAlongX(contour),
-                                   contour.closed ? contour.nrings : 1};
+                                   contour.closed ? contour.nrings : 1,
+                                   contour};
     Generator dialog(seam, this, ui->pbTemplate);
     connect(&dialog, &PatternDialog::message, this, &CONTOUR::message);
     if (dialog.exec() == QDialog::Accepted)

@@ -124,6 +124,9 @@ QVector<Launch> CONTOUR::genTechnology()
 QVector<Launch> CONTOUR::genContour(WeldStage& weld)
 {
     const MotionPrograms programs = contourPrograms(tables(), weld);
+    const QString doubt = doubtText(programs.doubt);
+    if (weld.stage == 1 && !doubt.isEmpty()) // what follows a stop was told with the start
+        emit message(doubt, true);
     showMotion(programs);
     return motion(programs, site().pauses.beforeManipulator);
 }

@@ -1,13 +1,13 @@
 #include "generators.h"
 
 #include "contour.h"
+#include "weldgeometry.h"
+#include "weldprogram.h"
 
-#include <algorithm>
 #include <cmath>
 
 namespace {
 
-constexpr float sameSpeed = 0.05f;   // mm/min, less does not show
 constexpr float sameLength = 0.001f; // mm
 
 } // namespace
@@ -114,15 +114,38 @@ bool LinTackWelds::possible() const
     return linTackRows(pattern(), value(Period), {}).has_value();
 }
 
-// Motion programs follow the seam frame by frame, and cut no frame across X: there the machine neither goes
-// back, and the beam of a tack that lies behind would burn where it stands, nor changes its speed.
+// What the programs of these tacks alone would make of them.
 QString LinTackWelds::warning() const
 {
-    const QVector<int> order = tacksOrder(orderText());
-    if (!(m_seam.oneLine && m_seam.alongX) && !std::is_sorted(order.begin(), order.end()))
+    const auto tacks = linTackRows(pattern(), value(Period), tacksOrder(orderText()));
+    WeldTables tables{m_seam.contour, {}};
+    if (!tacks || !tables.contour.schema)
+        return {};
+    const auto add = [&tables](const PatternRow& tack) {
+        TechRow row;
+        row.path = tack.path;
+        row.Ir = tack.Ir;
+        row.speed = tack.speed;
+        tables.tech.append(row);
+    };
+    add({0, 0, value(WeldSpeed)});
+    for (const PatternRow& row : *tacks)
+        add(row);
+    add({float(totalLength(tables.contour)), 0, value(MoveSpeed)});
+    if (programLines(tables.contour, tables.tech) > maxProgramLines)
+        return {};
+
+    WeldStage stage;
+    switch (contourPrograms(tables, stage).doubt.kind) {
+    case WeldDoubt::OutOfStep:
         return QStringLiteral("На этом шве машина не вернётся назад:\nнаберите порядок по возрастанию");
-    if (!m_seam.alongX && std::fabs(value(WeldSpeed) - value(MoveSpeed)) > sameSpeed)
+    case WeldDoubt::OffSeam:
+        return QStringLiteral("Шов не прямой, назад машина пойдёт мимо:\nнаберите порядок по возрастанию");
+    case WeldDoubt::SpeedKept:
         return QStringLiteral("Поперёк X скорость не меняется:\nсделайте V перехода равной V сварки");
+    case WeldDoubt::None:
+        break;
+    }
     return {};
 }
 

@@ -2,6 +2,7 @@
 
 #include "patternview.h"
 #include "weldpattern.h"
+#include "weldtables.h"
 
 #include <QDialog>
 
@@ -29,9 +30,8 @@ public:
         float D;         // mm, of a round one
         float weldSpeed; // mm/min
         float moveSpeed;
-        bool oneLine = true; // of two points, and straight
-        bool alongX = true;  // each frame has a way along X, on which programs can cut it
-        int passes = 1;      // along the whole length
+        int passes = 1;        // along the whole length
+        WeldContour contour{}; // of an open one; its scheme outlives the dialog
     };
 
     ~PatternDialog() override; // keeps the settings, with a journal line

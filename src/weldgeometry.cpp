@@ -289,6 +289,16 @@ QList<float> WeldPath::interCoords(int row, double path, const CircleStart& star
     return frame.type == Frame::Arc ? onArc(row, part, s1 - path) : onLine(row, part);
 }
 
+QList<float> WeldPath::place(double path, const CircleStart& start) const
+{
+    const int last = m_sums.size() - 1;
+    const bool closes = closesByFrame(m_contour);
+    path = std::max(0.0, folded(path, closes ? double(m_contour.length) : m_sums[last]));
+    const auto end = std::lower_bound(m_sums.begin() + 1, m_sums.end(), path - samePlace);
+    const int row = end != m_sums.end() ? int(end - m_sums.begin()) : closes ? 0 : last;
+    return interCoords(row, path, start);
+}
+
 QList<float> WeldPath::onLine(int row, double part) const
 {
     const QList<float>& a = from(row);

@@ -88,6 +88,9 @@ public:
     // across passes.
     QList<float> interCoords(int row, double path, const CircleStart& start) const;
 
+    // The point of the seam at `path`, on whichever frame it lies; its first where the path is negative.
+    QList<float> place(double path, const CircleStart& start) const;
+
 private:
     QList<float> onLine(int row, double part) const;
     QList<float> onRing(int row, double part) const;

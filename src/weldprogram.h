@@ -1,6 +1,7 @@
 #pragma once
 
 #include "weldtables.h"
+#include "weldwarning.h"
 
 #include <QString>
 
@@ -18,6 +19,7 @@ struct MotionPrograms
 {
     QString channel1;
     QString channel2;
+    WeldDoubt doubt{}; // of a weld, the worst
 };
 
 // Channel 3: beam current, focus and raster along the technology table.

@@ -10,6 +10,8 @@
 
 namespace {
 
+constexpr double noSeamShows = 0.1; // mm, by which the beam may be beside its place
+
 bool finite(const QList<float>& point)
 {
     return std::all_of(point.begin(), point.end(), [](float c) { return std::isfinite(c); });
@@ -41,8 +43,9 @@ public:
         m_stage.stopsSeen = 0;
         head();
         walk();
+        doubtRest();
         tail();
-        return {m_ch1.text(), m_ring ? m_ch2.text() : QString()};
+        return {m_ch1.text(), m_ring ? m_ch2.text() : QString(), m_doubt};
     }
 
 private:
@@ -52,7 +55,12 @@ private:
         int leaving; // the row that describes the frame
         QList<float> from;
         QList<float> to;
-        double speed; // of the way from `from` on
+        double speed;      // of the way from `from` on
+        double path = 0;   // at `from`
+        bool back = false; // a row went back on this frame
+        // Moves left out before `from`, which run with the feed of the next one: their way, mm, and its time
+        // by the table, min, up to the row at `cutPath`.
+        double leftOutWay = 0, leftOutTime = 0, cutPath = 0;
     };
 
     void head();
@@ -63,6 +71,10 @@ private:
     void advance(int row);
     void takeRows(Stretch& frame);
     void cut(Stretch& frame, const TechRow& row);
+    void doubtCut(Stretch& frame, const TechRow& row, const QList<float>& mid, bool cuts);
+    void doubtMove(Stretch& frame, const QList<float>& to, double path);
+    void doubtRest();
+    void doubt(WeldDoubt::Kind kind, double path);
     void leaveOutPasses(const TechRow& row);
 
     void move(const Stretch& frame, const QList<float>& to);
@@ -95,6 +107,7 @@ private:
     bool m_hold = false; // a stop was written, its next row not yet reached
     QString m_repeat1;   // last move of each channel, to stand in its place again after a stop
     QString m_repeat2;
+    WeldDoubt m_doubt; // the worst so far
 };
 
 // The channels meet here: channel 3 reports its beam axes, channel 2 its part, then event 1 starts all. A
@@ -151,7 +164,7 @@ void ContourBuilder::tail()
 void ContourBuilder::runFrame(int row)
 {
     const int leaving = row == 0 ? m_rows.size() - 1 : row - 1;
-    Stretch frame{row, leaving, m_rows[leaving].coords, m_rows[row].coords, double(m_taken.speed)};
+    Stretch frame{row, leaving, m_rows[leaving].coords, m_rows[row].coords, double(m_taken.speed), m_dist};
     advance(row);
     takeRows(frame);
     if (m_pass >= m_passes)
@@ -159,6 +172,7 @@ void ContourBuilder::runFrame(int row)
     if (m_ring && frame.to[0] >= 360.0f)
         frame.to[0] = std::fmod(frame.to[0], 360.0f);
     move(frame, frame.to);
+    doubtMove(frame, frame.to, m_dist);
 }
 
 // The closing frame of a round contour ends at whole turns, so that passes do not add up rounding.
@@ -201,14 +215,19 @@ void ContourBuilder::takeRows(Stretch& frame)
 }
 
 // Coordinate 0 alone decides whether the cut is a move of its own. Where it stands still the move is left
-// out and its stretch runs with the feed of the next: seams along one axis have always been written so.
+// out and its stretch runs with the feed of the next: seams along one axis have always been written so. A row
+// at 0, where every table starts, cuts nothing either, in whatever frame it is met.
 void ContourBuilder::cut(Stretch& frame, const TechRow& row)
 {
     const double p = double(row.path);
     const QList<float> mid = std::fabs(p) > 0 ? m_path.interCoords(frame.row, p, m_start) : frame.from;
     if (finite(mid)) {
-        if (frame.row == 0 || std::fabs(double(mid[0]) - double(frame.from[0])) > samePlace)
+        const bool cuts = frame.row == 0 || std::fabs(double(mid[0]) - double(frame.from[0])) > samePlace;
+        if (cuts)
             move(frame, mid);
+        frame.back = frame.back || p < frame.path - samePlace;
+        doubtCut(frame, row, mid, cuts);
+        frame.path = p;
         frame.from = mid;
     }
     if (m_hold) {
@@ -218,6 +237,74 @@ void ContourBuilder::cut(Stretch& frame, const TechRow& row)
     }
     m_taken = row;
     frame.speed = double(row.speed);
+}
+
+// The beam counts the way by time and table; here is what the machine makes of it.
+void ContourBuilder::doubtCut(Stretch& frame, const TechRow& row, const QList<float>& mid, bool cuts)
+{
+    const double p = double(row.path);
+    if (cuts) {
+        doubtMove(frame, mid, p);
+    } else if (p < frame.path - samePlace) {
+        doubt(WeldDoubt::OutOfStep, p);
+    } else if (const double way = m_schema.distance(frame.from, mid); way > 0) {
+        frame.leftOutWay += way;
+        frame.leftOutTime += way / frame.speed;
+        frame.cutPath = p;
+    }
+}
+
+// Back goes a straight line, or an arc that bulges to the other side. Prolonged, a frame may pass half a
+// turn, and the machine takes the shorter way.
+void ContourBuilder::doubtMove(Stretch& frame, const QList<float>& to, double path)
+{
+    if (std::fabs(frame.leftOutTime * frame.speed - frame.leftOutWay) > noSeamShows)
+        doubt(WeldDoubt::SpeedKept, frame.cutPath);
+    frame.leftOutWay = frame.leftOutTime = 0;
+    if (!frame.back)
+        return;
+    const Frame& leaving = m_rows[frame.leaving].frame;
+    double way = m_schema.distance(frame.from, to);
+    double beside = 0;
+    if (m_schema.rotate() || leaving.type == Frame::Arc) {
+        const double r = double(m_schema.rotate() ? m_schema.R() : leaving.radius);
+        const PlaneColumns plane = planeColumns(m_schema.rotate() ? m_schema.Aux() : leaving.plane);
+        const double chord = std::hypot(double(to[plane.first]) - double(frame.from[plane.first]),
+                                        double(to[plane.second]) - double(frame.from[plane.second]));
+        way = arcOverChord(chord, float(2 * r));
+        beside = 2 * (r - std::sqrt(std::max(0.0, r * r - chord * chord / 4)));
+    }
+    if (!(std::fabs(std::fabs(path - frame.path) - way) < noSeamShows))
+        return doubt(WeldDoubt::OutOfStep, path);
+    if (path > frame.path)
+        return;
+    const QList<float> place = m_path.place(path, m_start);
+    if (m_ring)
+        beside = m_schema.distance(to, place);
+    for (int i = m_ring ? 1 : 0; i < place.size(); ++i)
+        beside = std::max(beside, std::fabs(double(to[i]) - double(place[i])));
+    if (beside > noSeamShows)
+        doubt(WeldDoubt::OffSeam, path);
+}
+
+// The seam is at its end, and rows are left that go back.
+void ContourBuilder::doubtRest()
+{
+    double before = double(m_taken.path);
+    for (int i = m_techRow; i < m_tech.size(); ++i) {
+        if (!m_tech[i].on)
+            continue;
+        const double p = double(m_tech[i].path);
+        if (p < before - samePlace)
+            doubt(WeldDoubt::OutOfStep, p);
+        before = p;
+    }
+}
+
+void ContourBuilder::doubt(WeldDoubt::Kind kind, double path)
+{
+    if (kind > m_doubt.kind)
+        m_doubt = {kind, float(path)};
 }
 
 // A long pause without beam costs no idle turns. What is left out here is what the pause of channel 3 is

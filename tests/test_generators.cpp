@@ -200,25 +200,56 @@ void TestGenerators::periodIsNotRounded()
                                   "82.33 50.0 600.0", "84.33 50.0 600.0", "85.33 0.0 1200.0"}));
 }
 
-// Where programs cannot bring the machine to the tacks the picture says so, and says no more than that.
+// Where programs cannot bring the machine to the tacks the picture says so, and says no more than that; so
+// does the journal at each start.
 void TestGenerators::warnings()
 {
-    const auto warning = [this](const char* speed, const QString& order) {
-        bool warned = false;
+    QString told;
+    const auto warning = [&](const char* speed, const QString& order) {
+        QString shown;
         QList<Answer> answers{Answers::entry(0)};
         answers << typed("moveSpeed", speed) << look("leTacksOrder", [&] {
             Answers::shown<QLineEdit>("leTacksOrder")->setText(order);
-            warned = !Answers::shown<PatternView>("view")->warning().isEmpty();
-        }) << Answers::cancel();
+            shown = Answers::shown<PatternView>("view")->warning();
+        }) << Answers::button("pbCreate");
         answer("pbTemplate", answers);
-        return warned;
+        m_window->journal.clear();
+        m_window->press("pbGcode");
+        const QStringList lines = m_window->journal.filter("[W]");
+        told = lines.value(0);
+        for (int row = m_window->tech()->rowCount() - 2; row > 0; --row) {
+            m_window->tech()->setCurrentCell(row, 0);
+            m_window->press("pbDelTechPoint");
+        }
+        return lines.size() == (shown.isEmpty() ? 0 : 1) ? shown.section('\n', 0, 0) : "told otherwise";
     };
+    Kept{"LinTackWelds", 50, 5, 5, 5, 2}.store();
+    const QString burns = "На этом шве машина не вернётся назад:";
+    seam();
+    QCOMPARE(warning("1200", "1,0"), QString());
     line("100");
-    QVERIFY(!warning("1200", "1,0"));
+    QCOMPARE(warning("1200", "1,0"), QString());
+    m_window->teach(200, 0, 0);
+    QCOMPARE(warning("1200", "1,0"), QString());
+    m_window->teach(300, 10, 0);
+    QCOMPARE(warning("1200", "1,0"), QString("Шов не прямой, назад машина пойдёт мимо:"));
+    QCOMPARE(told, QString("[W]Шов не прямой: на пути 67.62 мм таблица идёт назад, луч пройдёт мимо шва"));
+    QCOMPARE(warning("1200", "0,1"), QString());
+    // From the very end of the seam nothing goes back, and nothing to 0.
+    Kept{"LinTackWelds", 50, 50, 50, 50.25, 2}.store();
+    QCOMPARE(warning("1200", "1,0"), burns);
+    Kept{"LinTackWelds", 50, 50, 50, 0.1666, 3}.store();
+    QCOMPARE(warning("1200", "1,0,2"), burns);
+    Kept{"LinTackWelds", 50, 5, 5, 5, 2}.store();
+    line("100");
     m_window->teach(100, 100, 0);
-    QVERIFY(warning("600", "1,0"));
-    QVERIFY(!warning("600", "0,1"));
-    QVERIFY(warning("1200", "0,1"));
+    QCOMPARE(warning("600", "1,0"), burns);
+    QCOMPARE(
+        told,
+        QString("[W]На пути 42.50 мм таблица идёт назад, а машина так не пойдёт: луч и движение разойдутся"));
+    QCOMPARE(warning("600", "0,1"), QString());
+    QCOMPARE(warning("1200", "0,1"), QString("Поперёк X скорость не меняется:"));
+    QCOMPARE(told, QString("[W]Поперёк X скорость не меняется: на пути 157.50 мм луч и движение разойдутся"));
 }
 
 // A weld may overlap its beginning as long as a pass is left.

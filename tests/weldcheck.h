@@ -111,7 +111,7 @@ private:
         for (int i = 1; i < m_rows.size(); ++i) {
             const TechRow& a = m_rows[i - 1];
             const TechRow& b = m_rows[i];
-            const double minutes = double(b.path - a.path) / double(a.speed);
+            const double minutes = std::abs(double(b.path - a.path)) / double(a.speed);
             const double change = std::hypot(double(b.Ir - a.Ir), double(b.If - a.If));
             seconds += change > 0 && minutes > 0 ? 60 * minutes * 0.0005 / (change / minutes) : 0.0005;
         }

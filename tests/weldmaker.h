@@ -89,6 +89,7 @@ public:
     bool anyDirection = false; // frames along y and z too
     bool mayStop = true;
     bool oneSpeed = false; // set by chance otherwise
+    bool goesBack = false; // rows in any order, on a seam that is straight by chance
 
     WeldTables make()
     {
@@ -123,6 +124,13 @@ private:
         }
         for (int i = 0; i + 1 < count; ++i)
             contour.rows[i].frame = makeFrame(contour.rows[i].coords, contour.rows[i + 1].coords);
+        if (goesBack && m_dice.one(2)) {
+            contour.closed = false;
+            for (ContourRow& row : contour.rows) { // all numbers end at two decimals
+                const float along = std::round(row.coords[0]);
+                row = {{0.6f * along, 0.8f * along, 5}, {}};
+            }
+        }
         contour.rows.last().frame.type = Frame::End;
         if (contour.closed)
             contour.rows.last().frame = makeFrame(contour.rows.last().coords, contour.rows.first().coords);
@@ -204,6 +212,8 @@ private:
         for (int rows = m_dice.whole(0, m_dice.one(2) ? 3 : 10); rows > 0; --rows)
             paths.append(m_dice.one(4) ? frameEnd() : m_dice.decimal(0, double(total), 2));
         std::sort(paths.begin(), paths.end());
+        if (goesBack && !paths.isEmpty())
+            std::rotate(paths.begin(), paths.begin() + m_dice.whole(0, paths.size() - 1), paths.end());
 
         TechRow row;
         row.If = 700;
@@ -213,7 +223,8 @@ private:
         m_tables.tech.append(row);
         for (const float path : paths) {
             // Nearer rows are ramps that the beam could not follow.
-            if (path < m_tables.tech.last().path + 1 || path > total - 1)
+            const float way = path - m_tables.tech.last().path;
+            if ((goesBack ? std::abs(way) : way) < 1 || path > total - 1)
                 continue;
             row = nextRow(path);
             m_tables.tech.append(row);

@@ -63,6 +63,7 @@ public:
     void addTechPoint(float interval, float IrVal, float speed);       // from the last path on
     void addLinearTackPoint(float interval, float IrVal, float speed); // interval: from the start
     void addPointToTech(float path);
+    void addPointsToTech(QVector<float> paths); // as if one after the other
     void addComment(const QString& text);
     void addContourPoint(bool all, bool everyPass, int point, int pass); // point and pass from 1
     void setParamValueInTable(int column, float value, int decimals);
@@ -213,6 +214,7 @@ private:
     void runGenerator();
 
     // Running. The generators show their programs in the panels of the channels.
+    bool refused(const QString& reason); // a journal line, empty where nothing speaks against it
     QVector<Launch> genTechnology();
     QVector<Launch> genContour(WeldStage& weld);
     QVector<Launch> genTestMove();

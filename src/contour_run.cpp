@@ -88,6 +88,8 @@ void CONTOUR::on_pbGcode_clicked()
         emit message(QStringLiteral("[A]Ошибка! Контур не создан, пуск невозможен!"), true);
         return;
     }
+    if (refused(tooLongText(programLines(tables()))))
+        return;
     WeldStage weld = m_weld;
     const bool goesOn = weld.stopsSeen >= weld.stage;
     QVector<Launch> launches;
@@ -110,6 +112,13 @@ void CONTOUR::on_pbGcode_clicked()
     if (start(launches))
         m_weld = weld;
     updateGcode();
+}
+
+bool CONTOUR::refused(const QString& reason)
+{
+    if (!reason.isEmpty())
+        emit message(reason, true);
+    return !reason.isEmpty();
 }
 
 // Channel 3 must wait for its event before the others start.
@@ -158,6 +167,9 @@ void CONTOUR::onContourCellClicked(int row, int column)
         onContourCellDoubleClicked(row, column);
         return;
     }
+    constexpr int stepLines = 4; // in both channels
+    if (refused(tooLongText(stepLines * qAbs(qint64(row) - qMax(0, m_currentPoint)))))
+        return;
     if (row != m_currentPoint)
         m_moveForward = m_currentPoint < row;
     start(motion(navigationPrograms(contourValues(), m_currentPoint, row, coords(), ui->contourSpeed->text()),

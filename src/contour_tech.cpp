@@ -5,6 +5,8 @@
 #include "trselect.h"
 #include "ui_contour.h"
 #include "weldgeometry.h"
+#include "weldpattern.h"
+#include "weldwarning.h"
 
 namespace {
 
@@ -213,16 +215,35 @@ void CONTOUR::addTechRow(float path, float IrVal, float speed)
 
 void CONTOUR::addPointToTech(float path)
 {
-    int row = 1;
-    for (int i = 1; i < ui->twTechTab->rowCount(); ++i) {
-        if (techText(i, 0).toFloat() >= path) {
-            row = i;
-            break;
+    addPointsToTech({path});
+}
+
+// One after the other they would shift the rows below each time: all are put in their places at once.
+void CONTOUR::addPointsToTech(QVector<float> paths)
+{
+    for (float& path : paths)
+        path = number(path, techColumns[0].decimals).toFloat(); // as the table will show it
+    QVector<float> table;
+    for (int row = 1; row < ui->twTechTab->rowCount(); ++row)
+        table.append(techText(row, 0).toFloat());
+    const QVector<int> order = mergedOrder(table, paths);
+    for (int last = order.size() - 1, before = table.size(); last >= 0; --last) {
+        if (order[last] < table.size()) {
+            --before;
+            continue;
         }
+        const int end = last + 1;
+        while (last > 0 && order[last - 1] >= table.size())
+            --last;
+        ui->twTechTab->model()->insertRows(before + 1, end - last);
     }
     TechRow values = restRow();
-    values.path = path;
-    insertTechRow(row, values);
+    for (int i = 0; i < order.size(); ++i) {
+        if (order[i] < table.size())
+            continue;
+        values.path = paths[order[i] - table.size()];
+        writeTechRow(i + 1, values);
+    }
 }
 
 void CONTOUR::addComment(const QString& text)
@@ -246,11 +267,15 @@ void CONTOUR::addContourPoint(bool all, bool everyPass, int point, int pass)
     const float length = ui->length->value();
     const int passes = everyPass ? static_cast<int>(nrings->value()) : 1;
     const WeldContour contour = contourValues();
+    const qint64 added = qint64(all ? contour.rows.size() : 1) * passes;
+    if (refused(tooManyRowsText(ui->twTechTab->rowCount() + added)))
+        return;
+    QVector<float> paths;
     if (all) {
+        const QVector<double> lengths = pointLengths(contour);
         for (int turn = 0; turn < passes; ++turn) {
-            for (int i = 1; i <= contour.rows.size(); ++i)
-                addPointToTech(static_cast<float>(::calcLength(contour, i)) +
-                               length * static_cast<float>(turn));
+            for (const double way : lengths)
+                paths.append(static_cast<float>(way) + length * static_cast<float>(turn));
         }
     } else if (everyPass) {
         auto path = static_cast<float>(::calcLength(contour, point));
@@ -258,14 +283,15 @@ void CONTOUR::addContourPoint(bool all, bool everyPass, int point, int pass)
             // The step grows with each pass (0, 1, 3, 6 ... lengths): tables made this way are in use, and
             // the same entry has to give the same rows.
             path += length * static_cast<float>(turn);
-            addPointToTech(path);
+            paths.append(path);
         }
     } else {
         auto path = static_cast<float>(::calcLength(contour, point));
         if (pass > 1 && m_closed)
             path += length * (rotate - 1);
-        addPointToTech(path);
+        paths.append(path);
     }
+    addPointsToTech(paths);
     updateTechTab();
     updateValidDistance();
 }

@@ -132,7 +132,7 @@ QString LinTackWelds::warning() const
     for (const PatternRow& row : *tacks)
         add(row);
     add({float(totalLength(tables.contour)), 0, value(MoveSpeed)});
-    if (programLines(tables.contour, tables.tech) > maxProgramLines)
+    if (programLines(tables) > maxProgramLines)
         return {};
 
     WeldStage stage;

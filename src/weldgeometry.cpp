@@ -42,12 +42,21 @@ double frameLength(const WeldContour& contour, int row, const QList<float>& from
     }
 }
 
+QVector<double> pointLengths(const WeldContour& contour)
+{
+    QVector<double> lengths;
+    lengths.reserve(contour.rows.size());
+    for (int i = 0; i < contour.rows.size(); ++i)
+        lengths.append(i == 0 ? 0.0
+                              : lengths.last() + contour.schema->distance(contour.rows[i - 1].coords,
+                                                                          contour.rows[i].coords));
+    return lengths;
+}
+
 double calcLength(const WeldContour& contour, int count)
 {
-    double sum = 0;
-    for (int i = 1; i < std::min(count, contour.rows.size()); ++i)
-        sum += contour.schema->distance(contour.rows[i - 1].coords, contour.rows[i].coords);
-    return sum;
+    const QVector<double> lengths = pointLengths(contour);
+    return count > 0 && !lengths.isEmpty() ? lengths[std::min(count, lengths.size()) - 1] : 0;
 }
 
 double passLength(const WeldContour& contour)

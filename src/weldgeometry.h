@@ -17,6 +17,9 @@ double frameLength(const WeldContour& contour, int row, const QList<float>& from
 // Way through the first `count` points by the scheme's distance; 0 for fewer than two.
 double calcLength(const WeldContour& contour, int count);
 
+// The same for each point.
+QVector<double> pointLengths(const WeldContour& contour);
+
 // One pass, and the whole program with all its passes. They are computed from the rows; the field `length`
 // of the contour is not read.
 double passLength(const WeldContour& contour);

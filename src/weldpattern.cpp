@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 namespace {
 
@@ -108,6 +109,40 @@ QVector<int> tacksOrder(const QString& text)
         if (!isNumber)
             break;
         order << tack;
+    }
+    return order;
+}
+
+QVector<int> mergedOrder(const QVector<float>& table, const QVector<float>& paths)
+{
+    // A row beyond all others goes to the top, and whatever comes after it, not beyond, goes before it: from
+    // there on it is a table of its own.
+    float highest = -std::numeric_limits<float>::infinity();
+    for (const float path : table)
+        highest = std::max(highest, path);
+    QVector<QVector<int>> groups(1);
+    for (int i = 0; i < paths.size(); ++i) {
+        if (paths[i] > highest) {
+            highest = paths[i];
+            groups.append(QVector<int>());
+        }
+        groups.last().append(i);
+    }
+    for (QVector<int>& group : groups) // of two at one path the later stands first
+        std::sort(group.begin(), group.end(),
+                  [&](int a, int b) { return paths[a] != paths[b] ? paths[a] < paths[b] : a > b; });
+
+    QVector<int> order;
+    order.reserve(table.size() + paths.size());
+    for (int i = groups.size() - 1; i > 0; --i) {
+        for (const int added : qAsConst(groups[i]))
+            order.append(table.size() + added);
+    }
+    auto next = groups.first().cbegin();
+    for (int row = 0; row < table.size(); ++row) {
+        for (; next != groups.first().cend() && paths[*next] <= table[row]; ++next)
+            order.append(table.size() + *next);
+        order.append(row);
     }
     return order;
 }

@@ -47,3 +47,9 @@ QString circleTacksOrder(int number);
 
 // The entries of an order as typed. Empty ones are passed over; the first that is no number ends the list.
 QVector<int> tacksOrder(const QString& text);
+
+// How the technology table is ordered once rows at `paths` were put into it one after the other, each before
+// the first row that lies not below it, or at the top where none does. `table`: the paths of its rows from
+// the second on. Of the result, a number below table.size() is that row, any other less table.size() a new
+// one.
+QVector<int> mergedOrder(const QVector<float>& table, const QVector<float>& paths);

@@ -25,17 +25,28 @@ QString doubtText(const WeldDoubt& doubt)
     return {};
 }
 
-qint64 programLines(const WeldContour& contour, const QVector<TechRow>& tech)
+qint64 programLines(const WeldTables& tables)
 {
-    constexpr int frameLines = 2; // an arc with its plane, or a turn with the move that follows it
+    constexpr int headsAndTails = 50;
     constexpr int stopLines = 20;
     constexpr int rasterLines = 11;
-    qint64 lines = 50 + frameLines * qint64(passCount(contour)) * contour.rows.size(); // with heads and tails
-    for (const TechRow& row : tech) {
+    const WeldContour& contour = tables.contour;
+    // A turn has the manipulator's move beside it, an arc its plane before it.
+    const auto moveLines = [&](const Frame& frame) {
+        return contour.schema->circle() || frame.type == Frame::Arc ? 2 : 1;
+    };
+    qint64 lines = 0;
+    int longest = 1;
+    for (const ContourRow& row : contour.rows) {
+        lines += moveLines(row.frame);
+        longest = std::max(longest, moveLines(row.frame));
+    }
+    lines = lines * passCount(contour) + headsAndTails;
+    for (const TechRow& row : tables.tech) {
         if (row.stop)
             lines += stopLines;
         else if (row.on)
-            lines += frameLines + 1 + (row.raster.kind == Raster::On ? rasterLines : 0);
+            lines += longest + 1 + (row.raster.kind == Raster::On ? rasterLines : 0);
     }
     return lines;
 }
@@ -45,7 +56,16 @@ QString tooLongText(qint64 lines)
     if (lines <= maxProgramLines)
         return {};
     return QStringLiteral(
-               "[A]Программа не создана: %1 строк, допустимо %2. Уменьшите число точек или проходов")
+               "[A]Программа не создана: было бы строк %1, допустимо %2. Уменьшите число точек или проходов")
         .arg(lines)
         .arg(maxProgramLines);
+}
+
+QString tooManyRowsText(qint64 rows)
+{
+    if (rows <= maxTechRows)
+        return {};
+    return QStringLiteral("[A]Точки не добавлены: в таблице было бы строк %1, допустимо %2")
+        .arg(rows)
+        .arg(maxTechRows);
 }

@@ -22,12 +22,14 @@ struct WeldDoubt
 };
 QString doubtText(const WeldDoubt& doubt);
 
-// A weld is not started when its programs have more lines, all channels together: the window would stand
-// still while they are made. The slowest scheme makes these in less than 100 ms.
-constexpr int maxProgramLines = 20'000;
+// A program of more lines is not made, those of all channels counted together: the window would stand still
+// meanwhile. Of the slowest scheme so many are made and shown in less than 100 ms.
+constexpr int maxProgramLines = 15'000;
 
-// As many lines as the programs of a weld can have. Without a technology table: those of a test move.
-qint64 programLines(const WeldContour& contour, const QVector<TechRow>& tech = {});
-
-// Why programs of so many lines are not made.
+// As many lines as the programs of a weld can have.
+qint64 programLines(const WeldTables& tables);
 QString tooLongText(qint64 lines);
+
+// The same for the rows of a technology table that points are added to.
+constexpr int maxTechRows = 4'000;
+QString tooManyRowsText(qint64 rows);

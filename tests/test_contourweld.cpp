@@ -30,6 +30,8 @@ private slots:
     void techRows();
     void pointsOfTheContourInTheTable_data();
     void pointsOfTheContourInTheTable();
+    void manyPointsAtOnce();
+    void tooLongProgramIsNotMade();
     void invalidTableIsToldAndMarked();
     void commentSwitchesItsBlock();
     void insertedRowTakesTheXDefaultTwice();
@@ -47,6 +49,7 @@ private:
     std::unique_ptr<ContourWindow> m_window;
     CONTOUR* m_contour = nullptr;
 
+    void ringOf99(const char* passes);
     QStringList xs() const { return m_window->column(m_window->points(), 0); }
 };
 
@@ -256,6 +259,52 @@ void TestContourWeld::pointsOfTheContourInTheTable()
                  m_contour->addContourPoint(false, false, 1, 4);
              }).contains("rotate <= nrings->value()"),
              true);
+}
+
+// Passes of a ring of 99 points.
+void TestContourWeld::ringOf99(const char* passes)
+{
+    m_window->newRing("100", "99");
+    m_window->press("pbRing");
+    Answers answers({Answers::number(passes)});
+    m_window->press("nrings");
+}
+
+void TestContourWeld::manyPointsAtOnce()
+{
+    ringOf99("41");
+    m_contour->addContourPoint(true, true, 1, 1);
+    QCOMPARE(m_window->tech()->rowCount(), 2);
+    QCOMPARE(m_window->journal.last(),
+             QString("[A]Точки не добавлены: в таблице было бы строк 4061, допустимо 4000"));
+    ringOf99("40");
+    m_window->tech()->setCurrentCell(1, 0); // the end of the seam, with the rows before it
+    m_contour->addContourPoint(true, true, 1, 1);
+    QCOMPARE(m_window->tech()->rowCount(), 3962);
+    QCOMPARE(m_window->tech()->currentRow(), 3961);
+    QVERIFY(m_contour->tableValid());
+
+    // An end that the table shows rounded down is not beyond it.
+    m_window->choose("pbNew", 0);
+    m_window->teach(0, 0, 0);
+    m_window->teach(100, 5, 0);
+    m_contour->addTechPoint(10, 0, 600);
+    m_contour->addContourPoint(false, false, 2, 1);
+    QCOMPARE(m_window->column(m_window->tech(), 0).join(' '), QString("0.00 10.00 100.12 100.12"));
+}
+
+void TestContourWeld::tooLongProgramIsNotMade()
+{
+    QVERIFY(m_window->linkUp());
+    ringOf99("1000");
+    m_window->press("pbGcode");
+    QCOMPARE(m_window->journal.last(), QString("[A]Программа не создана: было бы строк 198056, допустимо "
+                                               "15000. Уменьшите число точек или проходов"));
+    QVERIFY(m_window->find<QPlainTextEdit>("teGcode_3")->toPlainText().isEmpty());
+    QVERIFY(!QFile::exists(site().path("/programs/_temp3.npg")));
+    ringOf99("75");
+    m_window->press("pbGcode");
+    QTRY_COMPARE(m_window->commands().size(), 3);
 }
 
 void TestContourWeld::invalidTableIsToldAndMarked()

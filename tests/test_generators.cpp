@@ -1,11 +1,13 @@
 #include "generators.h"
 #include "patternfixture.h"
+#include "weldmaker.h"
 #include "weldpattern.h"
 
 #include <QLineEdit>
 #include <QSettings>
 
 #include <algorithm>
+#include <numeric>
 
 namespace {
 
@@ -42,6 +44,7 @@ private slots:
     void orders();
     void typedOrders();
     void rowsOverAGrid();
+    void mergedRows();
 
     void weldTakesTheSeam();
     void rampsLongerThanTheSeam();
@@ -127,6 +130,26 @@ void TestGenerators::rowsOverAGrid()
                 QCOMPARE(reached, tacksOrder(circleTacksOrder(number)));
             }
         }
+    }
+}
+
+// As if they were put in one by one, in tables that go back and with paths beyond the end.
+void TestGenerators::mergedRows()
+{
+    Dice dice(7);
+    for (int round = 0; round < 500; ++round) {
+        QVector<float> table(dice.whole(1, 8)), paths(dice.whole(0, 8));
+        for (QVector<float>* list : {&table, &paths})
+            std::generate(list->begin(), list->end(), [&] { return float(dice.whole(0, 9)); });
+        QVector<int> expected(table.size());
+        std::iota(expected.begin(), expected.end(), 0);
+        const QVector<float> all = table + paths;
+        for (int i = table.size(); i < all.size(); ++i) {
+            const auto at =
+                std::find_if(expected.begin(), expected.end(), [&](int row) { return all[row] >= all[i]; });
+            expected.insert(at == expected.end() ? expected.begin() : at, i);
+        }
+        QCOMPARE(mergedOrder(table, paths), expected);
     }
 }
 

@@ -5,6 +5,7 @@
 #include "weldtables.h"
 
 #include <QString>
+#include <QtMath>
 
 #include <algorithm>
 #include <cmath>

@@ -220,7 +220,6 @@ void CONTOUR::init(Schema* schema)
     m_weld = WeldStage(); // a weld that stopped on the former contour does not go on here
 
     m_closed = false;
-    m_inverted = false;
     m_moveForward = true;
 
     QStringList headers = m_schema->axisNames();
@@ -242,6 +241,7 @@ void CONTOUR::init(Schema* schema)
 
     ui->frmRotate->setVisible(m_schema->rotate());
     updateHeader();
+    // Not so "Вставить точку": it needs the drives as well, and follows their rule with the other buttons.
     ui->pbTemplate->setEnabled(true);
     ui->pbSave->setEnabled(true);
     ui->pbSave_2->setEnabled(true);

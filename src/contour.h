@@ -70,7 +70,6 @@ public:
     void setTechSettings(bool test, bool focus, bool yokeX, bool yokeY, float If, float Ix, float Iy, float D,
                          int plane);
     bool tableValid() const { return m_tableValid; }
-    bool inverted() const { return m_inverted; } // turned around an odd number of times
 
     // Files, each `path` without its extension and without the site's root. One that cannot be read changes
     // nothing; one that cannot be written stays as it was, and the journal tells so.
@@ -260,7 +259,6 @@ private:
 
     bool m_closed = false;
     bool m_closedForward = true;
-    bool m_inverted = false;
     bool m_moveForward = true;
     int m_currentPoint = -1;
     float m_centerX = 0;

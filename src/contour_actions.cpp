@@ -164,6 +164,7 @@ void CONTOUR::on_pbDel_clicked()
     emit message(QStringLiteral("[I]Нажата кнопка 'Удалить точку' панели Контур"), false);
     ui->twContour->removeRow(m_currentPoint);
     const int last = ui->twContour->rowCount() - 1;
+    // Nothing leads on from the point that is the last now, nor may an arc to the deleted one stay in it.
     if (isXYZ() && last >= 0 && !m_closed)
         addParameters(last, last > 0 ? Frame::End : Frame::Line, 0, 0, 0, false);
     if (last < 0)
@@ -198,7 +199,6 @@ void CONTOUR::on_pbInverse_clicked()
     emit message(QStringLiteral("[I]Нажата кнопка 'Инверсия' панели Контур"), false);
     WeldContour contour = contourValues();
     invertContour(contour);
-    m_inverted = !m_inverted;
     writeContour(contour);
     updateAfterEdit();
 }

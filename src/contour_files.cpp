@@ -115,7 +115,6 @@ void CONTOUR::load(const QString& name, const QString& path)
 
     emit message(QStringLiteral("[I]Загружен контур из файла %1.save").arg(path), true);
     const int last = ui->twContour->rowCount() - 1;
-    m_inverted = last >= 2 && coords(last - 1)[0] > coords(last)[0];
     setCurrentPoint(last >= 0 ? 0 : -1);
     updateLength();
     updateEnables();

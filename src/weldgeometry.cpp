@@ -262,6 +262,8 @@ const QList<float>& WeldPath::to(int row) const
     return m_contour.rows[row].coords;
 }
 
+// An arc counts by its arc, the closing one too: that is the way the machine runs, and the rows of the next
+// pass are cut behind it.
 double WeldPath::frame(int row) const
 {
     if (!hasFrames(m_contour))
@@ -318,7 +320,8 @@ QList<float> WeldPath::onLine(int row, double part) const
     return point;
 }
 
-// The angle goes the short way, over 0 degrees where that is shorter.
+// The angle goes the short way, over 0 degrees where that is shorter. The two angles alone tell which way
+// that is, on a ring that was turned around as well.
 QList<float> WeldPath::onRing(int row, double part) const
 {
     QList<float> point = onLine(row, part);

@@ -175,7 +175,8 @@ void ContourBuilder::runFrame(int row)
     doubtMove(frame, frame.to, m_dist);
 }
 
-// The closing frame of a round contour ends at whole turns, so that passes do not add up rounding.
+// The closing frame of a round contour ends at whole turns, so that passes do not add up rounding, and a ring
+// whose row 0 stands at 360 instead of 0 counts no pass more.
 void ContourBuilder::advance(int row)
 {
     if (m_round && row == 0)
@@ -308,7 +309,8 @@ void ContourBuilder::doubt(WeldDoubt::Kind kind, double path)
 }
 
 // A long pause without beam costs no idle turns. What is left out here is what the pause of channel 3 is
-// shortened by; the machine stands meanwhile and goes on in the same frame of a later pass.
+// shortened by, and it is left out only where that channel pauses: a ramp of the current or the focus down to
+// the row takes its whole way. The machine stands meanwhile and goes on in the same frame of a later pass.
 void ContourBuilder::leaveOutPasses(const TechRow& row)
 {
     if (!m_round || row.Ir != 0.0f || m_taken.Ir != 0.0f || row.If != m_taken.If || m_leftOut == m_techRow)

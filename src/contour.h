@@ -63,7 +63,6 @@ public:
     void addTechPoint(float interval, float IrVal, float speed);       // from the last path on
     void addLinearTackPoint(float interval, float IrVal, float speed); // interval: from the start
     void addPointToTech(float path);
-    void addPointsToTech(QVector<float> paths); // as if one after the other
     void addComment(const QString& text);
     void addContourPoint(bool all, bool everyPass, int point, int pass); // point and pass from 1
     void setParamValueInTable(int column, float value, int decimals);
@@ -201,6 +200,7 @@ private:
     TechRow restRow() const; // no beam, everything else at its default
     void writeTechRow(int row, const TechRow& values);
     void insertTechRow(int row, const TechRow& values);
+    void addPointsToTech(QVector<float> paths);            // as if one after the other
     void addTechRow(float path, float IrVal, float speed); // before the last
     void markFixedRow(int row);
     void resetTechTable();

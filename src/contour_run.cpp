@@ -172,8 +172,11 @@ void CONTOUR::onContourCellClicked(int row, int column)
         return;
     if (row != m_currentPoint)
         m_moveForward = m_currentPoint < row;
-    start(motion(navigationPrograms(contourValues(), m_currentPoint, row, coords(), ui->contourSpeed->text()),
-                 site().pauses.navigation));
+    const auto launches =
+        motion(navigationPrograms(contourValues(), m_currentPoint, row, coords(), ui->contourSpeed->text()),
+               site().pauses.navigation);
+    if (write(launches))
+        start(launches);
 }
 
 // --- the panels of the channels ---

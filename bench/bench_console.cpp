@@ -65,6 +65,7 @@ int main(int argc, char* argv[])
     QTemporaryDir folder;
     Site own;
     own.root = folder.path();
+    own.shmSuffix = QStringLiteral("_bench");
     laySiteFolder(own.root, true);
     PlantProcess plant({PlantProcess::besideThisProgram(), own.root, 1, QString(), own.shmSuffix, false});
     QString why;

@@ -106,6 +106,7 @@ struct Controllers
     {
         Site own;
         own.root = folder.path();
+        own.shmSuffix = QStringLiteral("_bench");
         int i = 0;
         for (Endpoint* end : {&own.kvs, &own.kvk}) {
             QTcpServer& server = servers[size_t(i++)];

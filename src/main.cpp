@@ -5,11 +5,24 @@
 
 #include <cstdlib>
 
+// The machine's own values.
+struct Machine
+{
+    static Site site()
+    {
+        Site own;
+        own.drive = {QStringLiteral(MIRTA_DRIVE_HOST), 5190, 5191};
+        own.kvs = {QStringLiteral(MIRTA_KVS_HOST), 5196, 5197};
+        own.kvk = {QStringLiteral(MIRTA_KVK_HOST), 5198, 5199};
+        own.shell = [](const char* command) { return std::system(command); };
+        own.m_machine = true;
+        return own;
+    }
+};
+
 int main(int argc, char* argv[])
 {
     QApplication app(argc, argv);
-    Site machine;
-    machine.shell = [](const char* command) { return std::system(command); };
-    setSite(machine);
+    setSite(Machine::site());
     return runConsole();
 }

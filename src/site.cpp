@@ -1,22 +1,25 @@
 #include "site.h"
 
 #include <QCoreApplication>
+#include <QDir>
+
+#include <optional>
 
 namespace {
 
-Site& current()
+std::optional<Site>& current()
 {
-    static Site instance;
+    static std::optional<Site> instance;
     return instance;
 }
 
-} // namespace
+bool leadsElsewhere(const QString& root)
+{
+    return QDir::isAbsolutePath(root) && QDir::cleanPath(root) != QDir::rootPath() &&
+           QDir(root).canonicalPath() != QDir::rootPath();
+}
 
-Site::Site()
-    : drive{QStringLiteral(MIRTA_DRIVE_HOST), 5190, 5191}
-    , kvs{QStringLiteral(MIRTA_KVS_HOST), 5196, 5197}
-    , kvk{QStringLiteral(MIRTA_KVK_HOST), 5198, 5199}
-{}
+} // namespace
 
 QString Site::path(const QString& absolute) const
 {
@@ -30,10 +33,19 @@ QString Site::programDir() const
 
 const Site& site()
 {
-    return current();
+    if (!current())
+        qFatal("no site is set, and the machine's own is for its program alone");
+    return *current();
 }
 
 void setSite(const Site& site)
 {
+    if (!site.m_machine && (!leadsElsewhere(site.root) || site.shmSuffix.isEmpty()))
+        qFatal("a site needs a root and a suffix of its own: the machine's are for its program alone");
     current() = site;
+}
+
+void leaveSite()
+{
+    current().reset();
 }

@@ -13,16 +13,17 @@ struct Endpoint
     int udpPort;
 };
 
-// The place where the console runs: what differs between the machine, the trainer and a test.
-// Production takes the defaults; nothing outside the program can change them.
+// The place where the console runs: what differs between the machine, the trainer and a test. The machine's
+// own values stand in its program alone; nothing outside the program can change them.
 struct Site
 {
     QString root;      // put in front of every absolute path; empty on the machine
     QString shmSuffix; // appended to the keys of the shared segments; empty on the machine
 
-    Endpoint drive; // motion controller CML75
-    Endpoint kvs;   // vacuum system controller
-    Endpoint kvk;   // chamber controller
+    // Nobody answers where none is given.
+    Endpoint drive{QString(), 0, 0}; // motion controller CML75
+    Endpoint kvs{QString(), 0, 0};   // vacuum system controller
+    Endpoint kvk{QString(), 0, 0};   // chamber controller
 
     // Pauses between the starts of programs that meet by events (see `RequiredPause`). The controllers need
     // the full values; only a test may shorten them.
@@ -38,8 +39,6 @@ struct Site
     // where it is empty nothing can be switched off, neither a desk nor a computer that runs tests.
     std::function<int(const char* command)> shell;
 
-    Site(); // the machine's own values
-
     // The path as this process opens it. `absolute` begins with "/"; paths that travel over a link
     // never pass through here.
     QString path(const QString& absolute) const;
@@ -47,8 +46,17 @@ struct Site
     // The folder of the console's executable, without a final "/". Under a root it is the folder
     // where the machine keeps the executable.
     QString programDir() const;
+
+private:
+    friend struct Machine; // of the console's own program and of nothing else
+    friend void setSite(const Site& site);
+    bool m_machine = false;
 };
 
-// The site of this process. `setSite` is called before the window is built, on the main thread.
+// The site of this process. It is set before the window is built, on the main thread. There is none to begin
+// with, and the machine's own belongs to its program alone: whoever else asks for a site before setting one,
+// or sets one without a root (or with "/") or without a suffix, is ended at once, before a test can write a
+// file or move an axis of the machine.
 const Site& site();
 void setSite(const Site& site);
+void leaveSite(); // none again

@@ -14,13 +14,11 @@
 #include <unistd.h>
 
 // A site of its own for one test: a temporary root with the folders that the machine has, ports on loopback
-// that no other test gets meanwhile, and pauses short enough for a test. The former site comes back at the
-// end.
+// that no other test gets meanwhile, and pauses short enough for a test.
 class SiteFixture
 {
 public:
     SiteFixture()
-        : m_former(site())
     {
         Site own;
         own.root = m_root.path();
@@ -37,7 +35,7 @@ public:
     }
     ~SiteFixture()
     {
-        setSite(m_former);
+        leaveSite();
         for (int held : m_held)
             ::close(held);
     }
@@ -78,5 +76,4 @@ private:
 
     QTemporaryDir m_root;
     std::vector<int> m_held;
-    Site m_former;
 };

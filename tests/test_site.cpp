@@ -1,31 +1,44 @@
-#include "site.h"
+#include "deathtest.h"
+#include "sitefixture.h"
 
 #include <QtTest>
 
-// The site decides where files are looked for; the machine itself uses plain absolute paths.
+// The site decides where files are looked for. The machine's own is for the console's program alone.
 class TestSite : public QObject
 {
     Q_OBJECT
 
 private slots:
-    void machineUsesPlainPathsAndLoopbackControllers()
-    {
-        const Site machine;
-        QCOMPARE(machine.path("/programs/_temp1.npg"), QString("/programs/_temp1.npg"));
-        QCOMPARE(machine.drive.host, QString("127.0.0.1"));
-        QCOMPARE(machine.drive.tcpPort, 5190);
-        QCOMPARE(machine.drive.udpPort, 5191);
-        QCOMPARE(machine.kvs.tcpPort, 5196);
-        QCOMPARE(machine.kvk.udpPort, 5199);
-        QCOMPARE(machine.programDir(), QCoreApplication::applicationDirPath());
-    }
-
     void rootMovesEveryFile()
     {
         Site trainer;
         trainer.root = "/tmp/site";
         QCOMPARE(trainer.path("/log"), QString("/tmp/site/log"));
         QCOMPARE(trainer.programDir(), QString("/tmp/site/home/oper/bin"));
+    }
+
+    void nothingReachesTheMachine()
+    {
+        QVERIFY(deathOf([] { site(); }).contains("no site is set"));
+        QTemporaryDir folder;
+        const QString around = folder.filePath("around");
+        QVERIFY(QFile::link("/", around));
+        const char* suffix = "_test";
+        for (const auto& [root, shmSuffix] :
+             {std::pair{QString(), suffix}, std::pair{QString("/"), suffix},
+              std::pair{QString("/tmp/.."), suffix}, std::pair{QString("site"), suffix},
+              std::pair{around, suffix}, std::pair{folder.path(), ""}}) {
+            Site own;
+            own.root = root;
+            own.shmSuffix = shmSuffix;
+            QVERIFY2(deathOf([&] { setSite(own); }).contains("a root and a suffix of its own"),
+                     qPrintable(root));
+        }
+        {
+            const SiteFixture place;
+            QCOMPARE(site().root, place.root());
+        }
+        QVERIFY(deathOf([] { site(); }).contains("no site is set"));
     }
 };
 

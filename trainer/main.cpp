@@ -113,6 +113,7 @@ int main(int argc, char* argv[])
     Site own;
     own.root = QDir(parser.value(siteOption)).absolutePath();
     own.shmSuffix = QStringLiteral("_trainer");
+    setSite(own); // before anything is written: the folder may be none of ours
     if (!laySiteFolder(own.root, true)) {
         std::fprintf(stderr, "cannot write %s\n", qPrintable(own.root));
         return 1;

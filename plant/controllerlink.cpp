@@ -66,19 +66,29 @@ ControllerLink::~ControllerLink()
 
 bool ControllerLink::listen(std::uint16_t tcpPort, std::uint16_t udpPort, QString* error)
 {
+    if (udpPort == 0 && tcpPort == 0)
+        tcpPort = holdFreePort();
     if (!m_server.listen(QHostAddress::LocalHost, tcpPort)) {
         if (error)
             *error = QStringLiteral("TCP port %1: %2").arg(tcpPort).arg(m_server.errorString());
         return false;
     }
     m_tcpPort = m_server.serverPort();
-    m_udpPort = udpPort;
-    if (udpPort == 0) {
-        QUdpSocket probe;
-        probe.bind(QHostAddress(QHostAddress::LocalHost));
-        m_udpPort = probe.localPort();
-    }
+    m_udpPort = udpPort != 0 ? udpPort : m_tcpPort;
     return true;
+}
+
+// A UDP port that is free now may be another installation's a moment later, and its datagrams would end the
+// console that listens there. A TCP port stays held, and UDP takes the same number.
+std::uint16_t ControllerLink::holdFreePort()
+{
+    for (;;) {
+        m_held = std::make_unique<QTcpSocket>();
+        if (!m_held->bind(QHostAddress::LocalHost, 0, QAbstractSocket::ReuseAddressHint))
+            return 0;
+        if (QUdpSocket().bind(QHostAddress(QHostAddress::LocalHost), m_held->localPort()))
+            return m_held->localPort();
+    }
 }
 
 void ControllerLink::drop(double seconds)

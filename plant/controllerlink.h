@@ -10,6 +10,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <memory>
 
 class QTcpSocket;
 
@@ -49,7 +50,8 @@ public:
     explicit ControllerLink(ControllerPort port, QObject* parent = nullptr);
     ~ControllerLink() override;
 
-    // Port 0 takes a free one. False with the reason when the TCP port cannot be had.
+    // Port 0 takes a free one, for UDP the number of the TCP port. False with the reason when the TCP port
+    // cannot be had.
     bool listen(std::uint16_t tcpPort, std::uint16_t udpPort, QString* error);
     std::uint16_t tcpPort() const { return m_tcpPort; }
     std::uint16_t udpPort() const { return m_udpPort; } // where the console listens
@@ -68,6 +70,7 @@ signals:
     void logged(const QString& line);
 
 private:
+    std::uint16_t holdFreePort(); // 0 when there is none
     void accept();
     void read();
     void answer(const Frame& frame);
@@ -77,6 +80,7 @@ private:
     void listenAgain();
 
     ControllerPort m_port;
+    std::unique_ptr<QTcpSocket> m_held; // never listens: keeps the number while the server is closed
     QTcpServer m_server;
     QUdpSocket m_udp;
     QTimer m_statusTimer;

@@ -24,6 +24,7 @@ void Operator::logIn()
 
 void Operator::switchOn(bool virtualAxes)
 {
+    waitColour("lblCNC", Qt::green); // a command without a link is lost
     tap("sbDrives");
     waitEnabled("sbTrans");
     if (!virtualAxes)

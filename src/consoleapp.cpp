@@ -1,5 +1,6 @@
 #include "consoleapp.h"
 
+#include "endsignals.h"
 #include "gui.h"
 #include "repaintpace.h"
 #include "singleinstance.h"
@@ -16,7 +17,9 @@ int runConsole()
         std::fputs("poMIRTA already running\n", stderr);
         return -1;
     }
+    EndSignals end; // before the window, whose construction may open boxes
     Gui gui;
+    QObject::connect(&end, &EndSignals::asked, &gui, &Gui::onEndAsked);
     QApplication::setStyle(new MyWinStyle);
     StyleLoader::attach(StyleLoader::defaultStyleFile(), Qt::Key_F5); // the sheet stands on the style
     new RepaintPace(&gui);

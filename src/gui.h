@@ -148,6 +148,7 @@ public slots:
     void onAccessChanged(bool value); // false: the key switch blocks the console
     void onSu(bool su);
     void onSystemShutdown();
+    void onEndAsked(); // by a signal of the system
 
     // Handwheels (gui_handwheels.cpp). `delta` is in detents, `mult` the index of the step, 0 to 3. Each
     // increment is one command: the axis of the controller, the distance, and the axis's maximum speed.

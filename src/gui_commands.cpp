@@ -283,9 +283,17 @@ void Gui::on_sbShutdown_clicked()
     onSystemShutdown();
 }
 
-// The console ends whatever the system answers: settings and users are saved while it comes down.
+void Gui::onEndAsked()
+{
+    closeWithLine(QStringLiteral("[I]Выполнен выход из программы автоматической сварки по сигналу системы"));
+}
+
+// The console ends whatever the system answers. Settings and users are saved at its end, and before the
+// command as well: nobody knows how long the system waits for those it ends.
 void Gui::onSystemShutdown()
 {
+    saveIni();
+    m_manager->save();
     if (!site().shell)
         qWarning("no power-off at this site");
     else if (site().shell("sudo /sbin/shutdown -h now") != 0)

@@ -1,5 +1,6 @@
 #include "comm.h"
 #include "contourfixture.h"
+#include "endsignals.h"
 #include "guifixture.h"
 #include "inform.h"
 #include "systemoff.h"
@@ -9,13 +10,20 @@
 #include <QTimer>
 #include <QtEndian>
 
+#include <csignal>
+
 // The computer of the machine is switched off through one call of the site, which the tests write down.
 class TestPowerOff : public GuiFixture
 {
     Q_OBJECT
 
 private slots:
-    void init() { begin(); }
+    void init()
+    {
+        begin();
+        m_users = site().path("/home/oper/bin/users.bin");
+        QVERIFY(QFile::remove(m_users)); // the window has read it
+    }
     void cleanup() { end(); }
 
     void switchesOff_data();
@@ -23,6 +31,10 @@ private slots:
     void noAnswerIsNo();
     void lockedWhileTheVacuumSystemRuns();
     void nothingRunsAtAnotherSite();
+
+    void signalsEndTheConsole_data();
+    void signalsEndTheConsole();
+    void signalsEndWhatNoTouchOpened();
 
     void countsDown();
     void goesOnWorking();
@@ -37,25 +49,43 @@ private:
         m_shell.clear();
         Site own = site();
         own.shell = [this, refuses](const char* command) {
-            m_shell << QString::fromUtf8(command) + (m_ended ? " after the end" : "");
+            m_shell << QString::fromUtf8(command) + (m_ended ? " after the end" : "") +
+                           (saved() ? "" : " before all is written");
             return refuses ? 1 : 0;
         };
         setSite(own);
         return m_shell;
     }
-    // Touches the button, answers, and waits until the console ends; its exit code, -1 for none in time.
+    bool saved() const
+    {
+        return QFile::exists(site().path("/home/oper/bin/settings.ini")) && QFileInfo(m_users).size() >= 4;
+    }
+    // Waits until the console ends; its exit code, -1 for none in time.
+    static int endOfConsole(int patience = 5000)
+    {
+        QTimer late;
+        connect(&late, &QTimer::timeout, &late, [] { QCoreApplication::exit(-1); });
+        late.start(patience);
+        return QCoreApplication::exec();
+    }
     int touchAndAnswer(bool yes)
     {
         Answers answers({Answers::confirm(yes)});
         QTimer::singleShot(0, this, [this] { touch("sbShutdown"); });
-        QTimer late;
-        connect(&late, &QTimer::timeout, &late, [] { QCoreApplication::exit(-1); });
-        late.start(yes ? 5000 : 500);
-        const int code = QCoreApplication::exec();
+        const int code = endOfConsole(yes ? 5000 : 500);
         m_ended = true;
         return code;
     }
+    // The answer to whatever opens: the system ends the program.
+    static std::function<bool()> signalled(int number)
+    {
+        return [number] {
+            const bool open = QApplication::activeModalWidget() || QApplication::activePopupWidget();
+            return open && ::raise(number) == 0;
+        };
+    }
 
+    QString m_users;
     QStringList m_shell;
     bool m_ended = false;
 };
@@ -76,11 +106,10 @@ void TestPowerOff::switchesOff()
     m_ended = false;
     QCOMPARE(touchAndAnswer(true), 0);
     QCOMPARE(told, QStringList{"sudo /sbin/shutdown -h now"});
-    QVERIFY(!list().contains(done)); // for the file only
-    QVERIFY(!QFile::exists(site().path("/home/oper/bin/settings.ini")));
+    QVERIFY(!list().contains(done));                                                   // for the file only
+    QCOMPARE(m_site->read("/home/oper/bin/users.bin"), QByteArray("\xA0\xF4\0\0", 4)); // never with "su"
     m_gui.reset();
     QVERIFY(journal().contains(done));
-    QVERIFY(QFile::exists(site().path("/home/oper/bin/settings.ini")));
 }
 
 void TestPowerOff::noAnswerIsNo()
@@ -116,6 +145,49 @@ void TestPowerOff::nothingRunsAtAnotherSite()
     QVERIFY(!site().shell);
     QTest::ignoreMessage(QtWarningMsg, "no power-off at this site");
     QCOMPARE(touchAndAnswer(true), 0);
+}
+
+void TestPowerOff::signalsEndTheConsole_data()
+{
+    QTest::addColumn<int>("number");
+    QTest::addColumn<QString>("touched");
+    QTest::newRow("a question") << SIGINT << "pbCloseProgram";
+    QTest::newRow("a menu") << SIGHUP << "lblLir1";
+    QTest::newRow("the login") << SIGTERM << "pbChangeUser";
+    QTest::newRow("a keypad") << SIGTERM << "sbVacAdjust";
+}
+
+void TestPowerOff::signalsEndTheConsole()
+{
+    QFETCH(int, number);
+    QFETCH(QString, touched);
+    EndSignals end;
+    connect(&end, &EndSignals::asked, m_gui.get(), &Gui::onEndAsked);
+    Answers answers({signalled(number)});
+    QTimer::singleShot(0, this, [&] { touch(touched); });
+    QCOMPARE(endOfConsole(), 0);
+    m_gui.reset();
+    QVERIFY(saved());
+    QVERIFY(journal().contains(
+        QStringLiteral("[I]Выполнен выход из программы автоматической сварки по сигналу системы")));
+}
+
+// The box about a missing user file stands in the window's construction, that about a file that cannot be
+// written in its end.
+void TestPowerOff::signalsEndWhatNoTouchOpened()
+{
+    m_gui.reset();
+    EndSignals end;
+    {
+        QFile::remove(m_users);
+        Answers answers({signalled(SIGTERM)});
+        Gui gui;
+        QVERIFY(answers.allGiven());
+        QVERIFY(!gui.autorizationAccepted());
+        QVERIFY(QDir().mkpath(m_users));
+    }
+    QTimer::singleShot(0, qApp, &QCoreApplication::quit); // the next loop is not to hear of this end
+    QCoreApplication::exec();
 }
 
 void TestPowerOff::countsDown()

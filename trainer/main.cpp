@@ -1,4 +1,5 @@
 #include "consoleapp.h"
+#include "endsignals.h"
 #include "mirror.h"
 #include "plantprocess.h"
 #include "screen.h"
@@ -11,9 +12,7 @@
 #include <QDir>
 #include <QSocketNotifier>
 #include <QStandardPaths>
-#include <QWidget>
 
-#include <csignal>
 #include <cstdio>
 #include <unistd.h>
 
@@ -32,29 +31,6 @@ bool shownByMirror(int argc, char* argv[])
         }
     }
     return true;
-}
-
-int signalPipe[2];
-
-void onSignal(int)
-{
-    const char byte = 0;
-    (void)!write(signalPipe[1], &byte, 1);
-}
-
-// Ctrl+C on the terminal ends the console as its own button would, and the plant with it.
-void endOnSignals(QObject* parent)
-{
-    if (pipe(signalPipe) != 0)
-        return;
-    auto* notifier = new QSocketNotifier(signalPipe[0], QSocketNotifier::Read, parent);
-    QObject::connect(notifier, &QSocketNotifier::activated, parent, [] {
-        for (QWidget* top : QApplication::topLevelWidgets())
-            top->close();
-        QCoreApplication::exit(0);
-    });
-    std::signal(SIGINT, onSignal);
-    std::signal(SIGTERM, onSignal);
 }
 
 // Lines typed on the terminal, one at a time.
@@ -102,8 +78,8 @@ int main(int argc, char* argv[])
     mirrorOption.setFlags(QCommandLineOption::HiddenFromHelp);
     parser.addOptions({siteOption, speedOption, scriptOption, airOption, tourOption, mirrorOption});
     parser.process(app);
-    endOnSignals(&app);
     if (mirror) {
+        const EndSignals end;
         MirrorWindow window(QCoreApplication::applicationFilePath(), app.arguments().mid(1));
         TerminalLines terminal([&](const QString& line) { window.instruct(line); });
         window.show();

@@ -153,17 +153,24 @@ void AbstractManager::readUsers()
 
 void AbstractManager::writeUsers()
 {
+    if (!storeUsers(nullptr))
+        complain(QStringLiteral("Файл \"%1\" не найден").arg(m_shownPath));
+}
+
+bool AbstractManager::storeUsers(AbstractUser* without)
+{
+    QList<AbstractUser*> stored = m_users;
+    stored.removeOne(without);
     QBuffer bytes;
     bytes.open(QIODevice::WriteOnly);
-    writeUserCount(bytes, m_users.size());
-    for (const AbstractUser* user : qAsConst(m_users))
+    writeUserCount(bytes, stored.size());
+    for (const AbstractUser* user : qAsConst(stored))
         writeUser(bytes, {user->login, user->name, user->password, user->group->id});
     const auto trouble = writeFile(m_shownPath, bytes.data());
     if (!trouble)
-        return;
+        return true;
     emit message(trouble->line, true);
-    if (!trouble->opened)
-        complain(QStringLiteral("Файл \"%1\" не найден").arg(m_shownPath));
+    return trouble->opened;
 }
 
 void AbstractManager::clearUsers()

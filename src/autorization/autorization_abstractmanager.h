@@ -104,6 +104,8 @@ protected:
     // Writes every account there is at the moment. A failure leaves the file as it was and is told in the
     // journal; where the file cannot even be opened, in a message box as well.
     void writeUsers();
+    // The same without one of them, null for none, and without a box: false when the file cannot be opened.
+    bool storeUsers(AbstractUser* without);
     // Destroys the accounts that are left. To be called while their groups still live.
     void clearUsers();
 

@@ -17,6 +17,10 @@ public:
     explicit Manager(const Widgets& widgets);
     ~Manager() override;
 
+    // Writes the user file ahead of the end and without a box: a failure is told in the journal, and again at
+    // the end.
+    void save() { storeUsers(m_builtIn.get()); }
+
 public slots:
     void onControlPanel(); // the users panel, modal
 

@@ -6,6 +6,7 @@
 #include "statebutton.h"
 #include "ui_gui.h"
 #include "widgets.h"
+#include "wordchange.h"
 
 namespace {
 
@@ -144,10 +145,18 @@ void Gui::connectMachine()
     connect(&m_drives, &DriveTCPthread::changedDrivesOn, ui->contour, &CONTOUR::onDriveState);
     connect(&m_drives, &DriveTCPthread::changedTransOn, this, &Gui::onChangedTransOn);
     connect(&m_drives, &DriveTCPthread::changedTransOn, ui->contour, &CONTOUR::onVirtualMode);
-    connect(&m_drives, &DriveTCPthread::changedPultOn, this, &Gui::onChangedPultState);
-    connect(&m_drives, &DriveTCPthread::changedChannelState1, this, &Gui::onChangedChannelState1);
-    connect(&m_drives, &DriveTCPthread::changedChannelState2, this, &Gui::onChangedChannelState2);
-    connect(&m_drives, &DriveTCPthread::changedChannelState3, this, &Gui::onChangedChannelState3);
+    // The panel told anew by a link that came back is no news, unless a press has run ahead of the
+    // controller.
+    connect(&m_drives, &DriveTCPthread::changedPultOn, this,
+            [this, told = std::optional<bool>()](bool on) mutable {
+                if (told == on && m_pultOn == on)
+                    return;
+                told = on;
+                onChangedPultState(on);
+            });
+    connectChanges(&m_drives, &DriveTCPthread::changedChannelState1, this, &Gui::onChangedChannelState1);
+    connectChanges(&m_drives, &DriveTCPthread::changedChannelState2, this, &Gui::onChangedChannelState2);
+    connectChanges(&m_drives, &DriveTCPthread::changedChannelState3, this, &Gui::onChangedChannelState3);
     connect(&m_drives, &DriveTCPthread::changedChannelState1, ui->contour, &CONTOUR::onChannel1State);
     connect(&m_drives, &DriveTCPthread::changedChannelState2, ui->contour, &CONTOUR::onChannel2State);
     connect(&m_drives, &DriveTCPthread::changedChannelState3, ui->contour, &CONTOUR::onChannel3State);
@@ -155,7 +164,7 @@ void Gui::connectMachine()
     connect(&m_drives, &DriveTCPthread::changedChannelMode2, this, &Gui::onChangedChannelMode2);
     connect(&m_drives, &DriveTCPthread::changedChannelMode3, this, &Gui::onChangedChannelMode3);
     connect(&m_drives, &DriveTCPthread::changedAxisMoving, ui->contour, &CONTOUR::onAxisMoving);
-    connect(&m_drives, &DriveTCPthread::changedPortPultRegime, this, &Gui::onChangedPultRegime);
+    connectChanges(&m_drives, &DriveTCPthread::changedPortPultRegime, this, &Gui::onChangedPultRegime);
     connect(&m_drives, &DriveTCPthread::changedDoorState, ui->kvs, &KVS::onDoorStateChanged);
     connect(&m_drives, &DriveTCPthread::changedKeyAccess, this, &Gui::onAccessChanged);
     connect(&m_drives, &DriveTCPthread::changedDrivesLock, this, &Gui::changedDrivesLock);

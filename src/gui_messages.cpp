@@ -6,6 +6,7 @@
 #include "cncmessages.h"
 #include "statebutton.h"
 #include "ui_gui.h"
+#include "wordchange.h"
 
 #include <QCoreApplication>
 
@@ -107,16 +108,18 @@ void Gui::initMessages()
 
 void Gui::connectMessages()
 {
+    // Four places in the datagram share this signal, and it does not say which: what they hold is told anew
+    // with each connection rather than an event be lost.
     connect(&m_drives, &DriveTCPthread::changedMessage, this, &Gui::onNewCNCMessage);
-    connect(&m_drives, &DriveTCPthread::changedCNCError, this, &Gui::onNewCNCError);
-    connect(&m_drives, &DriveTCPthread::changedDoorState, this, &Gui::onDoorStateChanged);
-    connect(&m_drives, &DriveTCPthread::changedTrModuleState, this, &Gui::onTrModuleStateChanged);
+    connectChanges(&m_drives, &DriveTCPthread::changedCNCError, this, &Gui::onNewCNCError);
+    connectChanges(&m_drives, &DriveTCPthread::changedDoorState, this, &Gui::onDoorStateChanged);
+    connectChanges(&m_drives, &DriveTCPthread::changedTrModuleState, this, &Gui::onTrModuleStateChanged);
     connect(&m_drives, &DriveTCPthread::changedDrivePowerState, this, &Gui::onDrivePowerStateChanged);
     connect(&m_drives, &DriveTCPthread::changedLightState, this, &Gui::onLightStateChanged);
-    connect(&m_drives, &DriveTCPthread::changedAlarmState, this, &Gui::onAlarmStateChanged);
-    connect(&m_drives, &DriveTCPthread::changedSpiralPower, this, &Gui::onSpiralPowerOff);
-    connect(&m_drives, &DriveTCPthread::changedDrivesPower, this, &Gui::onDrivesPowerOff);
-    connect(&m_drives, &DriveTCPthread::changedPhaseAlarm, this, &Gui::onPhaseAlarm);
+    connectChanges(&m_drives, &DriveTCPthread::changedAlarmState, this, &Gui::onAlarmStateChanged);
+    connectChanges(&m_drives, &DriveTCPthread::changedSpiralPower, this, &Gui::onSpiralPowerOff);
+    connectChanges(&m_drives, &DriveTCPthread::changedDrivesPower, this, &Gui::onDrivesPowerOff);
+    connectChanges(&m_drives, &DriveTCPthread::changedPhaseAlarm, this, &Gui::onPhaseAlarm);
 }
 
 QString Gui::CNCMessage(uint number) const

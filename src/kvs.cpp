@@ -4,6 +4,7 @@
 #include "site.h"
 #include "ui_kvs.h"
 #include "widgets.h"
+#include "wordchange.h"
 
 #include <QDebug>
 #include <QSettings>
@@ -46,11 +47,14 @@ KVS::KVS(QWidget* parent)
     initSensors();
     initDialogs();
     initHiding();
+    keepForStart();
 
     connect(&m_kvk, &KVKStatus::changedAlgNumber, this, &KVS::changedMode);
-    connect(&m_kvk, &KVKStatus::changedAlgNumber, this, &KVS::signalChangedMode);
+    // Where a device stands and which gauge is silent is told anew with each connection; that a regime was
+    // started or has ended, when it happens.
+    connectChanges(&m_kvk, &KVKStatus::changedAlgNumber, this, &KVS::signalChangedMode);
     connect(&m_kvk, &KVKStatus::changedAlgTime, this, &KVS::signalChangedModeTime);
-    connect(&m_kvk, &KVKStatus::changedAlgRun, this, &KVS::signalChangedModeState);
+    connectChanges(&m_kvk, &KVKStatus::changedAlgRun, this, &KVS::signalChangedModeState);
     connect(&m_kvs, &KVSStatus::message, this, &KVS::messageTCP);
     connect(&m_kvk, &KVKStatus::message, this, &KVS::messageTCP);
     connect(&m_kvs, &KVSTCPthread::disconnected, this, &KVS::disconnectedKVS);
@@ -122,6 +126,23 @@ void KVS::onSystemStarted()
 {
     emit onKVSConnected(m_kvsConnected);
     emit onKVKConnected(m_kvkConnected);
+    m_early.tellAgain();
+}
+
+void KVS::keepForStart()
+{
+    m_early.keepEach(&KVS::message);
+    m_early.keepLast(&KVS::signalChangedSpiralLock);
+    m_early.keepLast(&KVS::signalChangedShutdownLock);
+    m_early.keepLast(&KVS::signalChangedMode);
+    m_early.keepLast(&KVS::signalChangedModeTime);
+    m_early.keepLast(&KVS::signalChangedModeState);
+    m_early.keepLast(&KVS::changedChamberPressure);
+    m_early.keepLast(&KVS::changedChamberPressureValid);
+    m_early.keepLast(&KVS::changedGunPressure);
+    m_early.keepLast(&KVS::changedGunPressureValid);
+    m_early.keepLast(&KVS::onChangedPressUnit);
+    m_early.keepLast(&KVS::turnSystemOff);
 }
 
 void KVS::loadLimits()

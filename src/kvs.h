@@ -2,6 +2,7 @@
 
 #include "kvscomm.h"
 #include "lenzeelement.h"
+#include "retelling.h"
 
 #include <QMap>
 #include <QWidget>
@@ -18,8 +19,8 @@ class KVS;
 }
 
 // The mnemonic panel of the vacuum plant, 900 by 900 pixels. It owns the links to both vacuum controllers and
-// begins to connect to them while it is built, before anyone can listen: onSystemStarted() tells the states
-// of the links once more. What a controller reports becomes pictures, numbers, interlocks and journal lines;
+// begins to connect to them while it is built, before anyone can listen: onSystemStarted() tells once more
+// what was told till then. What a controller reports becomes pictures, numbers, interlocks and journal lines;
 // after a loss everything keeps its last look. All slots run in the window's thread.
 class KVS : public QWidget
 {
@@ -76,7 +77,9 @@ public slots:
     void connectKVK();
     void disconnectedKVK();
     void messageTCP(const QString& text); // text of a controller, for the journal file
-    void onSystemStarted();               // repeats both connection signals with the present states
+    // Repeats both connection signals with the present states, and the first time all else that was told
+    // before it: a box about the user file lets datagrams in while the window is not yet listening.
+    void onSystemStarted();
 
     // Lock words (kvs_model.cpp): the reasons that a controller has for refusing a command, one to a bit.
     // LockOn forbids switching on or opening, LockOff switching off or closing; the door counts as on when
@@ -234,6 +237,7 @@ private:
     void initStateButtons();
     void initSensors();
     void initDialogs();
+    void keepForStart();
     void loadLimits();
 
     void connectStates();
@@ -275,6 +279,7 @@ private:
     bool m_chamberConnected = false;          // one of the valves at the chamber is open
     float m_tempWarning = 0, m_tempError = 0; // °C
     std::array<float, 7> m_minDischW{};       // l/min by circuit
+    Retelling<KVS> m_early{this};
     KVSTCPthread m_kvs;
     KVKTCPthread m_kvk;
 };

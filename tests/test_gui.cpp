@@ -87,6 +87,7 @@ private slots:
     void noSettingsAtAll();
     void linkLostAndBack();
     void controllerThereBeforeTheWindow();
+    void controllerSpeaksIntoTheBoxOfAFirstDay();
     void windowAndVacuumPanel();
     void programName();
     void login();
@@ -289,6 +290,42 @@ void TestGui::controllerThereBeforeTheWindow()
     start();
     QCOMPARE(colour("lblKVS"), QColor(Qt::green));
     QCOMPARE(colour("lblKVK"), QColor(Qt::red));
+}
+
+// The box about a missing user file lets in datagrams before the window listens; the first tells all fields.
+void TestGui::controllerSpeaksIntoTheBoxOfAFirstDay()
+{
+    m_gui.reset();
+    QVERIFY(QFile::remove(site().path(QStringLiteral("/home/oper/bin/users.bin"))));
+    VacuumController kvk(vacuumwire::kvk(), site().kvk);
+    kvk.put({{"AlgNumber", 4}, {"AlgTime", 61}, {"AlgRun", 1}, {"PT5", 4e-3}, {"PT5Valid", 1}});
+    kvk.put({{"PT6", 2e-3}, {"BKUValid", 1}, {"SpiralLock", 1}, {"ShutdownLock", 1}, {"TMNFreq", 7}});
+    kvk.keepTelling();
+    whenOpen(QStringLiteral("QMessageBox"), [](QWidget* box) {
+        auto* wait = new QTimer(box);
+        connect(wait, &QTimer::timeout, box, [box] {
+            for (QWidget* widget : QApplication::allWidgets()) {
+                auto* frequency = widget->findChild<QLabel*>(QStringLiteral("FreqTMN"));
+                if (frequency && frequency->text() == QLatin1String("7")) // the last field
+                    qobject_cast<QDialog*>(box)->accept();
+            }
+        });
+        wait->start(5);
+    });
+    start();
+    QVERIFY(m_gui->lock("LOCK:LockShutdown")->state() && m_gui->lock("LOCK:LockSpiral")->state());
+    const std::pair<const char*, const char*> texts[] = {{"lblVacuumState", "Откачка камеры"},
+                                                         {"lblVacuumTime", "00:01:01"},
+                                                         {"lblVacuumActive", "Выполняется"},
+                                                         {"VacuumChamber", "4.0E-03"},
+                                                         {"VacuumGun", "2.0E-03"}};
+    for (const auto& [label, text] : texts)
+        QCOMPARE(w<QLabel>(label)->text(), QString::fromUtf8(text));
+    for (const char* gauge : {"VacuumChamber", "VacuumGun"})
+        QCOMPARE(colour(gauge), QColor(189, 255, 180));
+    for (const char* line :
+         {"Клапан напуска VP4 закрыт", "Запущен алгоритм 'Откачка камеры' вакуумной системы"})
+        QCOMPARE(list().count(QString::fromUtf8(line)), 1);
 }
 
 // What the chamber's controller tells reaches the top bar and the window's interlocks; what the window knows

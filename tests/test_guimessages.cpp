@@ -21,6 +21,7 @@ private slots:
     void cabinet();
     void alarmWord();
     void alarmsAreRaisedTwice();
+    void aLinkThatComesBackIsNoNews();
     void lights();
     void virtualLamps();
     void regimes();
@@ -275,6 +276,37 @@ void TestGuiMessages::alarmsAreRaisedTwice()
     QCOMPARE(shown(), QList<int>{3});
     tell({{"AlarmState", 8}});
     QCOMPARE(shown(), QList<int>{6});
+}
+
+// The first datagram of a connection tells all words; those that are as they were raise nothing.
+void TestGuiMessages::aLinkThatComesBackIsNoNews()
+{
+    const auto linkFalls = [this] {
+        m_controller->peer->close();
+        QTRY_COMPARE(colour("lblCNC"), QColor(Qt::red));
+        QTRY_VERIFY(m_controller->server.hasPendingConnections());
+        QVERIFY(m_controller->accept());
+        QTRY_COMPARE(colour("lblCNC"), QColor(Qt::green));
+        m_received.clear();
+        since();
+    };
+    tell({{"AlarmState", 1}, {"DrivesPower", 0}, {"PhaseAlarm", 1}, {"SpiralPower", 0}, {"DoorState", 1}});
+    tell({{"ChannelState1", 6}, {"CNCError", 5}, {"DrivePowerState", 0x400}, {"PultOn", 1}});
+    tell({{"DrivePowerState", 0}});
+    QCOMPARE(shown(), QList<int>({0, 3, 7, 8, 20}));
+    takeCommands();
+    linkFalls();
+    tell({});
+    QStringList news = since();
+    news.erase(std::remove_if(news.begin(), news.end(), [](const QString& l) { return l.startsWith("Ось"); }),
+               news.end()); // the drives tell where they stand after each connect
+    QCOMPARE(news, QStringList());
+    QCOMPARE(takeCommands(), QStringList());
+
+    linkFalls();
+    tell({{"AlarmState", 8}, {"DrivesPower", 1}, {"PhaseAlarm", 0}, {"SpiralPower", 1}});
+    QCOMPARE(takeCommands(), QStringList("ZOOMMER"));
+    QCOMPARE(shown(), QList<int>({0, 6}));
 }
 
 void TestGuiMessages::lights()

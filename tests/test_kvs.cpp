@@ -472,6 +472,7 @@ void TestKvs::linksLostAndBack()
     QSignalSpy kvs(m_panel.get(), &KVS::onKVSConnected);
     QSignalSpy kvk(m_panel.get(), &KVS::onKVKConnected);
     tellKvs({{"NL1State", 1}, {"PT1", 7}});
+    const QSignalSpy regime(m_panel.get(), &KVS::signalChangedMode);
     tellKvk({{"VP4State", 1}, {"AlgNumber", 4}});
     m_kvk->send(frame("Готово"));
     QTRY_VERIFY(!m_lines.isEmpty() && m_lines.last().endsWith("Готово"));
@@ -495,6 +496,8 @@ void TestKvs::linksLostAndBack()
     takeLines();
     tellKvs({});
     QVERIFY(takeLines().contains(QStringLiteral("[I]Форвакуумный насос NL1 включен"))); // all is told anew
+    tellKvk({});
+    QCOMPARE(regime.count(), 1); // but not as a new start
 }
 
 void TestKvs::connectedBeforeAnyoneListens()

@@ -4,6 +4,7 @@
 #include "axis.h"
 #include "axisinfo.h"
 #include "constants.h"
+#include "desktopprogram.h"
 #include "fixedmove.h"
 #include "inform.h"
 #include "joghold.h"
@@ -17,7 +18,6 @@
 #include "widgets.h"
 
 #include <QCoreApplication>
-#include <QProcess>
 
 #include <thread>
 
@@ -231,7 +231,8 @@ void Gui::on_pbConstants_clicked()
 void Gui::on_pbCalc_clicked()
 {
     prgMessage(QStringLiteral("[I]Нажата кнопка 'Калькулятор скоростей'"), false);
-    QProcess::startDetached(QStringLiteral("kcalc"), {});
+    if (!startDesktopProgram(QStringLiteral("kcalc")))
+        prgMessage(QStringLiteral("[W]Не удалось запустить калькулятор 'kcalc'"), true);
     RateCalc dialog(ui->pbCalc);
     dialog.exec();
 }

@@ -1,15 +1,14 @@
 #include "inform.h"
 
+#include "desktopprogram.h"
 #include "ui_inform.h"
 #include "widgets.h"
-
-#include <QProcess>
 
 namespace {
 
 void showManual(const QString& file)
 {
-    QProcess::startDetached(QStringLiteral("okular"), {file});
+    startDesktopProgram(QStringLiteral("okular"), {file}); // a missing viewer is not the operator's affair
 }
 
 } // namespace

@@ -9,7 +9,8 @@ class Inform;
 }
 
 // What stands before the operator: the installation, the program, and its two manuals, which the viewer shows
-// from the working directory. A manual or a viewer that is missing shows nothing.
+// from the working directory. A manual or a viewer that is missing shows nothing, and the latter is told in
+// the debug output.
 class Inform : public QDialog
 {
     Q_OBJECT

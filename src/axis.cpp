@@ -7,6 +7,7 @@
 #include "joghold.h"
 #include "selector.h"
 #include "site.h"
+#include "storedspeed.h"
 #include "widgets.h"
 
 #include <QPushButton>
@@ -77,7 +78,8 @@ Axis::Axis(const QString& name, const QString& unit, int number, int channel, in
     connect(infoButton, &QPushButton::clicked, this, &Axis::onInfoClicked);
 
     const QSettings settings(settingsFile(), QSettings::IniFormat);
-    speedLabel->setValue(float(settings.value(m_name + QStringLiteral("/Speed"), 0).toInt()), 0);
+    const int speed = settings.value(m_name + QStringLiteral("/Speed"), 0).toInt();
+    speedLabel->setValue(storedSpeed(float(speed)), 0);
 
     sprite->addPixmap(Gray, QStringLiteral(":/images/indicator_gray"));
     sprite->addPixmap(Green, QStringLiteral(":/images/indicator_green"));

@@ -4,6 +4,7 @@
 #include "contourkeeper.h"
 #include "schema.h"
 #include "site.h"
+#include "storedspeed.h"
 #include "ui_contour.h"
 
 #include <QHeaderView>
@@ -298,8 +299,8 @@ void CONTOUR::loadSettings()
     m_defaultIf = storedNumber(settings, "Contour/If", 700);
     m_defaultIx = storedNumber(settings, "Contour/Ix", 0);
     m_defaultIy = storedNumber(settings, "Contour/Iy", 0);
-    ui->contourSpeed->setValue(storedNumber(settings, "Contour/contourSpeed", 0), 1);
-    ui->weldSpeed->setValue(storedNumber(settings, "Contour/weldSpeed", 0), 1);
+    ui->contourSpeed->setValue(storedSpeed(storedNumber(settings, "Contour/contourSpeed", 0), maxSpeed), 1);
+    ui->weldSpeed->setValue(storedSpeed(storedNumber(settings, "Contour/weldSpeed", 0), maxSpeed), 1);
     for (const TechWidth& width : techWidths) {
         const QVariant stored = settings.value(QLatin1String(width.key), defaultTechWidth);
         ui->twTechTab->setColumnWidth(width.column, sensibleWidth(stored, defaultTechWidth));

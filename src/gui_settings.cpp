@@ -1,6 +1,7 @@
 #include "gui.h"
 
 #include "site.h"
+#include "storedspeed.h"
 #include "ui_gui.h"
 #include "widgets.h"
 
@@ -33,7 +34,7 @@ void Gui::loadIni()
     }
     for (const char* name : kSpeeds) {
         const QString axis = QLatin1String(name);
-        const auto speed = float(settings.value(QStringLiteral("speed") + axis, 0).toInt());
+        const float speed = storedSpeed(float(settings.value(QStringLiteral("speed") + axis, 0).toInt()));
         speedLabel(this, axis)->setValue(speed, 0);
         // The two axes of a pair begin with one speed.
         if (PoLabel* second = speedLabel(this, axis + QLatin1Char('2')))

@@ -12,6 +12,7 @@
 #include <csignal>
 #include <functional>
 
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -209,7 +210,9 @@ void TestGui::spoiledSettings_data()
                               "@Invalid()", "@Variant(\\0\\0\\x7f\\xff)", "\"", "\\x"})
         QTest::addRow("%s", noise) << QByteArray(noise) << "0";
     // The speed of a jog must not turn round.
-    QTest::newRow("largest") << QByteArray("2147483647") << "2147483647";
+    for (const char* speed : {"2147483647", "-2147483648", "-200", "3001"})
+        QTest::addRow("%s", speed) << QByteArray(speed) << "0";
+    QTest::newRow("fastest") << QByteArray("3000") << "3000";
 }
 
 void TestGui::spoiledSettings()
@@ -480,7 +483,12 @@ void TestGui::unknownNames()
 
 void TestGui::onlyOneInstance()
 {
+    const QString file = site().path(QStringLiteral("/var/tmp/.poMIRTA_lock"));
+    const mode_t usual = ::umask(077);
     QCOMPARE(inChild([] { return int(checkSingleInstance()); }), 1); // ends, and its lock with it
+    ::umask(usual);
+    struct stat made;
+    QVERIFY(::stat(file.toUtf8().constData(), &made) == 0 && (made.st_mode & 0777) == 0666);
     QVERIFY(checkSingleInstance());
     QCOMPARE(inChild([] { return int(checkSingleInstance()); }), 0);
     QVERIFY(QDir(site().path(QStringLiteral("/var"))).removeRecursively());

@@ -298,6 +298,7 @@ private:
     QString m_programName;
     int m_userGroup = -1;
     QFile m_logFile;
+    bool m_journalWritten = true; // the last line, so that a full disk is told once
     float m_dumpValues[10] = {}; // positions of the drives, for the flight recorder
     DumpCreator* m_dump = nullptr;
     DriveTCPthread m_drives;

@@ -4,17 +4,19 @@
 #include "ui_gui.h"
 
 #include <QDateTime>
+#include <QDebug>
 #include <QDir>
 #include <QScrollBar>
 #include <QScroller>
 #include <QTextStream>
 
+#include <utility>
+
 namespace {
 
 constexpr int scrollBarWidth = 44; // px, for a finger in a glove
 
-// Height of a row of the list, which wraps long lines. Told to every item once: a list that asks the text
-// again at each new line would stall the window after some thousand of them.
+// Height of a row of the list, which wraps long lines. Told to every item once.
 QSize rowSize(const QListWidget* list, const QString& text)
 {
     constexpr int iconAndMargins = 36;
@@ -44,7 +46,7 @@ void Gui::initJournalList()
     scroller->setScrollerProperties(manner);
 }
 
-// One file for each run. Nobody checks whether it opened: without a file the list still works.
+// One file for each run. Without a file the list still works, and the operator is told nothing of it.
 void Gui::openJournal()
 {
     const QDateTime now = QDateTime::currentDateTime();
@@ -57,7 +59,8 @@ void Gui::openJournal()
     }
     const QString time = now.toString(QStringLiteral("hh_mm_ss"));
     m_logFile.setFileName(QStringLiteral("%1/%2/polog_%3.log").arg(log, date, time));
-    m_logFile.open(QIODevice::WriteOnly);
+    if (!m_logFile.open(QIODevice::WriteOnly))
+        qWarning().noquote() << "no journal" << m_logFile.fileName() << ":" << m_logFile.errorString();
 }
 
 void Gui::prgMessage(const QString& str, bool isShow)
@@ -70,7 +73,9 @@ void Gui::prgMessage(const QString& str, bool isShow)
     QTextStream stream(&m_logFile);
     stream << stamp << str << '\n';
     stream.flush();
-    m_logFile.flush(); // a crash must not lose what was already told
+    const bool written = m_logFile.flush(); // a crash must not lose what was already told
+    if (std::exchange(m_journalWritten, written) && !written)
+        qWarning().noquote() << "journal not written:" << m_logFile.errorString();
 }
 
 void Gui::messageToLog(const QString& time, const QString& str)

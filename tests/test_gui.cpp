@@ -12,6 +12,7 @@
 #include <csignal>
 #include <functional>
 
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -82,6 +83,8 @@ private slots:
     void journalFollowsTheFinger();
     void journalFile();
     void journalWithoutFolder();
+    void journalOnAFullDisk();
+    void journalOfWeeks();
     void speedsSurviveARestart();
     void spoiledSettings_data();
     void spoiledSettings();
@@ -175,10 +178,71 @@ void TestGui::journalWithoutFolder()
 {
     m_gui.reset();
     QVERIFY(QDir(site().path(QStringLiteral("/log"))).removeRecursively());
+    QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("^no journal /.*polog_")));
     start();
     m_gui->prgMessage(QStringLiteral("[I]видно"), true);
     QCOMPARE(list().last(), QStringLiteral("видно"));
     QVERIFY2(!QDir(site().path(QStringLiteral("/log"))).exists(), "the console does not make this folder");
+}
+
+void TestGui::journalOnAFullDisk()
+{
+    const auto former = ::signal(SIGXFSZ, SIG_IGN);
+    rlimit usual;
+    ::getrlimit(RLIMIT_FSIZE, &usual);
+    const rlimit full{10, usual.rlim_max};
+    ::setrlimit(RLIMIT_FSIZE, &full);
+    QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("^journal not written: ")));
+    for (int line = 0; line < 3; ++line) // told once
+        m_gui->prgMessage(QStringLiteral("[I]видно"), true);
+    ::setrlimit(RLIMIT_FSIZE, &usual);
+    ::signal(SIGXFSZ, former);
+    QCOMPARE(list().last(), QStringLiteral("видно"));
+    m_gui->prgMessage(QStringLiteral("[I]снова место"), false);
+    QVERIFY(journal().contains(QStringLiteral("[I]снова место\n")));
+}
+
+// A new line lays out itself alone, stands at the list's end, and every row keeps its place for the finger.
+void TestGui::journalOfWeeks()
+{
+    struct Row : QListWidgetItem
+    {
+        using QListWidgetItem::QListWidgetItem;
+        QVariant data(int role) const override
+        {
+            asked += role == Qt::SizeHintRole;
+            return QListWidgetItem::data(role);
+        }
+        mutable int asked = 0;
+    };
+    auto* log = w<QListWidget>("lwLog");
+    log->clear();
+    QList<Row*> rows;
+    for (int i = 0; i < 3000; ++i) {
+        rows << new Row(QString::number(i));
+        rows.last()->setSizeHint({100, 20 + i % 3});
+        log->addItem(rows.last());
+    }
+    QCoreApplication::processEvents();
+    for (Row* row : rows)
+        row->asked = 0;
+    m_gui->prgMessage(QStringLiteral("[I]новая"), true);
+    log->grab();
+    QCoreApplication::processEvents();
+    for (const Row* row : rows)
+        QCOMPARE(row->asked, 0);
+
+    QWidget* view = log->viewport();
+    const QListWidgetItem* last = log->item(3000);
+    QCOMPARE(log->visualItemRect(last).bottom(), view->height() - 1);
+    QCOMPARE(log->itemAt(5, view->height() - 1), last);
+    log->scrollToItem(rows[1000], QAbstractItemView::PositionAtTop);
+    QCOMPARE(log->itemAt(5, 0), rows[1000]);
+    QCOMPARE(log->itemAt(5, rows[1000]->sizeHint().height()), rows[1001]);
+    log->scrollToTop();
+    QCOMPARE(log->visualItemRect(rows[2]).top(), 41);
+    log->clear();
+    QCOMPARE(log->itemAt(5, 5), nullptr);
 }
 
 void TestGui::speedsSurviveARestart()

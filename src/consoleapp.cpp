@@ -10,6 +10,32 @@
 #include <QApplication>
 
 #include <cstdio>
+#include <cstdlib>
+#include <utility>
+
+namespace {
+
+// When the screen goes away, as it may at the end of a session before any signal is heard, the toolkit ends
+// the process where it stands. The window lives on to the end of the exit handlers.
+class LastWindow
+{
+public:
+    explicit LastWindow(Gui* window)
+    {
+        static const int registered = std::atexit([] {
+            if (s_window)
+                std::exchange(s_window, nullptr)->saveWork();
+        });
+        Q_UNUSED(registered);
+        s_window = window;
+    }
+    ~LastWindow() { s_window = nullptr; }
+
+private:
+    static inline Gui* s_window = nullptr;
+};
+
+} // namespace
 
 int runConsole()
 {
@@ -19,6 +45,7 @@ int runConsole()
     }
     EndSignals end; // before the window, whose construction may open boxes
     Gui gui;
+    const LastWindow last(&gui);
     QObject::connect(&end, &EndSignals::asked, &gui, &Gui::onEndAsked);
     QApplication::setStyle(new MyWinStyle);
     StyleLoader::attach(StyleLoader::defaultStyleFile(), Qt::Key_F5); // the sheet stands on the style

@@ -73,13 +73,7 @@ Gui::Gui()
 Gui::~Gui()
 {
     m_dump->stopDump();
-    // A jog that a finger still holds is stopped while the link and the journal are there.
-    for (JogHold* hold : findChildren<JogHold*>())
-        hold->letGo();
-    for (Axis* axis : qAsConst(m_axis)) {
-        for (JogHold* hold : axis->findChildren<JogHold*>())
-            hold->letGo();
-    }
+    stopJogs(); // while the link and the journal are there
     saveIni();
     ui->contour->keepForNextStart();
     delete m_manager; // writes the user file
@@ -90,6 +84,24 @@ Gui::~Gui()
     // The panels outlive everything that their reports need.
     ui->kvs->disconnect(this);
     ui->contour->disconnect(this);
+}
+
+void Gui::stopJogs()
+{
+    for (JogHold* hold : findChildren<JogHold*>())
+        hold->letGo();
+    for (Axis* axis : qAsConst(m_axis)) {
+        for (JogHold* hold : axis->findChildren<JogHold*>())
+            hold->letGo();
+    }
+}
+
+void Gui::saveWork()
+{
+    stopJogs();
+    saveIni();
+    ui->contour->keepForNextStart();
+    m_manager->save();
 }
 
 bool Gui::autorizationAccepted()

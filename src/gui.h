@@ -50,6 +50,10 @@ public:
     // afterwards are what getUserName() tells for the rest of the run.
     bool autorizationAccepted();
 
+    // Stops what a finger holds and writes the settings and the users, as the end does, before one that may
+    // come too fast for that.
+    void saveWork();
+
     Axis* axis(const QString& name) const override;
     float coord(const QString& name) const override;
     DriveTCPthread* drives() override { return &m_drives; }
@@ -270,6 +274,7 @@ private:
     void connectVirtualAxes();
     void connectVirtualJog();
 
+    void stopJogs(); // those that a finger still holds
     void saveIni();
     void addLock(const QString& key, bool perm, const QString& textLocked, const QString& textFree);
     void drawChannelState(int channel, PoLabel* label, uint state);
@@ -299,7 +304,7 @@ private:
     int m_userGroup = -1;
     QFile m_logFile;
     bool m_journalWritten = true; // the last line, so that a full disk is told once
-    float m_dumpValues[10] = {}; // positions of the drives, for the flight recorder
+    float m_dumpValues[10] = {};  // positions of the drives, for the flight recorder
     DumpCreator* m_dump = nullptr;
     DriveTCPthread m_drives;
     QList<QString> m_lirAxes; // axes that a handwheel can take

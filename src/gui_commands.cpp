@@ -293,8 +293,7 @@ void Gui::onEndAsked()
 // command as well: nobody knows how long the system waits for those it ends.
 void Gui::onSystemShutdown()
 {
-    saveIni();
-    m_manager->save();
+    saveWork();
     if (!site().shell)
         qWarning("no power-off at this site");
     else if (site().shell("sudo /sbin/shutdown -h now") != 0)

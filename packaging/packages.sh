@@ -1,6 +1,6 @@
 # What the build and the tests need from Debian 12; sourced by `run` and `check`.
 
-MIRTA_PACKAGES="build-essential cmake ninja-build ccache qtbase5-dev qtbase5-private-dev qtbase5-dev-tools fonts-dejavu-core"
+MIRTA_PACKAGES="build-essential cmake ninja-build ccache qtbase5-dev qtbase5-private-dev qtbase5-dev-tools fonts-dejavu-core libxcb-xtest0-dev libxcb-keysyms1-dev"
 
 # Installs what is missing, as root or with sudo. Says nothing when nothing is.
 install_missing() {

@@ -19,8 +19,9 @@ void TestJourneyJog::oneStopForEachMove_data()
     QTest::addColumn<QString>("button");
     QTest::addColumn<QString>("axis");
     QTest::addColumn<QString>("trouble");
-    const char* troubles[] = {"none",       "a dialog",     "a menu",     "focus lost",  "transformed mode",
-                              "key switch", "limit switch", "link falls", "console ends"};
+    const char* troubles[] = {"none",       "lifted outside",   "a dialog",   "a menu",
+                              "focus lost", "transformed mode", "key switch", "limit switch",
+                              "link falls", "console ends"};
     for (const char* trouble : troubles) {
         QTest::addRow("real axis, %s", trouble) << "pbPlusLX"
                                                 << "LX" << trouble;
@@ -55,12 +56,18 @@ void TestJourneyJog::oneStopForEachMove()
             journey.plant().instruct("axis LX 1490");
             hand.waitText("coordLX", "1490.00");
         }
+        if (trouble == "lifted outside") {
+            hand.tap("NL1");
+            hand.waitVisible("pbHide");
+        }
         CommandLog::clear();
         hand.press(button);
         hand.waitFor("the move", [&] { return CommandLog::count(move) == 1; });
         Hand::expect(CommandLog::count(stop) == 0, "no stop yet");
 
-        if (trouble == "a dialog") {
+        if (trouble == "lifted outside") {
+            hand.slide(QPoint(200, 830)); // over the dialog of a device
+        } else if (trouble == "a dialog") {
             hand.onScreen(
                 [] { QTimer::singleShot(0, qApp, [] { QMessageBox::information(nullptr, "?", "!"); }); });
             hand.waitFor("the box", [] { return QApplication::activeModalWidget() != nullptr; });
@@ -85,39 +92,23 @@ void TestJourneyJog::oneStopForEachMove()
         } else if (trouble == "transformed mode") {
             // As when the controller reports that the mode was changed elsewhere.
             hand.onScreen([&] {
-                for (QWidget* top : QApplication::topLevelWidgets()) {
-                    if (top->findChild<QWidget*>("frameHead"))
-                        QMetaObject::invokeMethod(top, "onChangedTransOn", Q_ARG(bool, !startVirtual));
-                }
+                QMetaObject::invokeMethod(Operator::console(), "onChangedTransOn",
+                                          Q_ARG(bool, !startVirtual));
             });
             hand.waitGone(button);
         } else if (trouble == "key switch") {
             journey.plant().instruct("key off");
-            hand.waitFor("the console disabled", [] {
-                for (QWidget* top : QApplication::topLevelWidgets()) {
-                    if (top->findChild<QWidget*>("frameHead"))
-                        return !top->isEnabled();
-                }
-                return false;
-            });
+            hand.waitFor("the console disabled", [] { return !Operator::console()->isEnabled(); });
         } else if (trouble == "limit switch") {
             // The carriage runs into its end. A virtual jog runs away from the end whose switch guards its
             // button, so there the switch is closed by hand.
             if (startVirtual) {
                 hand.onScreen([] {
-                    for (QWidget* top : QApplication::topLevelWidgets()) {
-                        if (top->findChild<QWidget*>("frameHead"))
-                            QMetaObject::invokeMethod(top, "onChangedNpZ", Q_ARG(bool, true));
-                    }
+                    QMetaObject::invokeMethod(Operator::console(), "onChangedNpZ", Q_ARG(bool, true));
                 });
             }
-            hand.waitFor("the button disabled", [&] {
-                for (QWidget* top : QApplication::topLevelWidgets()) {
-                    if (auto* held = top->findChild<QWidget*>(button))
-                        return !held->isEnabled();
-                }
-                return false;
-            });
+            hand.waitFor("the button disabled",
+                         [&] { return !Operator::console()->findChild<QWidget*>(button)->isEnabled(); });
             Hand::expect(CommandLog::count(stop) == 0,
                          "the switch itself stops nothing from the console's side");
         } else if (trouble == "link falls") {

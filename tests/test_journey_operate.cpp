@@ -186,13 +186,7 @@ void TestJourneyOperate::keySwitchOffAndOn()
     const QString trouble = journey.runLoggedIn([&] {
         hand.waitVisible("sbDrives");
         journey.plant().instruct("key off");
-        hand.waitFor("the console disabled", [] {
-            for (QWidget* top : QApplication::topLevelWidgets()) {
-                if (top->findChild<QWidget*>("frameHead"))
-                    return !top->isEnabled();
-            }
-            return false;
-        });
+        hand.waitFor("the console disabled", [] { return !Operator::console()->isEnabled(); });
         hand.tap("sbDrives");
         Hand::expect(CommandLog::count("DRIVE") == 0, "a locked console sends nothing");
         journey.plant().instruct("key on");

@@ -4,22 +4,16 @@
 
 #include <QAbstractButton>
 #include <QApplication>
-#include <QCursor>
 #include <QElapsedTimer>
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
 #include <QMenu>
 #include <QMessageBox>
-#include <QPainter>
 #include <QScreen>
 #include <QTabWidget>
 #include <QTableWidget>
 #include <QThread>
-#include <QWindow>
-#include <QtTest/qtestkeyboard.h>
-#include <QtTest/qtestmouse.h>
-#include <qpa/qwindowsysteminterface.h>
 
 #include <thread>
 
@@ -31,28 +25,6 @@ QPoint centre(QWidget* widget)
 {
     return widget->rect().center();
 }
-
-// Finger down or up on the window under the point.
-void send(QWidget* widget, QPoint at, bool down)
-{
-    QWidget* top = widget->window();
-    QWindow* window = top->windowHandle();
-    if (!window)
-        return;
-    const QPoint local = widget->mapTo(top, at);
-    QCursor::setPos(window->mapToGlobal(local)); // dialogs open where the finger is
-    // Delivered within the call: a press and its lifting can then not change places in a queue.
-    QWindowSystemInterface::handleMouseEvent<QWindowSystemInterface::SynchronousDelivery>(
-        window, local, window->mapToGlobal(local), down ? Qt::LeftButton : Qt::NoButton, Qt::LeftButton,
-        down ? QEvent::MouseButtonPress : QEvent::MouseButtonRelease);
-}
-
-struct LastTouch
-{
-    QPointer<QWidget> widget;
-    QPoint at;
-};
-LastTouch lastTouch; // window's thread
 
 QString textOf(QWidget* widget)
 {
@@ -150,63 +122,53 @@ void Hand::waitColour(const QString& name, const QColor& colour, int ms)
         ms);
 }
 
-void Hand::touch(const QString& name, const std::function<QPoint(QWidget*)>& where, bool down, bool up)
+Finger& Hand::finger()
 {
-    waitVisible(name);
-    // Posted, not awaited: the touch may open a dialog whose loop runs until the script closes it.
-    QMetaObject::invokeMethod(
-        qApp,
-        [this, name, where, down, up] {
-            QPointer<QWidget> widget = find(name);
-            if (!widget)
-                return;
-            const QPoint at = where(widget);
-            if (down) {
-                lastTouch = {widget, at};
-                // The lifting is queued before the press, whose handling may block in a dialog.
-                if (up) {
-                    QMetaObject::invokeMethod(
-                        qApp,
-                        [] {
-                            if (lastTouch.widget)
-                                send(lastTouch.widget, lastTouch.at, false);
-                        },
-                        Qt::QueuedConnection);
-                }
-                send(widget, at, true);
-            }
-        },
-        Qt::QueuedConnection);
-    // The queue has been run through once when this returns.
-    QThread::msleep(kPollPeriod);
+    if (!m_finger)
+        m_finger = Finger::ofPlatform(m_patience);
+    return *m_finger;
+}
+
+Finger::Where Hand::spot(const QString& name, const std::function<QPoint(QWidget*)>& where) const
+{
+    return [this, name, where] {
+        QWidget* widget = find(name);
+        return Spot{widget, widget ? where(widget) : QPoint()};
+    };
 }
 
 void Hand::tap(const QString& name)
 {
-    touch(name, centre, true, true);
+    waitVisible(name);
+    finger().touch(spot(name, centre), false);
 }
 
 void Hand::tap(const QString& name, QPoint at)
 {
-    touch(
-        name, [at](QWidget*) { return at; }, true, true);
+    waitVisible(name);
+    finger().touch(spot(name, [at](QWidget*) { return at; }), false);
 }
 
 void Hand::press(const QString& name)
 {
-    touch(name, centre, true, false);
+    waitVisible(name);
+    finger().touch(spot(name, centre), true);
+}
+
+void Hand::press(const QString& name, QPoint at)
+{
+    waitVisible(name);
+    finger().touch(spot(name, [at](QWidget*) { return at; }), true);
+}
+
+void Hand::slide(QPoint panel)
+{
+    finger().slideTo(panel);
 }
 
 void Hand::release()
 {
-    QMetaObject::invokeMethod(
-        qApp,
-        [] {
-            if (lastTouch.widget)
-                send(lastTouch.widget, lastTouch.at, false);
-        },
-        Qt::QueuedConnection);
-    QThread::msleep(kPollPeriod);
+    finger().lift();
 }
 
 void Hand::tapCell(const QString& table, int row, int column)
@@ -224,8 +186,7 @@ void Hand::tapCell(const QString& table, int row, int column)
         port = table;
     });
     expect(!port.isEmpty(), QStringLiteral("row %1 in %2").arg(row).arg(table));
-    touch(
-        table, [at](QWidget*) { return at; }, true, true);
+    tap(table, at);
 }
 
 namespace {
@@ -246,25 +207,14 @@ QPoint itemPoint(QWidget* widget, const QString& text)
 
 void Hand::tapItem(const QString& list, const QString& text)
 {
-    touch(
-        list, [text](QWidget* widget) { return itemPoint(widget, text); }, true, true);
+    waitVisible(list);
+    finger().touch(spot(list, [text](QWidget* widget) { return itemPoint(widget, text); }), false);
 }
 
 void Hand::doubleTapItem(const QString& list, const QString& text)
 {
     waitVisible(list);
-    QMetaObject::invokeMethod(
-        qApp,
-        [this, list, text] {
-            QWidget* widget = find(list);
-            if (!widget)
-                return;
-            QWidget* top = widget->window();
-            QTest::mouseDClick(top->windowHandle(), Qt::LeftButton, Qt::NoModifier,
-                               widget->mapTo(top, itemPoint(widget, text)));
-        },
-        Qt::QueuedConnection);
-    QThread::msleep(kPollPeriod);
+    finger().touchTwice(spot(list, [text](QWidget* widget) { return itemPoint(widget, text); }));
 }
 
 void Hand::tapMenu(const QString& text)
@@ -282,54 +232,23 @@ void Hand::tapMenu(const QString& text)
         }
         return false;
     });
-    QMetaObject::invokeMethod(
-        qApp,
-        [at] {
-            QWidget* menu = QApplication::activePopupWidget();
-            if (!menu)
-                return;
-            QMetaObject::invokeMethod(
-                qApp,
-                [at, m = QPointer<QWidget>(menu)] {
-                    if (m)
-                        send(m, at, false);
-                },
-                Qt::QueuedConnection);
-            send(menu, at, true);
-        },
-        Qt::QueuedConnection);
-    QThread::msleep(kPollPeriod);
+    finger().touch([at] { return Spot{QApplication::activePopupWidget(), at}; }, false);
 }
 
 void Hand::tapTab(const QString& tabWidget, int index)
 {
     waitVisible(tabWidget);
-    touch(
-        tabWidget,
-        [index](QWidget* widget) {
-            auto* tabs = qobject_cast<QTabWidget*>(widget);
-            QTabBar* bar = tabs ? tabs->tabBar() : nullptr;
-            return bar ? bar->mapTo(widget, bar->tabRect(index).center()) : QPoint();
-        },
-        true, true);
+    const auto tab = [index](QWidget* widget) {
+        auto* tabs = qobject_cast<QTabWidget*>(widget);
+        QTabBar* bar = tabs ? tabs->tabBar() : nullptr;
+        return bar ? bar->mapTo(widget, bar->tabRect(index).center()) : QPoint();
+    };
+    finger().touch(spot(tabWidget, tab), false);
 }
 
 void Hand::key(int key, const QString& text)
 {
-    QMetaObject::invokeMethod(
-        qApp,
-        [key, text] {
-            QWidget* top = QApplication::activePopupWidget();
-            if (!top)
-                top = QApplication::activeModalWidget();
-            if (!top)
-                top = QApplication::activeWindow();
-            if (!top || !top->windowHandle())
-                return;
-            QTest::sendKeyEvent(QTest::Click, top->windowHandle(), Qt::Key(key), text, Qt::NoModifier);
-        },
-        Qt::QueuedConnection);
-    QThread::msleep(kPollPeriod);
+    finger().key(key, text);
 }
 
 void Hand::type(const QString& text)
@@ -360,14 +279,12 @@ void Hand::closeBox()
 {
     waitFor(QStringLiteral("message box"),
             [] { return qobject_cast<QMessageBox*>(QApplication::activeModalWidget()) != nullptr; });
-    QMetaObject::invokeMethod(
-        qApp,
-        [] {
-            if (auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget()))
-                box->accept();
-        },
-        Qt::QueuedConnection);
-    QThread::msleep(kPollPeriod);
+    const auto button = [] {
+        auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+        QAbstractButton* first = box ? box->buttons().value(0) : nullptr;
+        return Spot{first, first ? centre(first) : QPoint()};
+    };
+    finger().touch(button, false);
 }
 
 QString Hand::text(const QString& name)
@@ -431,7 +348,12 @@ int Hand::currentRow(const QString& table)
 
 void Hand::grab(const QString& file)
 {
-    onScreen([&] { screenImage().save(file); });
+    onScreen([&] {
+        if (screenHoldsPanel())
+            QGuiApplication::primaryScreen()->grabWindow(0).save(file);
+        else
+            screenImage().save(file);
+    });
 }
 
 QString runScript(const std::function<void()>& console, const std::function<void()>& script)

@@ -1,18 +1,8 @@
 #pragma once
 
+#include "finger.h"
+
 #include <QColor>
-#include <QPoint>
-#include <QString>
-#include <QWidget>
-
-#include <functional>
-#include <stdexcept>
-
-// What the hand wanted was not on the screen, or did not happen in time.
-struct HandError : std::runtime_error
-{
-    using std::runtime_error::runtime_error;
-};
 
 // The operator's hand: finds widgets by object name and touches them through the window system, as a
 // finger would, so that grabs, modal windows and disabled buttons act as they do on the machine.
@@ -31,6 +21,8 @@ public:
     void tap(const QString& name);
     void tap(const QString& name, QPoint at); // at: in the widget's own coordinates
     void press(const QString& name);
+    void press(const QString& name, QPoint at);
+    void slide(QPoint panel); // what is pressed, to a point of the panel
     void release();
     void tapCell(const QString& table, int row, int column);
     void doubleTapItem(const QString& list, const QString& text);
@@ -40,7 +32,7 @@ public:
     void key(int key, const QString& text = QString());
     void type(const QString& text);          // letters and digits into the focused field
     void enterNumber(const QString& number); // on the keypad that is open, then its Enter
-    void closeBox();                         // accepts a message box
+    void closeBox();                         // by its button
 
     QString text(const QString& name);
     bool visible(const QString& name);
@@ -72,9 +64,11 @@ public:
 
 private:
     QWidget* find(const QString& name) const; // window's thread; the topmost visible one, null for none
-    void touch(const QString& name, const std::function<QPoint(QWidget*)>& where, bool down, bool up);
+    Finger& finger();
+    Finger::Where spot(const QString& name, const std::function<QPoint(QWidget*)>& where) const;
 
     int m_patience;
+    std::shared_ptr<Finger> m_finger; // null until the first touch
 };
 
 // Runs `script` on a thread of its own while `console` runs on this one (which must be the window's).

@@ -1,9 +1,20 @@
 #include "operator.h"
 
+#include "screen.h"
+
 #include <QApplication>
 #include <QElapsedTimer>
 
 #include <cmath>
+
+QWidget* Operator::console()
+{
+    for (QWidget* top : QApplication::topLevelWidgets()) {
+        if (top->findChild<QWidget*>("frameHead"))
+            return top;
+    }
+    return nullptr;
+}
 
 void Operator::logIn()
 {
@@ -14,11 +25,8 @@ void Operator::logIn()
     tap("pbEnter");
     waitVisible("frameHead");
     waitFor("the whole window", [] {
-        for (QWidget* top : QApplication::topLevelWidgets()) {
-            if (top->findChild<QWidget*>("frameHead"))
-                return top->width() == 1920 && !top->isFullScreen();
-        }
-        return false;
+        const QWidget* window = console();
+        return window && window->width() == panelSize.width() && window->isFullScreen() == screenHoldsPanel();
     });
 }
 

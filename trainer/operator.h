@@ -8,6 +8,9 @@ class Operator : public Hand
 public:
     using Hand::Hand;
 
+    // The window of the console, null while there is none. On the window's thread.
+    static QWidget* console();
+
     // The login dialog, as «su».
     void logIn();
 

@@ -7,6 +7,7 @@
 #include <QWidget>
 
 #include <algorithm>
+#include <qpa/qplatformscreen.h>
 #include <qpa/qwindowsysteminterface.h>
 
 namespace {
@@ -46,8 +47,17 @@ int floorOf(const QWidget* window)
 
 } // namespace
 
+bool screenHoldsPanel()
+{
+    // What the platform itself has, whatever takePanel has told the toolkit.
+    const QSize real = QGuiApplication::primaryScreen()->handle()->geometry().size();
+    return real.width() >= panelSize.width() && real.height() >= panelSize.height();
+}
+
 void takePanel(QObject* parent)
 {
+    if (screenHoldsPanel())
+        return;
     qApp->installEventFilter(new WholeWindow(parent));
     QScreen* screen = QGuiApplication::primaryScreen();
     if (screen->geometry().width() >= panelSize.width())

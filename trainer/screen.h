@@ -9,8 +9,12 @@
 
 constexpr QSize panelSize(1920, 1200); // pixels
 
+// Whether the window system shows the whole panel, so that the console can be left as it is.
+bool screenHoldsPanel();
+
 // Makes menus and dialogs keep to the panel instead of the platform's own small screen, and gives the
-// full-screen window of the console the panel's size. Once, before the first window; lives with `parent`.
+// full-screen window of the console the panel's size, where the screen does not hold it. Once, before the
+// first window; lives with `parent`.
 void takePanel(QObject* parent);
 
 // Visible windows from the topmost down: the open popup, the modal window, then the rest.

@@ -51,6 +51,7 @@ DeviceDlg::DeviceDlg(QWidget* parent, const QString& id, const QString& name, in
     Q_ASSERT(strStates.size() == 4);
 
     m_ui->setupUi(this);
+    setAttribute(Qt::WA_ShowWithoutActivating); // it has no use for keys
     m_ui->lblId->setText(id);
     m_ui->lblName->setText(name);
     connect(m_ui->pbHide, &QPushButton::clicked, this, &QWidget::hide);
@@ -158,10 +159,22 @@ void DeviceDlg::place(const QPoint& corner)
          qMax(m_area.top(), qMin(corner.y(), m_area.top() + m_area.height() - height())));
 }
 
+void DeviceDlg::setVisible(bool visible)
+{
+    m_aside = false;
+    QFrame::setVisible(visible);
+}
+
 bool DeviceDlg::event(QEvent* event)
 {
     if (liftMayBeLost(*this, *event))
         endMoving();
+    if (event->type() == QEvent::WindowBlocked && isVisible()) {
+        hide();
+        m_aside = true;
+    } else if (event->type() == QEvent::WindowUnblocked && m_aside) {
+        show();
+    }
     return QFrame::event(event);
 }
 

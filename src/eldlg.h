@@ -28,6 +28,10 @@ class DeviceDlg : public QFrame
 public:
     ~DeviceDlg() override;
 
+    // While a modal window blocks the console the dialog steps aside, as it could neither be hidden nor
+    // moved off what waits for an answer; it comes back unless it was hidden meanwhile.
+    void setVisible(bool visible) override;
+
 public slots:
     void showDlg(); // at the pointer, moved to where a dialog may stand
 
@@ -73,6 +77,7 @@ private:
     const QString m_textOff;
     const QStringList m_states;
     const QRect m_area;
+    bool m_aside = false; // hidden by a modal window only
     bool m_moving = false;
     QPoint m_grip; // where the title was seized, from the dialog's corner
 };

@@ -80,11 +80,16 @@ public:
     }
 
     // The entry touched, null for none. Blocks until the operator answers.
-    QAction* exec(QWidget* parent)
+    QAction* exec(const QWidget* label)
     {
-        parent->setStyleSheet(touchMenuLook()); // the menu takes it from there
-        return QMenu::exec(m_actions, QCursor::pos(), nullptr, parent);
+        QMenu menu(label->window());
+        menu.setObjectName(nameOf(label));
+        menu.setStyleSheet(touchMenuLook());
+        menu.addActions(m_actions);
+        return menu.exec(QCursor::pos());
     }
+
+    static QString nameOf(const QWidget* label) { return QStringLiteral("menu_") + label->objectName(); }
 
 private:
     QObject m_owner;
@@ -259,8 +264,8 @@ void Gui::onChangedPultState(bool state)
         ui->frmDrives->setDisabled(state);
     // The panel takes its wheel from the beam unit, and says so at each change of its regime.
     if (state) {
-        // A menu that is still open would be disabled with the frame and hold every touch.
-        for (QMenu* menu : ui->lblLir3->findChildren<QMenu*>())
+        // What its menu still offers is no longer to be had.
+        for (QMenu* menu : findChildren<QMenu*>(WheelMenu::nameOf(ui->lblLir3)))
             menu->close();
         freeWheel(QStringLiteral("'Выносной'"), &m_lirDist, ui->lblLir3Use);
     }

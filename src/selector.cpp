@@ -23,7 +23,7 @@ QPoint placeBelow(const QWidget* parent, const QSize& size)
 
 Selector::Selector(const QString& name, const QString& unit, const QList<float>& nl, const QString& title,
                    int decimals, QWidget* parent)
-    : QDialog(parent, Qt::Dialog | Qt::FramelessWindowHint)
+    : QDialog(parent->window(), Qt::Popup | Qt::FramelessWindowHint)
     , m_ui(std::make_unique<Ui::Selector>())
     , m_name(name)
     , m_unit(unit)
@@ -45,10 +45,10 @@ Selector::Selector(const QString& name, const QString& unit, const QList<float>&
     m_max = nl.last();
 
     setMouseTracking(true);
-    setModal(true);
+    for (QLabel* label : findChildren<QLabel*>())
+        label->setMouseTracking(true); // the moves over them come up to here
     move(placeBelow(parent, size()));
     show();
-    grabMouse();
 }
 
 Selector::~Selector() = default;
@@ -77,7 +77,6 @@ void Selector::mouseMoveEvent(QMouseEvent* event)
 
 void Selector::mousePressEvent(QMouseEvent* event)
 {
-    releaseMouse();
     hide();
     QLabel* label = labelAt(event->localPos().toPoint());
     if (std::find(m_speeds.begin(), m_speeds.end(), label) != m_speeds.end())

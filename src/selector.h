@@ -12,8 +12,9 @@ namespace Ui {
 class Selector;
 }
 
-// The popup of six speeds and a free entry. It shows itself below `parent` and holds the mouse; the caller
-// runs `exec` and reads `value()` after acceptance. A press outside leaves it.
+// The popup of six speeds and a free entry. It shows itself below `parent`; the caller runs `exec` and reads
+// `value()` after acceptance. A press outside leaves it: a popup gets every press from its showing on, which
+// a grab of a dialog's own would not, since a window manager shows a dialog when it pleases.
 class Selector : public QDialog
 {
     Q_OBJECT

@@ -22,7 +22,7 @@ QString touchMenuLook()
 
 int touchMenu(QWidget* button, const QString& title, const QStringList& entries)
 {
-    QMenu menu(title, button);
+    QMenu menu(title, button->window()); // the button may be disabled while the menu is open
     menu.setStyleSheet(touchMenuLook());
     auto* head = new QWidgetAction(&menu);
     auto* label = new QLabel(title);

@@ -163,7 +163,7 @@ void MyListView::currentChanged(const QModelIndex& current, const QModelIndex& p
 
 MyFrame::MyFrame(QString title, int x, int y, int margin, QDialog* dialog, QWidget* parent, bool modal,
                  bool show)
-    : QFrame(parent, Qt::Dialog | Qt::FramelessWindowHint)
+    : QFrame(parent ? parent->window() : nullptr, Qt::Dialog | Qt::FramelessWindowHint)
     , m_dialog(dialog)
     , m_margin(margin)
 {

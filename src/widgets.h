@@ -138,7 +138,8 @@ class MyFrame : public QFrame
 public:
     // `x`, `y`: top left corner on the panel, corrected so that the frame stays on it. `margin`: px between
     // the frame's line and the dialog. `modal`: the window of `parent` waits. `show`: visible at once;
-    // otherwise it comes with the first show of either.
+    // otherwise it comes with the first show of either. The frame belongs to that window
+    // and not to `parent` itself, which telemetry may disable with all that belongs to it.
     MyFrame(QString title, int x, int y, int margin, QDialog* dialog, QWidget* parent, bool modal, bool show);
     ~MyFrame() override;
 

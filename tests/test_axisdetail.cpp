@@ -262,7 +262,7 @@ void TestAxisDetail::reference()
         bool asked = false;
         QTimer answering;
         connect(&answering, &QTimer::timeout, this, [&] {
-            auto* question = m_info->findChild<Confirm*>();
+            auto* question = m_info->window()->findChild<Confirm*>();
             if (!question)
                 return;
             answering.stop();

@@ -166,7 +166,7 @@ void TestPoints::fileIsChosen()
     bool opens = false;
     const auto choose = [&](const char* button, const std::function<void(FileManager*)>& answer) {
         QTimer::singleShot(0, this, [&] {
-            auto* files = dialog->findChild<FileManager*>();
+            auto* files = dialog->window()->findChild<FileManager*>();
             QVERIFY(files);
             opens = files->findChild<QPushButton*>("pbLoad")->isVisible();
             answer(files);

@@ -255,7 +255,7 @@ void TestSelector::presetSpeeds()
         Selector selector(QStringLiteral("C"), QStringLiteral("град"), speeds, QStringLiteral("Своя"), 0,
                           m_parent.get());
         QSignalSpy told(&selector, &Selector::message);
-        QCOMPARE(QWidget::mouseGrabber(), &selector);
+        QCOMPARE(QApplication::activePopupWidget(), &selector);
         QCOMPARE(selector.pos(), QPoint(300, 200 + 60 + 1));
         auto* label = child<QLabel>(&selector, names[i]);
         QTimer::singleShot(0, &selector, [&] {
@@ -267,7 +267,7 @@ void TestSelector::presetSpeeds()
         QCOMPARE(told[0][0].toString(),
                  QStringLiteral("[I]Установлена скорость %1 град/мин для оси C").arg(double(expected[i])));
         QCOMPARE(told[0][1].toBool(), true);
-        QVERIFY(!QWidget::mouseGrabber());
+        QVERIFY(!QApplication::activePopupWidget());
     }
 }
 

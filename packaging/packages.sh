@@ -1,11 +1,14 @@
 # What the build and the tests need from Debian 12; sourced by `run` and `check`.
 
 MIRTA_PACKAGES="build-essential cmake ninja-build ccache qtbase5-dev qtbase5-private-dev qtbase5-dev-tools fonts-dejavu-core libxcb-xtest0-dev libxcb-keysyms1-dev"
+# A panel for the tests: an X server without a screen, a window manager.
+MIRTA_TEST_PACKAGES="xvfb openbox util-linux"
 
-# Installs what is missing, as root or with sudo. Says nothing when nothing is.
+# Installs what is missing, as root or with sudo: install_missing [PACKAGE ...] besides those of the build. Says
+# nothing when nothing is.
 install_missing() {
     missing=""
-    for package in $MIRTA_PACKAGES; do
+    for package in $MIRTA_PACKAGES "$@"; do
         dpkg-query -W -f='${Status}' "$package" 2>/dev/null | grep -q "install ok installed" || missing="$missing $package"
     done
     [ -z "$missing" ] && return 0

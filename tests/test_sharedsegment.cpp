@@ -13,9 +13,10 @@
 namespace {
 
 // A console, as far as the two segments go: this program, started a second time.
-int beAConsole(const QString& suffix)
+int beAConsole(const QString& root, const QString& suffix)
 {
     Site place;
+    place.root = root;
     place.shmSuffix = suffix;
     setSite(place);
     ElaSharedMemory ela;
@@ -100,7 +101,8 @@ void TestSharedSegment::theProcessEndsAtALockThatIsNotGivenBack()
     QElapsedTimer time;
     time.start();
     QProcess console;
-    console.start(QCoreApplication::applicationFilePath(), {QStringLiteral("--console"), site().shmSuffix});
+    console.start(QCoreApplication::applicationFilePath(),
+                  {QStringLiteral("--console"), site().root, site().shmSuffix});
     const bool ended = console.waitForFinished(10'000);
     qInfo("a console that met held locks ended after %lld ms", time.elapsed());
     others.giveBack();
@@ -110,8 +112,8 @@ void TestSharedSegment::theProcessEndsAtALockThatIsNotGivenBack()
 // With "--console" the program is one that meets the segments as they are.
 int main(int argc, char* argv[])
 {
-    if (argc == 3 && qstrcmp(argv[1], "--console") == 0)
-        return beAConsole(QString::fromLocal8Bit(argv[2]));
+    if (argc == 4 && qstrcmp(argv[1], "--console") == 0)
+        return beAConsole(QString::fromLocal8Bit(argv[2]), QString::fromLocal8Bit(argv[3]));
     QCoreApplication app(argc, argv);
     TestSharedSegment test;
     return QTest::qExec(&test, argc, argv);

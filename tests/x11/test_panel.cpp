@@ -319,6 +319,7 @@ int main(int argc, char* argv[])
     if (argc == 3 && qstrcmp(argv[1], kConsoleOf) == 0) {
         Site own;
         own.root = QString::fromLocal8Bit(argv[2]);
+        own.shmSuffix = QStringLiteral("_second");
         setSite(own);
         return runConsole();
     }

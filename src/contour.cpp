@@ -178,6 +178,8 @@ void CONTOUR::keepForNextStart()
 
 void CONTOUR::dress()
 {
+    for (QPushButton* start : {ui->pbGcode, ui->pbRun, ui->pbRun_2, ui->pbRun_3})
+        takeOneTouch(start, [this] { return m_startUnanswered; });
     tabBar()->setFocusPolicy(Qt::NoFocus);
     tabBar()->setStyleSheet(QLatin1String(tabLook));
     for (QAbstractScrollArea* area : findChildren<QAbstractScrollArea*>()) {
@@ -349,17 +351,20 @@ void CONTOUR::onVirtualMode(bool on)
 void CONTOUR::onChannel1State(unsigned int state)
 {
     m_ch1State = state;
+    m_startUnanswered = false;
     updateEnables();
 }
 
 void CONTOUR::onChannel2State(unsigned int state)
 {
     m_ch2State = state;
+    m_startUnanswered = false;
 }
 
 void CONTOUR::onChannel3State(unsigned int state)
 {
     m_ch3State = state;
+    m_startUnanswered = false;
 }
 
 void CONTOUR::onAxisMoving(bool moving)

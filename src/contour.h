@@ -219,7 +219,7 @@ private:
     QVector<Launch> genTestMove();
     void showMotion(const MotionPrograms& programs);
     bool write(const QVector<Launch>& launches); // false: not all were written, and that is told
-    bool start(const QVector<Launch>& launches); // false: «СТОП» in a pause kept the rest from starting
+    bool start(const QVector<Launch>& launches); // false: broken off in a pause
     QString launchPath(int channel) const;
     bool writeProgram(const QString& path, const QString& text); // a failure is told in the journal
     void execute(int channel, const QString& path);
@@ -280,6 +280,7 @@ private:
     bool m_driveOn = false;
     bool m_virtualMode = false;
     bool m_axisMoving = false;
+    bool m_startUnanswered = false; // no channel has told of another state since the last start
     WeldStage m_weld;
     bool m_techRun = false;
     bool m_testMode = false; // the beam current is in the operator's hand

@@ -75,6 +75,7 @@ bool CONTOUR::writeProgram(const QString& path, const QString& text)
 
 void CONTOUR::execute(int channel, const QString& path)
 {
+    m_startUnanswered = true;
     if (ConsoleHost* window = host())
         window->drives()->command(QStringLiteral("EXEC_%1(%2)").arg(QString::number(channel), path));
 }
@@ -170,13 +171,14 @@ void CONTOUR::onContourCellClicked(int row, int column)
     constexpr int stepLines = 4; // in both channels
     if (refused(tooLongText(stepLines * qAbs(qint64(row) - qMax(0, m_currentPoint)))))
         return;
+    const bool before = m_moveForward;
     if (row != m_currentPoint)
         m_moveForward = m_currentPoint < row;
     const auto launches =
         motion(navigationPrograms(contourValues(), m_currentPoint, row, coords(), ui->contourSpeed->text()),
                site().pauses.navigation);
-    if (write(launches))
-        start(launches);
+    if (!write(launches) || !start(launches))
+        m_moveForward = before; // nobody went anywhere
 }
 
 // --- the panels of the channels ---

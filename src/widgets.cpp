@@ -2,6 +2,7 @@
 
 #include "element.h"
 
+#include <QAbstractButton>
 #include <QApplication>
 #include <QDialog>
 #include <QMouseEvent>
@@ -14,7 +15,31 @@ namespace {
 
 const QColor titleColour(58, 70, 118);
 
+class OneTouch : public QObject
+{
+public:
+    OneTouch(QObject* parent, std::function<bool()> unanswered)
+        : QObject(parent)
+        , m_unanswered(std::move(unanswered))
+    {}
+
+protected:
+    bool eventFilter(QObject*, QEvent* event) override
+    {
+        return event->type() == QEvent::MouseButtonDblClick &&
+               m_unanswered(); // the press of the second touch
+    }
+
+private:
+    std::function<bool()> m_unanswered;
+};
+
 } // namespace
+
+void takeOneTouch(QAbstractButton* button, const std::function<bool()>& unanswered)
+{
+    button->installEventFilter(new OneTouch(button, unanswered));
+}
 
 bool liftMayBeLost(const QWidget& widget, const QEvent& event)
 {
@@ -205,6 +230,7 @@ MyFrame::MyFrame(QString title, int x, int y, int margin, QDialog* dialog, QWidg
 
 MyFrame::~MyFrame()
 {
+    disconnect(qApp, nullptr, this, nullptr); // children that go behind this may still lose the focus
     if (!m_dialog)
         return;
     // A frame that goes first takes the dialog along, and must not hear of it any more.

@@ -10,7 +10,10 @@
 #include <QPixmap>
 #include <QPointer>
 
+#include <functional>
+
 class Element;
+class QAbstractButton;
 class QDialog;
 class QPushButton;
 
@@ -21,6 +24,10 @@ constexpr int panelHeight = 1200;
 // Whether from this event of `widget` on a finger may lift unseen (hidden, disabled, or blocked by a modal
 // dialog): what lives only while the finger is down must end with it.
 bool liftMayBeLost(const QWidget& widget, const QEvent& event);
+
+// From two quick touches the button takes the first as long as `unanswered` holds: what it started is not
+// started again by an impatient finger before the machine has told of it.
+void takeOneTouch(QAbstractButton* button, const std::function<bool()>& unanswered);
 
 // A lamp: shows the image of a state.
 class PoSprite : public QLabel

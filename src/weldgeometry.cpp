@@ -163,7 +163,8 @@ void recalcPointsForNewDiameter(WeldContour& contour, float oldD, float newD)
         const double dx = double(row.coords[plane.first]) - double(contour.centerX);
         const double dy = double(row.coords[plane.second]) - double(contour.centerY);
         // A point that two decimals put just outside the circle lies on its edge.
-        double angle = oldR > 0 ? std::acos(std::clamp(dx / oldR, -1.0, 1.0)) : 0.0;
+        const double r = oldR > 0 ? oldR : std::hypot(dx, dy); // a file may name no diameter
+        double angle = r > 0 ? std::acos(std::clamp(dx / r, -1.0, 1.0)) : 0.0;
         if (dy < 0)
             angle = -angle;
         row.coords[plane.first] = float(double(contour.centerX) + newR * std::cos(angle));
@@ -390,7 +391,8 @@ QList<float> WeldPath::onCircle(double path, const CircleStart& start) const
 int passesLeftOut(double stretch, double length)
 {
     // The table's two decimals may put a row a little behind the end of the pass it stands at: no pass more.
-    if (!(length > 0) || !(stretch > length + samePlace))
+    const double same = samePlaceAt(stretch);
+    if (!(length > 0) || !(stretch > length + same))
         return 0;
-    return int(std::min(std::ceil((stretch - samePlace) / length) - 1, 1e9));
+    return int(std::min(std::ceil((stretch - same) / length) - 1, 1e9));
 }

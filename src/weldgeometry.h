@@ -5,10 +5,19 @@
 #include <QList>
 #include <QVector>
 
+#include <limits>
+
 // The geometry of a weld on plain values: lengths in mm, angles in degrees unless said otherwise.
 
 // Rows of the tables and points nearer than this coincide, mm or deg: two decimals round them.
 inline constexpr double samePlace = 0.01;
+
+// The same for a path, mm: a cell holds it in single precision, whose steps are wider than that on a long
+// way.
+inline double samePlaceAt(double path)
+{
+    return samePlace + path * double(std::numeric_limits<float>::epsilon());
+}
 
 // Length of the frame that leaves `row`. 0 for a row outside the contour and for the frame of the contour's
 // end; not a number for an arc whose radius cannot reach from one point to the other.

@@ -204,7 +204,7 @@ void ContourBuilder::takeRows(Stretch& frame)
         if (m_pass >= m_passes)
             return;
         const double p = double(row.path);
-        if (std::fabs(p - m_dist) < samePlace) {
+        if (std::fabs(p - m_dist) < samePlaceAt(p)) {
             m_taken = row; // its speed holds from the next frame
             ++m_techRow;
             return;

@@ -369,11 +369,15 @@ private slots:
     // turns once either way, and stops there.
     void ringOfTheFixedRowsTurns()
     {
-        for (int D = 50; D <= 150; D += 5) {
+        QVector<QPair<int, int>> rings{{146, 300}}; // the way counts in steps of 0.0156 mm there
+        for (int D = 50; D <= 150; D += 5)
+            rings.append({D, D % 2 + 1});
+        for (const auto& ring : qAsConst(rings)) {
+            const int D = ring.first;
             Weld weld(new SchemaCircle(float(D), 4));
             for (const float angle : {0.0f, 90.0f, 180.0f, 270.0f})
                 weld.point({angle, 10, 20, 30});
-            weld.closed(D % 2 + 1).row(0, 0, 600).end();
+            weld.closed(ring.second).row(0, 0, 600).end();
             const QStringList turns = generate(weld).channel2.split('\n').filter("G01 V=");
             QStringList angles;
             for (const QString& turn : turns)
@@ -381,7 +385,8 @@ private slots:
             QCOMPARE(angles.join(' '), QString("90.00 180.00 270.00 0.00"));
             const double pause =
                 technologyProgram(weld.tables).section("N14 G4 F", 1).section('\n', 0, 0).toDouble();
-            QVERIFY2(qAbs(pause - D * M_PI / 10) < 0.0011, qPrintable(QString::number(pause)));
+            QVERIFY2(qAbs(pause - D * M_PI / 10) < (ring.second > 2 ? 0.003 : 0.0011),
+                     qPrintable(QString::number(pause)));
         }
     }
 

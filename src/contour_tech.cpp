@@ -371,6 +371,7 @@ void CONTOUR::on_weldSpeed_clicked()
         QStringLiteral("[I]Задана новая скорость сварки - %1 мм/мин").arg(double(ui->weldSpeed->value())),
         false);
     setParamValueInTable(5, ui->weldSpeed->value(), techColumns[5].decimals);
+    edited(); // also where all rows have it already
 }
 
 void CONTOUR::onTechTabCellClicked(int row, int column)

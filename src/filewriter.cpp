@@ -6,6 +6,10 @@
 #include <QFileInfo>
 #include <QSaveFile>
 
+#include <cerrno>
+
+#include <unistd.h>
+
 namespace {
 
 // A disk that fills up takes a part first and says why at the next try only. Unbuffered, since what a buffer
@@ -19,6 +23,9 @@ bool writeWhole(QSaveFile* file, const QByteArray& bytes)
             return false;
         done += taken;
     }
+    // Some file systems tell only now that there is no room; commit() does not look at it.
+    if (::fdatasync(file->handle()) != 0 && errno != EINVAL && errno != ENOSYS)
+        return false;
     return file->commit();
 }
 

@@ -4,6 +4,8 @@
 #include "ui_inform.h"
 #include "widgets.h"
 
+#include <QEvent>
+
 namespace {
 
 void showManual(const QString& file)
@@ -19,13 +21,30 @@ Inform::Inform(QWidget* parent)
 {
     ui->setupUi(this);
     setMouseTracking(true);
-    ui->lblVersion->setText(QStringLiteral("Программа управления МИРТА, версия " MIRTA_VERSION));
+    showVersion();
     adjustSize();
     const QPoint corner = parent ? parent->mapToGlobal(QPoint()) : QPoint();
     move(corner + QPoint((panelWidth - width()) / 2, (panelHeight - height()) / 2));
 }
 
 Inform::~Inform() = default;
+
+void Inform::showVersion()
+{
+    ui->lblVersion->setText(isEnabled() ? QStringLiteral("Программа управления МИРТА, версия " MIRTA_VERSION)
+                                        : QStringLiteral("Панель управления заблокирована"));
+    QPalette palette;
+    if (!isEnabled())
+        palette.setColor(QPalette::WindowText, Qt::red);
+    ui->lblVersion->setPalette(palette);
+}
+
+void Inform::changeEvent(QEvent* event)
+{
+    QDialog::changeEvent(event);
+    if (event->type() == QEvent::EnabledChange)
+        showVersion();
+}
 
 void Inform::on_pbManual_clicked()
 {

@@ -24,6 +24,11 @@ public slots:
     void on_pbOperator_clicked();
     void on_pbClose_clicked();
 
+protected:
+    void changeEvent(QEvent* event) override; // says so itself when the key switch locks the window
+
 private:
+    void showVersion();
+
     std::unique_ptr<Ui::Inform> ui;
 };

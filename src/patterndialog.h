@@ -31,7 +31,7 @@ public:
         float weldSpeed; // mm/min
         float moveSpeed;
         int passes = 1;        // along the whole length
-        WeldContour contour{}; // of an open one; its scheme outlives the dialog
+        WeldContour contour{}; // the seam itself; its scheme outlives the dialog
     };
 
     ~PatternDialog() override; // keeps the settings, with a journal line

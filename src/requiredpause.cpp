@@ -61,19 +61,22 @@ bool Gate::run(std::chrono::microseconds length)
     QTimer timer;
     timer.setSingleShot(true);
     timer.setTimerType(Qt::PreciseTimer);
-    QObject::connect(&timer, &QTimer::timeout, &loop, &QEventLoop::quit);
+    // Any other result: a button that acts always, or the end of the program with a code of its own.
+    constexpr int timeOver = -1000;
+    QObject::connect(&timer, &QTimer::timeout, &loop, [&loop] { loop.exit(timeOver); });
 
     const auto end = steady_clock::now() + length;
-    bool interrupted = false;
-    for (auto now = steady_clock::now(); !interrupted && now < end; now = steady_clock::now()) {
-        timer.start(ceil<milliseconds>(end - now));
-        loop.exec();
-        interrupted = timer.isActive(); // by a button that acts always, or by the end of the program
+    bool last = false;
+    int result = timeOver;
+    while (result == timeOver && !last) {
+        // The last round has no length: touches of the last moment are touches of the pause.
+        const auto now = steady_clock::now();
+        last = now >= end;
+        timer.start(last ? milliseconds::zero() : ceil<milliseconds>(end - now));
+        result = loop.exec();
     }
-    if (!interrupted)
-        QCoreApplication::processEvents(); // touches of the last moment are touches of the pause
     m_loop = nullptr;
-    return !interrupted && !m_stopped;
+    return result == timeOver && !m_stopped;
 }
 
 bool Gate::eventFilter(QObject* watched, QEvent* event)

@@ -10,8 +10,8 @@ class QAbstractButton;
 // a finger that was dropped, however late it comes. A finger that was down before keeps its lifting, as a
 // jog must end with it.
 //
-// Nothing starts anything a second time, since every start of the console comes from a touch; and nothing
-// that a touch destroys is destroyed. All in the window's thread.
+// Nothing is started a second time within a pause, since every start of a program comes from a touch; and
+// nothing that a touch destroys is destroyed. All in the window's thread.
 namespace RequiredPause {
 
 // Blocks for at least `length`. False when the operation must not go on: a button that acts always was

@@ -1,7 +1,7 @@
 #pragma once
 
-// A speed of the settings file, which anyone may have edited: what no operator can have set, negative or
-// beyond `most`, is read as 0, which moves nothing.
+// A speed of the settings file, which anyone may have edited: what is negative or beyond `most` is read as
+// 0, which moves nothing.
 inline float storedSpeed(float speed, float most = 3000) // mm/min or deg/min; the fastest axes do 3000
 {
     return speed >= 0 && speed <= most ? speed : 0;

@@ -6,6 +6,7 @@
 
 #include <QDialog>
 #include <QFile>
+#include <QLineEdit>
 #include <QPushButton>
 #include <QSignalSpy>
 #include <QStyleFactory>
@@ -263,6 +264,14 @@ void TestWidgets::frameGoesWithTheDialog()
         frame = new MyFrame(QString(), 0, 0, 0, dialog, &window, true, true);
     }
     QVERIFY(!frame && !dialog);
+
+    // A field that has the focus while it goes.
+    auto* child = new QDialog;
+    new QLineEdit(child);
+    frame = new MyFrame(QString(), 0, 0, 0, child, nullptr, true, true);
+    QVERIFY(QTest::qWaitForWindowActive(frame));
+    child->findChild<QLineEdit*>()->setFocus();
+    delete frame;
 }
 
 void TestWidgets::frameIsDraggedByItsTitle()

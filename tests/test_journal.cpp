@@ -1,6 +1,5 @@
 #include "guifixture.h"
 
-#include <QListWidget>
 #include <QScrollBar>
 
 #include <csignal>

@@ -178,7 +178,7 @@ void CONTOUR::onContourCellClicked(int row, int column)
         motion(navigationPrograms(contourValues(), m_currentPoint, row, coords(), ui->contourSpeed->text()),
                site().pauses.navigation);
     if (!write(launches) || !start(launches))
-        m_moveForward = before; // nobody went anywhere
+        m_moveForward = before; // the way was not gone, or not to its end
 }
 
 // --- the panels of the channels ---

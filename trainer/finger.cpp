@@ -1,5 +1,7 @@
 #include "finger.h"
 
+#include "screen.h"
+
 #include <QApplication>
 #include <QCursor>
 #include <QThread>
@@ -71,14 +73,8 @@ public:
     void key(int key, const QString& text) override
     {
         post([key, text] {
-            QWidget* top = QApplication::activePopupWidget();
-            if (!top)
-                top = QApplication::activeModalWidget();
-            if (!top)
-                top = QApplication::activeWindow();
-            if (!top || !top->windowHandle())
-                return;
-            QTest::sendKeyEvent(QTest::Click, top->windowHandle(), Qt::Key(key), text, Qt::NoModifier);
+            if (QWindow* window = keyWindow())
+                QTest::sendKeyEvent(QTest::Click, window, Qt::Key(key), text, Qt::NoModifier);
         });
         QThread::msleep(kRest);
     }

@@ -94,17 +94,13 @@ void MirrorSource::take(const QByteArray& line)
         touch(at, QEvent::MouseMove);
         break;
     case 'k': {
-        QWidget* top = QApplication::activePopupWidget();
-        if (!top)
-            top = QApplication::activeModalWidget();
-        if (!top)
-            top = QApplication::activeWindow();
-        if (!top || !top->windowHandle())
+        QWindow* window = keyWindow();
+        if (!window)
             break;
         const QString text = QUrl::fromPercentEncoding(words.value(3));
         const Qt::KeyboardModifiers modifiers(words.value(2).toInt());
         for (const QEvent::Type type : {QEvent::KeyPress, QEvent::KeyRelease})
-            QWindowSystemInterface::handleKeyEvent(top->windowHandle(), type, at.x(), modifiers, text);
+            QWindowSystemInterface::handleKeyEvent(window, type, at.x(), modifiers, text);
         break;
     }
     case 'i':

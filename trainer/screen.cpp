@@ -87,6 +87,16 @@ QWidget* windowAt(const QPoint& point)
     return nullptr;
 }
 
+QWindow* keyWindow()
+{
+    QWidget* top = QApplication::activePopupWidget();
+    if (!top)
+        top = QApplication::activeModalWidget();
+    if (!top)
+        top = QApplication::activeWindow();
+    return top ? top->windowHandle() : nullptr;
+}
+
 QImage screenImage()
 {
     QImage image(panelSize, QImage::Format_RGB32);

@@ -4,6 +4,8 @@
 #include <QSize>
 #include <QWidgetList>
 
+class QWindow;
+
 // The machine's panel where there is no screen of its size: Qt's windows without a display, put together as
 // the panel would show them. All functions belong to the window's thread.
 
@@ -22,6 +24,9 @@ QWidgetList windowsFromTop();
 
 // The topmost window that a touch at a point of the panel reaches, null for none.
 QWidget* windowAt(const QPoint& point);
+
+// The window that takes the keys: the open popup, the modal window, then the active one. Null for none.
+QWindow* keyWindow();
 
 // All visible windows in their places.
 QImage screenImage();

@@ -4,6 +4,7 @@
 
 #include <QLineEdit>
 #include <QRandomGenerator>
+#include <QScopeGuard>
 #include <QSettings>
 #include <QSignalSpy>
 
@@ -326,6 +327,8 @@ void TestGui::keySwitchDuringTheLogin()
 {
     m_gui->hide();
     whenOpen(QStringLiteral("AutorizationDialog"), [this](QWidget* dialog) {
+        const auto end = qScopeGuard([dialog] { qobject_cast<QDialog*>(dialog)->reject(); });
+        QVERIFY(QTest::qWaitForWindowActive(dialog->window()));
         auto* password = dialog->findChild<QLineEdit*>("lePassword");
         const auto* title = dialog->window()->findChild<QLabel*>("lblTitle");
         password->setFocus();
@@ -342,7 +345,6 @@ void TestGui::keySwitchDuringTheLogin()
         Confirm question("?", "?", m_gui.get(), 0); // one that opens meanwhile
         QCOMPARE(question.window()->findChild<QLabel*>("lblTitle")->text(), title->text());
         m_gui->onAccessChanged(true);
-        qobject_cast<QDialog*>(dialog)->reject();
     });
     QVERIFY(!m_gui->autorizationAccepted());
 }

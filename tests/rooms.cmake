@@ -1,0 +1,57 @@
+# Holds the build to its rooms: a source of a room reaches every header of its own room and of those that the room
+# names, and no other. Run as: cmake -DBUILD=<build folder> -DSOURCE=<source folder> -P rooms.cmake
+cmake_minimum_required(VERSION 3.21)
+file(READ ${BUILD}/compile_commands.json commands)
+string(JSON count LENGTH "${commands}")
+math(EXPR last "${count} - 1")
+foreach(i RANGE ${last})
+  string(JSON file GET "${commands}" ${i} file)
+  if(file MATCHES "^${SOURCE}/src/([a-z]+)/[a-z0-9_]+\\.cpp$")
+    string(JSON command_of_${CMAKE_MATCH_1} GET "${commands}" ${i} command)
+  endif()
+endforeach()
+
+set(wrong "")
+set(probes 0)
+
+# Whether a source of the room that includes `include` gets past the preprocessor.
+function(probe room include result)
+  set(source ${BUILD}/room-probe.cpp)
+  file(WRITE ${source} "#include ${include}\n")
+  string(REGEX REPLACE " -o [^ ]+ -c [^ ]+$" " -E -o /dev/null ${source}" command "${command_of_${room}}")
+  separate_arguments(command UNIX_COMMAND "${command}")
+  execute_process(COMMAND ${command} RESULT_VARIABLE failed OUTPUT_QUIET ERROR_VARIABLE said)
+  if(failed AND NOT said MATCHES "No such file or directory")
+    message(FATAL_ERROR "${room} including ${include}: ${said}")
+  endif()
+  set(${result} ${failed} PARENT_SCOPE)
+endfunction()
+
+include(${BUILD}/rooms.cmake) # ROOMS and USES_<room>
+foreach(room ${ROOMS})
+  foreach(other ${ROOMS})
+    file(GLOB headers ${SOURCE}/src/${other}/*.h)
+    list(GET headers 0 header) # one path serves them all
+    get_filename_component(name ${header} NAME)
+    probe(${room} "\"${name}\"" failed)
+    math(EXPR probes "${probes} + 1")
+    if(other STREQUAL room OR other IN_LIST USES_${room})
+      if(failed)
+        list(APPEND wrong "${room} cannot include ${other}/${name}")
+      endif()
+    elseif(NOT failed)
+      list(APPEND wrong "${room} can include ${other}/${name}")
+    endif()
+  endforeach()
+endforeach()
+
+probe(weld "<QWidget>" failed)
+if(NOT failed)
+  list(APPEND wrong "weld can include <QWidget>")
+endif()
+
+if(wrong)
+  list(JOIN wrong "\n" wrong)
+  message(FATAL_ERROR "${wrong}")
+endif()
+message("${probes} includes probed, each as the rooms say")

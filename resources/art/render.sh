@@ -19,4 +19,13 @@ render() { # FOLDER: each FOLDER/x.svg becomes resources/x.png in the size the d
 python3 "$art/draw.py" "$drawn"
 render "$drawn"
 render "$art"
+
+# The console's sign in the sizes that desktops ask for.
+icons=$(dirname "$resources")/packaging/icons/hicolor
+for size in 16 22 24 32 48 64 128 256; do
+    mkdir -p "$icons/${size}x$size/apps"
+    rsvg-convert -w $size -h $size "$drawn/po/mirta.svg" -o "$icons/${size}x$size/apps/mirta.png"
+done
+install -D -m 644 "$drawn/po/mirta.svg" "$icons/scalable/apps/mirta.svg"
+
 python3 "$art/vacuum_form.py" "$(dirname "$resources")/forms/kvs.ui"

@@ -2,7 +2,7 @@
 
 #include "autorization_abstractmanager.h"
 #include "autorization_userfile.h"
-#include "site.h"
+#include "settings.h"
 #include "widgets.h"
 
 #include <QApplication>
@@ -14,7 +14,6 @@
 #include <QLineEdit>
 #include <QPushButton>
 #include <QScreen>
-#include <QSettings>
 #include <QTableWidget>
 
 #include <array>
@@ -38,11 +37,6 @@ struct Column
 constexpr std::array<Column, 3> columns{{{"Логин", "Registration/Width_Login"},
                                          {"Имя", "Registration/Width_Name"},
                                          {"Уровень", "Registration/Width_Rights"}}};
-
-QString settingsFile()
-{
-    return site().path(QStringLiteral("/home/oper/bin/settings.ini"));
-}
 
 QFont touchFont(int points, QFont::Weight weight = QFont::Normal)
 {
@@ -332,7 +326,7 @@ ControlPanel::ControlPanel(QWidget* parent, AbstractManager* manager)
     m_users->verticalHeader()->setDefaultSectionSize(touchHeight);
     m_users->horizontalHeader()->setMinimumHeight(touchHeight);
     m_users->horizontalHeader()->setHighlightSections(false);
-    const QSettings stored(settingsFile(), QSettings::IniFormat);
+    const Settings stored;
     bool anyStored = false;
     for (int i = 0; i < int(columns.size()); ++i) {
         const Column& column = columns[size_t(i)];
@@ -363,7 +357,7 @@ ControlPanel::ControlPanel(QWidget* parent, AbstractManager* manager)
 
 ControlPanel::~ControlPanel()
 {
-    QSettings stored(settingsFile(), QSettings::IniFormat);
+    Settings stored;
     for (int i = 0; i < int(columns.size()); ++i)
         stored.setValue(QLatin1String(columns[size_t(i)].key), m_users->columnWidth(i));
 }

@@ -2,16 +2,14 @@
 
 #include "contour.h"
 #include "numpad.h"
-#include "site.h"
+#include "settings.h"
 #include "ui_addcontourpoint.h"
 #include "widgets.h"
 
 #include <QCursor>
-#include <QSettings>
 
 namespace {
 
-const QString settingsFile = QStringLiteral("/home/oper/bin/settings.ini");
 const QString title = QStringLiteral("Добавление точки контура");
 
 } // namespace
@@ -25,7 +23,7 @@ AddContourPoint::AddContourPoint(CONTOUR* contour, int pointCount, int passCount
     connectNumber(ui->pointNumber, ui->pointNumberTitle->text(), pointCount);
     connectNumber(ui->rotateNumber, ui->rotateNumberTitle->text(), passCount);
 
-    const QSettings settings(site().path(settingsFile), QSettings::IniFormat);
+    const Settings settings;
     setNumber(ui->pointNumber, settings.value(QStringLiteral("ContourPoint/Number"), 1).toFloat(),
               pointCount);
     setNumber(ui->rotateNumber, settings.value(QStringLiteral("ContourPoint/Rotate"), 1).toFloat(),
@@ -43,7 +41,7 @@ AddContourPoint::AddContourPoint(CONTOUR* contour, int pointCount, int passCount
 
 AddContourPoint::~AddContourPoint()
 {
-    QSettings settings(site().path(settingsFile), QSettings::IniFormat);
+    Settings settings;
     settings.setValue(QStringLiteral("ContourPoint/Number"), ui->pointNumber->whole());
     settings.setValue(QStringLiteral("ContourPoint/Rotate"), ui->rotateNumber->whole());
     settings.setValue(QStringLiteral("ContourPoint/AllPoint"), ui->cbAllPoints->isChecked());

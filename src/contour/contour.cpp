@@ -3,20 +3,18 @@
 #include "consolehost.h"
 #include "contourkeeper.h"
 #include "schema.h"
+#include "settings.h"
 #include "site.h"
 #include "storedspeed.h"
 #include "ui_contour.h"
 
 #include <QHeaderView>
-#include <QSettings>
 #include <QSignalBlocker>
 #include <QStyledItemDelegate>
 
 #include <cmath>
 
 namespace {
-
-const QString settingsFile = QStringLiteral("/home/oper/bin/settings.ini");
 
 struct TechWidth
 {
@@ -106,7 +104,7 @@ private:
 };
 
 // A number from the settings file, which anyone may have edited.
-float storedNumber(const QSettings& settings, const char* key, float fallback)
+float storedNumber(const Settings& settings, const char* key, float fallback)
 {
     const float number = settings.value(QLatin1String(key), fallback).toFloat();
     return std::isfinite(number) ? number : fallback;
@@ -234,7 +232,7 @@ void CONTOUR::init(Schema* schema)
     ui->twContour->setColumnCount(headers.size());
     ui->twContour->setHorizontalHeaderLabels(headers);
     ui->twContour->horizontalHeader()->setStretchLastSection(isXYZ());
-    QSettings settings(site().path(settingsFile), QSettings::IniFormat);
+    Settings settings;
     for (int column = 0; column < axes; ++column) {
         const QVariant stored = settings.value(widthKey(headers[column]), defaultContourWidth);
         ui->twContour->setColumnWidth(column, sensibleWidth(stored, defaultContourWidth));
@@ -286,7 +284,7 @@ QString CONTOUR::widthKey(const QString& axis) const
 
 void CONTOUR::saveColumnWidths() const
 {
-    QSettings settings(site().path(settingsFile), QSettings::IniFormat);
+    Settings settings;
     const QStringList names = m_schema->axisNames();
     for (int column = 0; column < names.size(); ++column)
         settings.setValue(widthKey(names[column]), ui->twContour->columnWidth(column));
@@ -294,7 +292,7 @@ void CONTOUR::saveColumnWidths() const
 
 void CONTOUR::loadSettings()
 {
-    const QSettings settings(site().path(settingsFile), QSettings::IniFormat);
+    const Settings settings;
     m_focusOn = settings.value(QStringLiteral("Contour/FocusOn"), false).toBool();
     m_yokeXOn = settings.value(QStringLiteral("Contour/YokeXOn"), false).toBool();
     m_yokeYOn = settings.value(QStringLiteral("Contour/YokeYOn"), false).toBool();
@@ -316,7 +314,7 @@ void CONTOUR::loadSettings()
 
 void CONTOUR::saveSettings() const
 {
-    QSettings settings(site().path(settingsFile), QSettings::IniFormat);
+    Settings settings;
     settings.setValue(QStringLiteral("Contour/FocusOn"), m_focusOn);
     settings.setValue(QStringLiteral("Contour/YokeXOn"), m_yokeXOn);
     settings.setValue(QStringLiteral("Contour/YokeYOn"), m_yokeYOn);

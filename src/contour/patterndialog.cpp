@@ -3,12 +3,11 @@
 #include "asklength.h"
 #include "contour.h"
 #include "numpad.h"
-#include "site.h"
+#include "settings.h"
 #include "ui_weldpattern.h"
 #include "widgets.h"
 
 #include <QRegularExpressionValidator>
-#include <QSettings>
 
 #include <cmath>
 
@@ -37,8 +36,6 @@ const PatternDialog::Form PatternDialog::forms[NumberCount] = {
 };
 
 namespace {
-
-const QString settingsFile = QStringLiteral("/home/oper/bin/settings.ini");
 
 constexpr float maxCurrent = 800; // mA
 constexpr float maxSpeed = 2400;  // mm/min
@@ -98,7 +95,7 @@ PatternDialog::PatternDialog(const Kind& kind, const Seam& seam, CONTOUR* contou
 
 PatternDialog::~PatternDialog()
 {
-    QSettings settings(site().path(settingsFile), QSettings::IniFormat);
+    Settings settings;
     for (int i = m_kind.tacks ? TackCount : Period; i < NumberCount; ++i) {
         if (forms[i].key)
             settings.setValue(key(m_kind.group, forms[i].key), double(value(Number(i))));
@@ -124,7 +121,7 @@ void PatternDialog::connectNumber(Number number)
 // Anyone may have edited the file: what is no number, or outside the bounds, is not taken as it stands.
 void PatternDialog::restore()
 {
-    const QSettings settings(site().path(settingsFile), QSettings::IniFormat);
+    const Settings settings;
     m_degrees = m_kind.round && hasDegrees() && settings.value(key(m_kind.group, "DegreeOn"), false).toBool();
     for (int i = 0; i < NumberCount; ++i) {
         const Form& form = forms[i];

@@ -6,12 +6,11 @@
 #include "fixedmove.h"
 #include "joghold.h"
 #include "selector.h"
-#include "site.h"
+#include "settings.h"
 #include "storedspeed.h"
 #include "widgets.h"
 
 #include <QPushButton>
-#include <QSettings>
 
 namespace {
 
@@ -37,11 +36,6 @@ StateLook lookOf(int code)
     if (code == 0xA0012) // power on
         return {Yellow, "[I]"};
     return {Gray, "[I]"};
-}
-
-QString settingsFile()
-{
-    return site().path(QStringLiteral("/home/oper/bin/settings.ini"));
 }
 
 } // namespace
@@ -77,7 +71,7 @@ Axis::Axis(const QString& name, const QString& unit, int number, int channel, in
     connect(speedLabel, &PoLabel::clicked, this, &Axis::onSpeedClicked);
     connect(infoButton, &QPushButton::clicked, this, &Axis::onInfoClicked);
 
-    const QSettings settings(settingsFile(), QSettings::IniFormat);
+    const Settings settings;
     const int speed = settings.value(m_name + QStringLiteral("/Speed"), 0).toInt();
     speedLabel->setValue(storedSpeed(float(speed)), 0);
 
@@ -90,7 +84,7 @@ Axis::Axis(const QString& name, const QString& unit, int number, int channel, in
 
 Axis::~Axis()
 {
-    QSettings settings(settingsFile(), QSettings::IniFormat);
+    Settings settings;
     settings.setValue(m_name + QStringLiteral("/Speed"), speed());
 }
 

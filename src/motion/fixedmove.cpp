@@ -4,11 +4,10 @@
 #include "drivecomm.h"
 #include "numpad.h"
 #include "programfile.h"
-#include "site.h"
+#include "settings.h"
 #include "ui_fixedmove.h"
 #include "widgets.h"
 
-#include <QSettings>
 #include <QTextStream>
 
 #include <cmath>
@@ -20,11 +19,6 @@ constexpr unsigned int channelReady = 1;
 
 // The controller opens the program under the same path.
 const QString programPath = QStringLiteral("/programs/_fixed.npg");
-
-QString settingsFile()
-{
-    return site().path(QStringLiteral("/home/oper/bin/settings.ini"));
-}
 
 // In the stream's form: six significant digits.
 QString streamed(float value)
@@ -49,7 +43,7 @@ FixedMove::FixedMove(const QString& name, const QString& unit, DriveTCPthread* d
     m_ui->setupUi(this);
     m_ui->lblUnit->setText(unit);
 
-    const QSettings settings(settingsFile(), QSettings::IniFormat);
+    const Settings settings;
     const bool absolute = settings.value(m_name + QStringLiteral("/FM_Absolute"), true).toBool();
     (absolute ? m_ui->rbAbsolute : m_ui->rbRelative)->setChecked(true);
     setCoord(0);
@@ -62,7 +56,7 @@ FixedMove::FixedMove(const QString& name, const QString& unit, DriveTCPthread* d
 
 FixedMove::~FixedMove()
 {
-    QSettings settings(settingsFile(), QSettings::IniFormat);
+    Settings settings;
     settings.setValue(m_name + QStringLiteral("/FM_Absolute"), m_ui->rbAbsolute->isChecked());
     settings.setValue(m_name + QStringLiteral("/FM_Coord"), double(m_ui->lblCoord->value()));
     emit message(QStringLiteral("[I]Закрыто окно фиксированного перемещения по оси ") + m_name, false);

@@ -6,13 +6,13 @@
 #include "filewriter.h"
 #include "programfile.h"
 #include "programwriter.h"
+#include "settings.h"
 #include "site.h"
 #include "ui_point.h"
 #include "widgets.h"
 
 #include <QFile>
 #include <QHeaderView>
-#include <QSettings>
 #include <QTextStream>
 
 #include <cmath>
@@ -52,11 +52,6 @@ struct Width
 constexpr Width widths[] = {{Name, "Point/Width_name", 120}, {Coord, "Point/Width_coord", 244}};
 constexpr int headerHeight = 44; // px; the rows share the rest of the table
 
-QString settingsFile()
-{
-    return site().path(QStringLiteral("/home/oper/bin/settings.ini"));
-}
-
 } // namespace
 
 Point::Point(DriveTCPthread* drive, const QList<float>& coords, QWidget* parent)
@@ -65,7 +60,7 @@ Point::Point(DriveTCPthread* drive, const QList<float>& coords, QWidget* parent)
     , m_drive(drive)
 {
     m_ui->setupUi(this);
-    const QSettings settings(settingsFile(), QSettings::IniFormat);
+    const Settings settings;
     for (const Width& width : widths) {
         const int kept = settings.value(QLatin1String(width.key), width.usual).toInt();
         m_ui->twPoint->setColumnWidth(width.column, kept > 0 ? kept : width.usual);
@@ -85,7 +80,7 @@ Point::Point(DriveTCPthread* drive, const QList<float>& coords, QWidget* parent)
 
 Point::~Point()
 {
-    QSettings settings(settingsFile(), QSettings::IniFormat);
+    Settings settings;
     for (const Width& width : widths)
         settings.setValue(QLatin1String(width.key), m_ui->twPoint->columnWidth(width.column));
 }

@@ -1,11 +1,9 @@
 #include "ratecalc.h"
 
 #include "numpad.h"
-#include "site.h"
+#include "settings.h"
 #include "ui_ratecalc.h"
 #include "widgets.h"
-
-#include <QSettings>
 
 #include <cmath>
 
@@ -16,11 +14,6 @@ constexpr float touch = 1; // of the plus and minus buttons
 constexpr double pi = 3.14159265358979323846;
 
 enum Index { LinRate1, LinRate2, AngleRate, Diam }; // the first three are the sources of a calculation
-
-QString settingsFile()
-{
-    return site().path(QStringLiteral("/home/oper/bin/settings.ini"));
-}
 
 } // namespace
 
@@ -47,7 +40,7 @@ RateCalc::RateCalc(QWidget* parent)
     , m_ui(std::make_unique<Ui::RateCalc>())
 {
     m_ui->setupUi(this);
-    const QSettings settings(settingsFile(), QSettings::IniFormat);
+    const Settings settings;
     for (const Quantity& quantity : quantities) {
         const float kept = settings.value(QLatin1String(quantity.key), quantity.usual).toFloat();
         label(quantity)->setValue(std::isfinite(kept) ? kept : quantity.usual, decimals);
@@ -58,7 +51,7 @@ RateCalc::RateCalc(QWidget* parent)
 
 RateCalc::~RateCalc()
 {
-    QSettings settings(settingsFile(), QSettings::IniFormat);
+    Settings settings;
     for (const Quantity& quantity : quantities)
         settings.setValue(QLatin1String(quantity.key), double(label(quantity)->value()));
 }

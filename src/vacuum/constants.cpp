@@ -2,13 +2,12 @@
 
 #include "kvscomm.h"
 #include "numpad.h"
-#include "site.h"
+#include "settings.h"
 #include "ui_constants.h"
 #include "widgets.h"
 
 #include <QDebug>
 #include <QHeaderView>
-#include <QSettings>
 
 #include <iterator>
 
@@ -21,11 +20,6 @@ constexpr int textSize = 13; // pt
 const char* const widthKeys[] = {"Constants/Width_ID", "Constants/Width_DESC", "Constants/Width_VALUE"};
 constexpr int standardWidth = 100; // px
 constexpr int headerHeight = 48;   // room for a finger that widens a column
-
-QString settingsFile()
-{
-    return site().path(QStringLiteral("/home/oper/bin/settings.ini"));
-}
 
 QTableWidgetItem* centred(const QString& text)
 {
@@ -46,7 +40,7 @@ Constants::Constants(KVKTCPthread* kvk, KVSTCPthread* kvs, QWidget* parent)
     , m_kvs(kvs)
 {
     m_ui->setupUi(this);
-    const QSettings settings(settingsFile(), QSettings::IniFormat);
+    const Settings settings;
     for (int column = 0; column < int(std::size(widthKeys)); ++column) {
         const int width = settings.value(QLatin1String(widthKeys[column]), standardWidth).toInt();
         m_ui->twConst->setColumnWidth(column, width > 0 ? width : standardWidth);
@@ -62,7 +56,7 @@ Constants::Constants(KVKTCPthread* kvk, KVSTCPthread* kvs, QWidget* parent)
 
 Constants::~Constants()
 {
-    QSettings settings(settingsFile(), QSettings::IniFormat);
+    Settings settings;
     for (int column = 0; column < int(std::size(widthKeys)); ++column)
         settings.setValue(QLatin1String(widthKeys[column]), m_ui->twConst->columnWidth(column));
     emit message(QStringLiteral("[I]Закрыто окно параметров системы"), false);

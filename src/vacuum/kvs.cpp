@@ -1,13 +1,13 @@
 #include "kvs.h"
 
 #include "lockview.h"
+#include "settings.h"
 #include "site.h"
 #include "ui_kvs.h"
 #include "widgets.h"
 #include "wordchange.h"
 
 #include <QDebug>
-#include <QSettings>
 #include <QTimer>
 
 #include <cmath>
@@ -20,7 +20,7 @@ const QColor lostColour(255, 192, 192);
 
 // A limit of the settings file. What is no number there would call every reading bad or good, so the
 // machine's own limit stands instead.
-float limit(const QSettings& settings, const QString& key, float standard)
+float limit(const Settings& settings, const QString& key, float standard)
 {
     const QVariant stored = settings.value(key, standard);
     bool number = false;
@@ -147,8 +147,7 @@ void KVS::keepForStart()
 
 void KVS::loadLimits()
 {
-    const QSettings settings(site().path(QStringLiteral("/home/oper/bin/settings.ini")),
-                             QSettings::IniFormat);
+    const Settings settings;
     m_tempWarning = limit(settings, QStringLiteral("Vacuum/TempWarning"), 30);
     m_tempError = limit(settings, QStringLiteral("Vacuum/TempError"), 50);
     for (size_t i = 0; i < m_minDischW.size(); ++i)

@@ -1,21 +1,14 @@
 #include "gui.h"
 
-#include "site.h"
+#include "settings.h"
 #include "storedspeed.h"
 #include "ui_gui.h"
 #include "widgets.h"
-
-#include <QSettings>
 
 namespace {
 
 const char* const kMultipliers[] = {"LX", "LY", "A", "B", "C", "D", "U", "V"};
 const char* const kSpeeds[] = {"LX", "LY", "A", "B", "C", "D", "U", "V", "X", "Z", "PHI"};
-
-QString settingsFile()
-{
-    return site().path(QStringLiteral("/home/oper/bin/settings.ini"));
-}
 
 PoLabel* speedLabel(const QWidget* window, const QString& name)
 {
@@ -27,7 +20,7 @@ PoLabel* speedLabel(const QWidget* window, const QString& name)
 // A missing or unreadable file gives all zeros.
 void Gui::loadIni()
 {
-    const QSettings settings(settingsFile(), QSettings::IniFormat);
+    const Settings settings;
     for (const char* name : kMultipliers) {
         const QString axis = QLatin1String(name);
         m_lirMult[axis] = settings.value(QStringLiteral("LIR/") + axis, 0).toInt();
@@ -44,7 +37,7 @@ void Gui::loadIni()
 
 void Gui::saveIni()
 {
-    QSettings settings(settingsFile(), QSettings::IniFormat);
+    Settings settings;
     for (const char* name : kMultipliers) {
         const QString axis = QLatin1String(name);
         settings.setValue(QStringLiteral("LIR/") + axis, m_lirMult[axis]);

@@ -108,23 +108,11 @@ def faces():
                 TILE, TILE, f"{column * TILE} {row * TILE} {TILE} {TILE}", face(state == "up"))
 
 
-# --- arrows for the jog buttons -----------------------------------------------------------------------
+# --- arrows and the signs of the jog buttons ----------------------------------------------------------
 
 def arrows():
-    single = solid("M13 8.5 L29 20 L13 31.5 Z", INK, INK, 4)
-    double = solid("M8 10 L19 20 L8 30 Z", INK, INK, 4) + solid("M22 10 L33 20 L22 30 Z", INK, INK, 4)
-    for name, angle in (("right", 0), ("down", 90), ("left", 180), ("up", 270)):
-        image(f"arrows/{name}", 40, turned(angle, 20, 20, single))
-        image(f"arrows/{name}_double", 40, turned(angle, 20, 20, double))
-
-    # Three quarters of a circle from the upper left round to the head at the right.
-    turn = (line("M9.6 14 A12 12 0 1 0 31.5 17.5", INK, 4.6)
-            + solid("M25 17.5 L38 17.5 L31.5 8.5 Z", INK, INK, 2.5))
-    image("arrows/rotate_ccw", 40, turn)
-    image("arrows/rotate_cw", 40, mirrored(40, turn))
-    image("arrows/endless", 40,
-          line("M20 20 C16 14 13.5 12 10.5 12 A8 8 0 0 0 10.5 28 C13.5 28 16 26 20 20 "
-               "C24 14 26.5 12 29.5 12 A8 8 0 0 1 29.5 28 C26.5 28 24 26 20 20 Z", INK, 4.6))
+    for name, angle in (("right", 0), ("down", 90), ("left", 180)):
+        image(f"arrows/{name}", 40, turned(angle, 20, 20, solid("M13 8.5 L29 20 L13 31.5 Z", INK, INK, 4)))
     image("arrows/plus", 40, line("M20 8 V32 M8 20 H32", INK, 6))
     image("arrows/minus", 40, line("M8 20 H32", INK, 6))
 

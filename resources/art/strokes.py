@@ -80,10 +80,6 @@ def turned(angle, x, y, body):
     return f'<g transform="rotate({angle} {x} {y})">{body}</g>'
 
 
-def mirrored(width, body):
-    return f'<g transform="translate({width} 0) scale(-1 1)">{body}</g>'
-
-
 def gloss(clip, top):
     """A soft light on the upper half of a lamp's glass."""
     return (f'<defs><linearGradient id="g" x1="0" y1="0" x2="0" y2="1">'

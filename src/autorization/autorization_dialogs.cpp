@@ -334,8 +334,7 @@ ControlPanel::ControlPanel(QWidget* parent, AbstractManager* manager)
         heading->setFont(touchFont(12)); // whole in a column of the default width
         m_users->setHorizontalHeaderItem(i, heading);
         anyStored = anyStored || stored.contains(QLatin1String(column.key));
-        const int width = stored.value(QLatin1String(column.key), columnWidth).toInt();
-        m_users->setColumnWidth(i, width > 0 ? width : columnWidth); // a column of no width is gone for good
+        m_users->setColumnWidth(i, stored.columnWidth(column.key, columnWidth));
     }
 
     QPushButton* add = button(this, "pbAdd", QStringLiteral("Добавить"), 220);

@@ -12,8 +12,6 @@
 #include <QSignalBlocker>
 #include <QStyledItemDelegate>
 
-#include <cmath>
-
 namespace {
 
 struct TechWidth
@@ -102,13 +100,6 @@ private:
         }
     }
 };
-
-// A number from the settings file, which anyone may have edited.
-float storedNumber(const Settings& settings, const char* key, float fallback)
-{
-    const float number = settings.value(QLatin1String(key), fallback).toFloat();
-    return std::isfinite(number) ? number : fallback;
-}
 
 // A stored width that would hide the column, or push the others off the screen, is not taken over.
 int sensibleWidth(const QVariant& stored, int fallback)
@@ -296,11 +287,11 @@ void CONTOUR::loadSettings()
     m_focusOn = settings.value(QStringLiteral("Contour/FocusOn"), false).toBool();
     m_yokeXOn = settings.value(QStringLiteral("Contour/YokeXOn"), false).toBool();
     m_yokeYOn = settings.value(QStringLiteral("Contour/YokeYOn"), false).toBool();
-    m_defaultIf = storedNumber(settings, "Contour/If", 700);
-    m_defaultIx = storedNumber(settings, "Contour/Ix", 0);
-    m_defaultIy = storedNumber(settings, "Contour/Iy", 0);
-    ui->contourSpeed->setValue(storedSpeed(storedNumber(settings, "Contour/contourSpeed", 0), maxSpeed), 1);
-    ui->weldSpeed->setValue(storedSpeed(storedNumber(settings, "Contour/weldSpeed", 0), maxSpeed), 1);
+    m_defaultIf = settings.number("Contour/If", 700);
+    m_defaultIx = settings.number("Contour/Ix", 0);
+    m_defaultIy = settings.number("Contour/Iy", 0);
+    ui->contourSpeed->setValue(storedSpeed(settings.number("Contour/contourSpeed", 0), maxSpeed), 1);
+    ui->weldSpeed->setValue(storedSpeed(settings.number("Contour/weldSpeed", 0), maxSpeed), 1);
     for (const TechWidth& width : techWidths) {
         const QVariant stored = settings.value(QLatin1String(width.key), defaultTechWidth);
         ui->twTechTab->setColumnWidth(width.column, sensibleWidth(stored, defaultTechWidth));

@@ -61,10 +61,8 @@ Point::Point(DriveTCPthread* drive, const QList<float>& coords, QWidget* parent)
 {
     m_ui->setupUi(this);
     const Settings settings;
-    for (const Width& width : widths) {
-        const int kept = settings.value(QLatin1String(width.key), width.usual).toInt();
-        m_ui->twPoint->setColumnWidth(width.column, kept > 0 ? kept : width.usual);
-    }
+    for (const Width& width : widths)
+        m_ui->twPoint->setColumnWidth(width.column, settings.columnWidth(width.key, width.usual));
     m_ui->twPoint->verticalHeader()->setSectionResizeMode(QHeaderView::Stretch);
     m_ui->twPoint->horizontalHeader()->setFixedHeight(headerHeight);
     m_ui->twPoint->setRowCount(rowCount);

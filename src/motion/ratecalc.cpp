@@ -5,8 +5,6 @@
 #include "ui_ratecalc.h"
 #include "widgets.h"
 
-#include <cmath>
-
 namespace {
 
 constexpr int decimals = 1;
@@ -41,10 +39,8 @@ RateCalc::RateCalc(QWidget* parent)
 {
     m_ui->setupUi(this);
     const Settings settings;
-    for (const Quantity& quantity : quantities) {
-        const float kept = settings.value(QLatin1String(quantity.key), quantity.usual).toFloat();
-        label(quantity)->setValue(std::isfinite(kept) ? kept : quantity.usual, decimals);
-    }
+    for (const Quantity& quantity : quantities)
+        label(quantity)->setValue(settings.number(quantity.key, quantity.usual), decimals);
     const QPoint place = parent->mapToGlobal(QPoint(0, parent->height() + 1));
     new MyFrame(QStringLiteral("Калькулятор скоростей"), place.x(), place.y(), 1, this, parent, true, true);
 }

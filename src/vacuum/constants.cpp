@@ -41,10 +41,8 @@ Constants::Constants(KVKTCPthread* kvk, KVSTCPthread* kvs, QWidget* parent)
 {
     m_ui->setupUi(this);
     const Settings settings;
-    for (int column = 0; column < int(std::size(widthKeys)); ++column) {
-        const int width = settings.value(QLatin1String(widthKeys[column]), standardWidth).toInt();
-        m_ui->twConst->setColumnWidth(column, width > 0 ? width : standardWidth);
-    }
+    for (int column = 0; column < int(std::size(widthKeys)); ++column)
+        m_ui->twConst->setColumnWidth(column, settings.columnWidth(widthKeys[column], standardWidth));
     m_ui->twConst->horizontalHeader()->setFixedHeight(headerHeight);
     // A description that needs several lines gets them.
     connect(m_ui->twConst->horizontalHeader(), &QHeaderView::sectionResized, m_ui->twConst,

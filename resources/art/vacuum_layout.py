@@ -327,16 +327,15 @@ def water():
 
 
 REGIMES = [
-    ("Adjust", "Наладка", 100), ("Manual", "Ручное\nуправление", 128), ("Prepare", "Подготовка", 122),
-    ("Forepump", "Форвакуумная\nоткачка", 150), ("Pumping", "Откачка\nкамеры", 112),
-    ("Filling", "Напуск\nв камеру", 112), ("Shutdown", "Завершение\nработы", 136),
+    ("Adjust", 100), ("Manual", 128), ("Prepare", 122), ("Forepump", 150), ("Pumping", 112), ("Filling", 112),
+    ("Shutdown", 136),
 ]
 
 
 def regimes():
     x = 4
-    for name, words, width in REGIMES:
-        put("StateButton", f"sbVac{name}", x, 834, width, 62, text=words, props={"points": 11, "bold": True})
+    for name, width in REGIMES:
+        put("StateButton", f"sbVac{name}", x, 834, width, 62, props={"points": 11, "bold": True})
         x += width + 5
 
 

@@ -2,6 +2,7 @@
 
 #include "kvscomm.h"
 #include "lenzeelement.h"
+#include "regime.h"
 #include "retelling.h"
 
 #include <QMap>
@@ -264,7 +265,8 @@ private:
 
     void initHiding();
     void showDialog(const char* device);
-    void startAlgorithm(StateButton* button, const QString& name, int number);
+    void startAlgorithm(regime::Number number); // once the operator has said yes
+    void enterRegime(regime::Number number);
 
     std::unique_ptr<Ui::KVS> ui;
     QMap<QString, LenzeElement*> m_Elements;

@@ -10,27 +10,23 @@
 
 #include <QAction>
 
-#include <iterator>
-
 namespace {
 
 constexpr int askSeconds = 5;         // an unanswered question counts as no
 constexpr double setupCode = 305'729; // opens the setup regime
 
-// The regimes by the number under which the chamber controller knows them.
-constexpr struct
-{
-    StateButton* Ui_KVS::*button;
-    const char* title;
-} regimes[] = {
-    {&Ui_KVS::sbVacAdjust, "Наладка"},
-    {&Ui_KVS::sbVacManual, "Ручное\nуправление"},
-    {&Ui_KVS::sbVacPrepare, "Подготовка"},
-    {&Ui_KVS::sbVacForepump, "Форвакуумная\nоткачка"},
-    {&Ui_KVS::sbVacPumping, "Откачка\nкамеры"},
-    {&Ui_KVS::sbVacFilling, "Напуск\nв камеру"},
-    {&Ui_KVS::sbVacShutdown, "Завершение\nработы"},
+constexpr StateButton* Ui_KVS::*buttons[regime::Count] = {
+    &Ui_KVS::sbVacAdjust,  &Ui_KVS::sbVacManual,  &Ui_KVS::sbVacPrepare,  &Ui_KVS::sbVacForepump,
+    &Ui_KVS::sbVacPumping, &Ui_KVS::sbVacFilling, &Ui_KVS::sbVacShutdown,
 };
+
+// On its button a regime's name stands in two lines.
+QString title(regime::Number number)
+{
+    QString lines = regime::name(number);
+    const int first = lines.indexOf(QLatin1Char(' '));
+    return first < 0 ? lines : lines.replace(first, 1, QLatin1Char('\n'));
+}
 
 constexpr int doorClosedY = 90;
 constexpr int doorOpenY = 340;
@@ -42,9 +38,9 @@ constexpr int doorReleasedX = 30;
 
 void KVS::initStateButtons()
 {
-    for (const auto& regime : regimes)
-        (ui.get()->*regime.button)
-            ->init(QString::fromUtf8(regime.title), false, QString(), QString(), QString(), QString(),
+    for (unsigned int number = 0; number < regime::Count; ++number)
+        (ui.get()->*buttons[number])
+            ->init(title(regime::Number(number)), false, QString(), QString(), QString(), QString(),
                    QStringLiteral("[ошибка]"), true);
 
     Lock* const user = lock(QStringLiteral("REGIME:LockUser"));
@@ -61,58 +57,65 @@ void KVS::initStateButtons()
 
 void KVS::changedMode(unsigned int value)
 {
-    for (unsigned int number = 0; number < std::size(regimes); ++number)
-        (ui.get()->*regimes[number].button)->setState(number == value);
+    for (unsigned int number = 0; number < regime::Count; ++number)
+        (ui.get()->*buttons[number])->setState(number == value);
 }
 
 void KVS::on_sbVacAdjust_clicked()
 {
     Numpad numpad(QStringLiteral("Пароль"), ui->sbVacAdjust, 0, true, true, true);
-    if (numpad.exec() == QDialog::Accepted && numpad.value() == setupCode) {
-        emit message(QStringLiteral("[I]Введён правильный пароль для перехода в режим 'Наладка'"), true);
-        m_kvk.command(QStringLiteral("ALG(0)"));
-    } else {
-        emit message(QStringLiteral("[W]Введён неправильный пароль для перехода в режим 'Наладка'"), true);
-    }
+    const bool right = numpad.exec() == QDialog::Accepted && numpad.value() == setupCode;
+    emit message((right ? QStringLiteral("[I]Введён правильный пароль для перехода в режим '%1'")
+                        : QStringLiteral("[W]Введён неправильный пароль для перехода в режим '%1'"))
+                     .arg(regime::name(regime::Setup)),
+                 true);
+    if (right)
+        enterRegime(regime::Setup);
 }
 
 void KVS::on_sbVacManual_clicked()
 {
-    m_kvk.command(QStringLiteral("ALG(1)"));
+    enterRegime(regime::Manual);
 }
 
 void KVS::on_sbVacPrepare_clicked()
 {
-    startAlgorithm(ui->sbVacPrepare, QStringLiteral("Подготовка"), 2);
+    startAlgorithm(regime::Prepare);
 }
 
 void KVS::on_sbVacForepump_clicked()
 {
-    startAlgorithm(ui->sbVacForepump, QStringLiteral("Форвакуумная откачка"), 3);
+    startAlgorithm(regime::Forepump);
 }
 
 void KVS::on_sbVacPumping_clicked()
 {
-    startAlgorithm(ui->sbVacPumping, QStringLiteral("Откачка камеры"), 4);
+    startAlgorithm(regime::Pumping);
 }
 
 void KVS::on_sbVacFilling_clicked()
 {
-    startAlgorithm(ui->sbVacFilling, QStringLiteral("Напуск в камеру"), 5);
+    startAlgorithm(regime::Filling);
 }
 
 void KVS::on_sbVacShutdown_clicked()
 {
-    startAlgorithm(ui->sbVacShutdown, QStringLiteral("Завершение работы"), 6);
+    startAlgorithm(regime::Shutdown);
 }
 
 // The journal tells the regime when the controller reports it, not when it is asked for.
-void KVS::startAlgorithm(StateButton* button, const QString& name, int number)
+void KVS::startAlgorithm(regime::Number number)
 {
     Confirm confirm(QStringLiteral("Подтверждение"),
-                    QStringLiteral("Запустить автоматический алгоритм '%1'?").arg(name), button, askSeconds);
+                    QStringLiteral("Запустить автоматический алгоритм '%1'?").arg(regime::name(number)),
+                    ui.get()->*buttons[number], askSeconds);
     if (confirm.exec() == QDialog::Accepted)
-        m_kvk.command(QStringLiteral("ALG(%1)").arg(number));
+        enterRegime(number);
+}
+
+void KVS::enterRegime(regime::Number number)
+{
+    m_kvk.command(QStringLiteral("ALG(%1)").arg(number));
 }
 
 void KVS::onUserChanged(int rights)

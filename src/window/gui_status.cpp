@@ -1,6 +1,7 @@
 #include "gui.h"
 
 #include "contour.h"
+#include "regime.h"
 #include "ui_gui.h"
 #include "widgets.h"
 
@@ -58,16 +59,32 @@ const ChannelState kChannelStates[] = {
 };
 constexpr uint kRunning = 3;
 
-// Vacuum regimes by number.
-const ChannelState kRegimes[] = {
-    {"Режим наладки", "[I]Выполнено переключение в Наладочный режим работы вакуумной системы"},
-    {"Ручной режим", "[I]Выполнено переключение в Ручной режим работы вакуумной системы"},
-    {"Подготовка", "[I]Запущен алгоритм 'Подготовка' вакуумной системы"},
-    {"Форвакуумная откачка", "[I]Запущен алгоритм 'Форвакуумная откачка' вакуумной системы"},
-    {"Откачка камеры", "[I]Запущен алгоритм 'Откачка камеры' вакуумной системы"},
-    {"Напуск в камеру", "[I]Запущен алгоритм 'Напуск в камеру' вакуумной системы"},
-    {"Завершение работы", "[I]Запущен алгоритм 'Завершение работы' вакуумной системы"},
-};
+constexpr uint kAbnormalEnd = 0xFFFFFFFF; // reported in the place of a regime
+
+QString regimeText(uint number)
+{
+    switch (number) {
+    case regime::Setup:
+        return QStringLiteral("Режим наладки");
+    case regime::Manual:
+        return QStringLiteral("Ручной режим");
+    case kAbnormalEnd:
+        return QStringLiteral("Аварийное завершение");
+    }
+    return number < regime::Count ? regime::name(regime::Number(number)) : QStringLiteral("Wrong mode");
+}
+
+QString regimeLine(regime::Number number)
+{
+    switch (number) {
+    case regime::Setup:
+        return QStringLiteral("[I]Выполнено переключение в Наладочный режим работы вакуумной системы");
+    case regime::Manual:
+        return QStringLiteral("[I]Выполнено переключение в Ручной режим работы вакуумной системы");
+    default:
+        return QStringLiteral("[I]Запущен алгоритм '%1' вакуумной системы").arg(regime::name(number));
+    }
+}
 
 template <typename T, std::size_t N>
 constexpr uint count(const T (&)[N])
@@ -194,17 +211,13 @@ void Gui::setVirtualEnd(VirtualIndex index, bool maximum, bool on)
 
 void Gui::changedMode(uint value)
 {
-    if (value < count(kRegimes))
-        ui->lblVacuumState->setText(QString::fromUtf8(kRegimes[value].text));
-    else
-        ui->lblVacuumState->setText(value == uint(-1) ? QStringLiteral("Аварийное завершение")
-                                                      : QStringLiteral("Wrong mode"));
-    if (value == 0)
+    ui->lblVacuumState->setText(regimeText(value));
+    if (value == regime::Setup)
         setColours(ui->lblVacuumState, QColor(255, 128, 128), Qt::white);
     else
         setColours(ui->lblVacuumState, kRest, Qt::black);
-    if (value < count(kRegimes))
-        prgMessage(QString::fromUtf8(kRegimes[value].line), true);
+    if (value < regime::Count)
+        prgMessage(regimeLine(regime::Number(value)), true);
 }
 
 void Gui::changedModeTime(uint value)

@@ -39,9 +39,11 @@ void Actuator::command(bool on)
 
 void Actuator::put(bool on)
 {
+    const bool broken = m_broken;
     *this = Actuator(*m_traits);
     m_wanted = on;
     m_place = on ? 1 : 0;
+    setBroken(broken);
 }
 
 void Actuator::setBroken(bool broken)

@@ -56,7 +56,7 @@ public:
 
     void command(bool on);          // a device in its error state tries once more
     void step(double dt, bool air); // without compressed air nothing but a pump moves
-    void put(bool on);              // stands there at once, with nothing wrong
+    void put(bool on);              // stands there at once; broken stays broken, an error is forgotten
 
     // A broken valve stays where it is, and has an error when it has not arrived in three times its travel;
     // mended, it goes on. A broken pump runs down with an error at once, until it is mended and commanded
@@ -64,7 +64,6 @@ public:
     void setBroken(bool broken);
     void fail(); // stops with an error; a pump only
     bool failed() const { return m_failed; }
-    bool broken() const { return m_broken; }
 
     DeviceState state() const;
     double place() const { return m_place; } // 0 off or closed, 1 on or open

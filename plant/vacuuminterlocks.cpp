@@ -36,10 +36,10 @@ bool unequal(P plant)
            std::abs(plant.reading(a) - plant.reading(b)) > plant.constants()(limit);
 }
 
-template <int... circuit>
-bool noFlow(P plant)
+template <Device device>
+bool notCooled(P plant)
 {
-    return !(plant.flowEnough(circuit) && ...);
+    return !plant.cooled(device);
 }
 
 bool drivesOn(P plant)
@@ -84,7 +84,7 @@ const std::vector<Interlock>& interlocks()
     using C = KvsConst;
     static const std::vector<Interlock> table = {
         {D::NL1, true, 0, notOff<D::VP7>, "VP7 is not closed"},
-        {D::NL1, true, 1, noFlow<7>, "not enough cooling water"},
+        {D::NL1, true, 1, notCooled<D::NL1>, "not enough cooling water"},
         {D::NL1, false, 0, notOff<D::VP2>, "VP2 is not closed"},
         {D::NL1, false, 1, notOff<D::NZ1>, "NZ1 is not off"},
         {D::NL2, true, 0, notOff<D::VP6>, "VP6 is not closed"},
@@ -94,13 +94,13 @@ const std::vector<Interlock>& interlocks()
         {D::NZ1, true, 0, notBelow<1, C::NZ1Pressure>, "the pressure in the foreline is too high"},
         {D::NZ1, false, 0, notOff<D::VP2>, "VP2 is not closed"},
         {D::NZ2, true, 0, notBelow<3, C::NZ2Pressure>, "the pressure in the roughing line is too high"},
-        {D::NZ2, true, 1, noFlow<6>, "not enough cooling water"},
+        {D::NZ2, true, 1, notCooled<D::NZ2>, "not enough cooling water"},
         {D::NZ2, false, 0, notOff<D::VP3>, "VP3 is not closed"},
         {D::NZ2, false, 1, notOff<D::VP5>, "VP5 is not closed"},
         {D::ND1, true, 0, notBelow<2, C::ND1Pressure>, "the pressure in the pump is too high"},
         {D::ND1, true, 1, notOn<D::VP2>, "VP2 is not open"},
         {D::ND1, true, 2, notOn<D::NL1>, "NL1 is not on"},
-        {D::ND1, true, 3, noFlow<2, 3, 4, 5>, "not enough cooling water"},
+        {D::ND1, true, 3, notCooled<D::ND1>, "not enough cooling water"},
         {D::ND1, false, 0, notOff<D::VP1>, "VP1 is not closed"},
         {D::VP1, true, 0, notBelow<5, C::VP1Pressure>, "the pressure in the chamber is too high"},
         {D::VP1, true, 1, notOn<D::ND1>, "ND1 is not on"},

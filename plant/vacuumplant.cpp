@@ -103,13 +103,19 @@ bool VacuumPlant::flowEnough(int circuit) const
     return flow(circuit) >= m_constants.flowLeast(circuit);
 }
 
+bool VacuumPlant::cooled(Device device) const
+{
+    for (int circuit = 1; circuit <= measuredCircuits; ++circuit)
+        if (cooling[index(circuit)].pump == device && !flowEnough(circuit))
+            return false;
+    return true;
+}
+
 void VacuumPlant::put(std::initializer_list<Device> on)
 {
     for (int i = 0; i < deviceCount; ++i) {
         const auto device = static_cast<Device>(i);
-        const bool broken = actuator(device).broken();
         actuator(device).put(std::find(on.begin(), on.end(), device) != on.end());
-        actuator(device).setBroken(broken);
     }
 }
 
@@ -170,8 +176,7 @@ void VacuumPlant::stepOil(double dt)
 {
     const bool heating = powered(Device::ND1);
     approach(m_oil, heating ? oilHottest : roomTemperature, dt, oilTime);
-    const bool cooled = flowEnough(2) && flowEnough(3) && flowEnough(4) && flowEnough(5);
-    const double share = cooled ? 0.12 : 0.6;
+    const double share = cooled(Device::ND1) ? 0.12 : 0.6;
     approach(m_case, roomTemperature + share * (m_oil - roomTemperature), dt, caseTime);
 }
 

@@ -16,6 +16,7 @@ namespace plant {
 constexpr int gaugeCount = 6;
 // Circuits of the cooling water: 1 NW2, 2 to 5 ND1, 6 NZ2, 7 NL1, 8 spare.
 constexpr int circuitCount = 8;
+constexpr int measuredCircuits = 7; // the constants name the least flow of these
 
 enum class GaugeFault { None, Frozen, Invalid };
 
@@ -52,6 +53,7 @@ public:
     // BKU, which switches VPT, VE1 and TMN, is as silent as its gauge PT6.
     bool reachable(Device device) const { return device < Device::VPT || valid(6); }
     bool overheated(Device device) const; // pumps with a water circuit only
+    bool cooled(Device device) const;     // there is water enough in each of its circuits
 
     // Gauges 1 to 6: Pa as shown, and whether to be believed.
     double reading(int gauge) const { return m_readings[index(gauge)]; }
@@ -60,20 +62,18 @@ public:
     bool above(int gauge, double pascal) const { return valid(gauge) && reading(gauge) > pascal; }
 
     double flow(int circuit) const { return m_flows[index(circuit)]; }             // l/min, circuits 1 to 8
-    bool flowEnough(int circuit) const;                                            // circuits 1 to 7
+    bool flowEnough(int circuit) const;                                            // measured circuits
     double waterTemperature(int circuit) const { return m_water[index(circuit)]; } // deg C
     double oilTemperature() const { return m_oil; }
     double caseTemperature() const { return m_case; }
     bool compressor() const { return m_compressor; }
 
-    const VacuumGas& gas() const { return m_gas; }
     const VacuumConstants& constants() const { return m_constants; }
     const Surroundings& surroundings() const { return m_surroundings; }
     void setSurroundings(const Surroundings& now) { m_surroundings = now; }
 
     // What can go wrong.
     void setBroken(Device device, bool broken) { actuator(device).setBroken(broken); }
-    bool broken(Device device) const { return actuator(device).broken(); }
     void setGauge(int gauge, GaugeFault fault) { m_gaugeFaults[index(gauge)] = fault; }
     void setWater(int circuit, bool flows) { m_noWater[index(circuit)] = !flows; }
     void setLeak(Node node, double rate) { m_gas.setLeak(node, rate); } // Pa m3/s

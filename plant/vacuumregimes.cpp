@@ -173,8 +173,7 @@ const char* VacuumRegimes::trouble() const
     if (m_plant.wanted(D::ND1)) {
         if (!m_plant.is(D::NL1, DeviceState::On) || !m_plant.is(D::VP2, DeviceState::On))
             return "nothing pumps behind ND1";
-        if (!m_plant.flowEnough(2) || !m_plant.flowEnough(3) || !m_plant.flowEnough(4) ||
-            !m_plant.flowEnough(5))
+        if (!m_plant.cooled(D::ND1))
             return "ND1 has not enough cooling water";
         if (!m_plant.below(1, limit(KvsConst::BackingMost)))
             return "the pressure behind ND1 is too high";
@@ -260,7 +259,7 @@ void VacuumRegimes::alongRoughing()
 
 bool VacuumRegimes::flowsEnough() const
 {
-    for (int circuit = 1; circuit <= 7; ++circuit)
+    for (int circuit = 1; circuit <= measuredCircuits; ++circuit)
         if (!m_plant.flowEnough(circuit))
             return false;
     return true;

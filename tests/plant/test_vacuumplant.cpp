@@ -431,8 +431,8 @@ void TestVacuumPlant::whatStopsARegime()
     for (const char* valve : {"VP1", "VP3", "VP4", "VP5", "VP8", "VE1"}) {
         const auto device = deviceByName(QLatin1String(valve));
         const VacuumPlant& plant = rig.vacuum.plant();
-        QVERIFY2(plant.is(*device, DeviceState::Off) || plant.broken(*device) || !plant.reachable(*device),
-                 valve);
+        const bool jammed = steps.contains(QString::fromLatin1(valve).toLower() + QLatin1String(" jam"));
+        QVERIFY2(plant.is(*device, DeviceState::Off) || jammed || !plant.reachable(*device), valve);
     }
     const bool oilInDanger = why.contains(QLatin1String("ND1"));
     QVERIFY(!oilInDanger || !rig.vacuum.plant().powered(Device::ND1));
@@ -514,8 +514,9 @@ void TestVacuumPlant::faultsOfDevicesAndGauges()
     hot.play(QStringLiteral("gauge pt3 freeze; leak roughing 5; water 6 off; wait 120"));
     QCOMPARE(hot.field<int>(false, 84), 1); // NZ2 overheated
     QCOMPARE(hot.state(places[3]), 4);
-    QVERIFY(hot.vacuum.plant().gas().pressure(Node::Roughing) > 1);
     QVERIFY(hot.field<double>(false, 324) < 1); // frozen
+    hot.play(QStringLiteral("gauge pt3 good; wait 0.01"));
+    QVERIFY(hot.field<double>(false, 324) > 1);
     hot.play(QStringLiteral("gauge pt6 invalid; wait 0.01"));
     QCOMPARE(hot.kvk<int>(116), -1); // TMN, no data
 }

@@ -7,7 +7,6 @@
 #include <QThread>
 #include <QWindow>
 #include <QtTest/qtestkeyboard.h>
-#include <QtTest/qtestmouse.h>
 #include <qpa/qwindowsysteminterface.h>
 
 namespace {
@@ -37,19 +36,6 @@ public:
             send(QEvent::MouseButtonPress);
         });
         // The queue has been run through once when this returns.
-        QThread::msleep(kRest);
-    }
-
-    void touchTwice(const Where& where) override
-    {
-        post([where] {
-            const Spot spot = where();
-            if (!spot.widget)
-                return;
-            QWidget* top = spot.widget->window();
-            QTest::mouseDClick(top->windowHandle(), Qt::LeftButton, Qt::NoModifier,
-                               spot.widget->mapTo(top, spot.at));
-        });
         QThread::msleep(kRest);
     }
 

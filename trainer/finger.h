@@ -33,7 +33,6 @@ public:
 
     // Down there, and up again unless `stay`. Nothing when there is nothing to touch.
     virtual void touch(const Where& where, bool stay) = 0;
-    virtual void touchTwice(const Where& where) = 0;
     virtual void slideTo(QPoint panel) = 0; // the finger that is down, to a point of the panel
     virtual void lift() = 0;                // where it is
     // A key of Qt's and the text that it types.

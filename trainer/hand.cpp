@@ -211,12 +211,6 @@ void Hand::tapItem(const QString& list, const QString& text)
     finger().touch(spot(list, [text](QWidget* widget) { return itemPoint(widget, text); }), false);
 }
 
-void Hand::doubleTapItem(const QString& list, const QString& text)
-{
-    waitVisible(list);
-    finger().touchTwice(spot(list, [text](QWidget* widget) { return itemPoint(widget, text); }));
-}
-
 void Hand::tapMenu(const QString& text)
 {
     QPoint at;

@@ -25,7 +25,6 @@ public:
     void slide(QPoint panel); // what is pressed, to a point of the panel
     void release();
     void tapCell(const QString& table, int row, int column);
-    void doubleTapItem(const QString& list, const QString& text);
     void tapItem(const QString& list, const QString& text);
     void tapMenu(const QString& text); // an entry of the open menu whose text begins so
     void tapTab(const QString& tabWidget, int index);

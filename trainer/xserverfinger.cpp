@@ -91,12 +91,6 @@ public:
             lift();
     }
 
-    void touchTwice(const Where& where) override
-    {
-        touch(where, false);
-        touch(where, false);
-    }
-
     void slideTo(QPoint panel) override
     {
         const QPoint start = m_at;

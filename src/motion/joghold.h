@@ -27,8 +27,6 @@ public:
     explicit JogHold(QPushButton* button, QObject* parent = nullptr);
     ~JogHold() override;
 
-    bool isHeld() const { return m_held; }
-
 public slots:
     void letGo(); // ends a hold early; nothing when there is none
 

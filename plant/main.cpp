@@ -1,3 +1,4 @@
+#include "plant/inputlines.h"
 #include "plant/installation.h"
 
 #include <QCommandLineParser>
@@ -82,17 +83,10 @@ bool readOptions(const QCommandLineParser& parser, plant::InstallationOptions* o
     return seed && speed && options->speed >= 0.1 && options->speed <= 200;
 }
 
-} // namespace
-
-int main(int argc, char* argv[])
+void addOptions(QCommandLineParser* parser)
 {
-    QCoreApplication app(argc, argv);
-    QCommandLineParser parser;
-    parser.setApplicationDescription(
-        QStringLiteral("The simulated installation. Instructor's lines on standard "
-                       "input, answers on standard output, events on standard error."));
-    parser.addHelpOption();
-    parser.addOptions({
+    parser->addHelpOption();
+    parser->addOptions({
         {QStringLiteral("root"), QStringLiteral("folder that holds programs/"), QStringLiteral("dir")},
         {QStringLiteral("free-ports"), QStringLiteral("a free port wherever none is given")},
         {QStringLiteral("air"),
@@ -108,13 +102,40 @@ int main(int argc, char* argv[])
     });
     for (const auto& port : portOptions) {
         const QString who = QLatin1String(port.who);
-        parser.addOption({QLatin1String(port.tcp),
-                          QStringLiteral("TCP port of %1, 0 for a free one").arg(who), QStringLiteral("port"),
-                          QLatin1String(port.tcpPort)});
-        parser.addOption({QLatin1String(port.udp),
-                          QStringLiteral("UDP port of the console for %1, 0 for a free one").arg(who),
-                          QStringLiteral("port"), QLatin1String(port.udpPort)});
+        parser->addOption({QLatin1String(port.tcp),
+                           QStringLiteral("TCP port of %1, 0 for a free one").arg(who),
+                           QStringLiteral("port"), QLatin1String(port.tcpPort)});
+        parser->addOption({QLatin1String(port.udp),
+                           QStringLiteral("UDP port of the console for %1, 0 for a free one").arg(who),
+                           QStringLiteral("port"), QLatin1String(port.udpPort)});
     }
+}
+
+// By which whoever started the plant learns the ports.
+QString readyLine(const plant::Installation& installation)
+{
+    QString ready = QStringLiteral("plant ready");
+    for (int i = 0; i < plant::controllerCount; ++i) {
+        const plant::Ports ports = installation.ports(static_cast<plant::Controller>(i));
+        ready += QStringLiteral(" %1=%2 %3=%4")
+                     .arg(QLatin1String(portOptions[i].tcp))
+                     .arg(ports.tcp)
+                     .arg(QLatin1String(portOptions[i].udp))
+                     .arg(ports.udp);
+    }
+    return ready;
+}
+
+} // namespace
+
+int main(int argc, char* argv[])
+{
+    QCoreApplication app(argc, argv);
+    QCommandLineParser parser;
+    parser.setApplicationDescription(
+        QStringLiteral("The simulated installation. Instructor's lines on standard "
+                       "input, answers on standard output, events on standard error."));
+    addOptions(&parser);
     parser.process(app);
 
     plant::InstallationOptions options;
@@ -140,35 +161,18 @@ int main(int argc, char* argv[])
         print(stderr, QStringLiteral("plant: ") + error);
         return 1;
     }
-    QString ready = QStringLiteral("plant ready");
-    for (int i = 0; i < plant::controllerCount; ++i) {
-        const plant::Ports ports = installation.ports(static_cast<plant::Controller>(i));
-        ready += QStringLiteral(" %1=%2 %3=%4")
-                     .arg(QLatin1String(portOptions[i].tcp))
-                     .arg(ports.tcp)
-                     .arg(QLatin1String(portOptions[i].udp))
-                     .arg(ports.udp);
-    }
-    print(stdout, ready);
+    print(stdout, readyLine(installation));
 
-    QByteArray input;
-    QSocketNotifier inputNotifier(STDIN_FILENO, QSocketNotifier::Read);
-    QObject::connect(&inputNotifier, &QSocketNotifier::activated, &app, [&] {
-        char buffer[4096];
-        const auto size = read(STDIN_FILENO, buffer, sizeof buffer);
-        if (size <= 0) {
-            inputNotifier.setEnabled(false);
-            if (parser.isSet(QStringLiteral("quit-on-eof")))
-                QCoreApplication::quit();
-            return;
-        }
-        input.append(buffer, static_cast<int>(size));
-        for (int end = input.indexOf('\n'); end >= 0; end = input.indexOf('\n')) {
-            const QString answer = installation.instruct(QString::fromUtf8(input.left(end)));
-            input.remove(0, end + 1);
+    const InputLines input(
+        [&](const QByteArray& line) {
+            const QString answer = installation.instruct(QString::fromUtf8(line));
             if (!answer.isEmpty())
                 print(stdout, answer);
-        }
-    });
+        },
+        [&] {
+            if (parser.isSet(QStringLiteral("quit-on-eof")))
+                QCoreApplication::quit();
+            return true;
+        });
     return QCoreApplication::exec();
 }

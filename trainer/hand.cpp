@@ -350,6 +350,30 @@ void Hand::grab(const QString& file)
     });
 }
 
+namespace {
+
+// Closes whatever is still open, until the last loop has ended.
+void endConsole()
+{
+    for (QWidget* top : QApplication::topLevelWidgets()) {
+        if (auto* dialog = qobject_cast<QDialog*>(top))
+            dialog->reject();
+    }
+    while (QWidget* modal = QApplication::activeModalWidget()) {
+        const auto dialogs = modal->findChildren<QDialog*>();
+        for (QDialog* dialog : dialogs)
+            dialog->reject();
+        modal->close();
+        if (modal == QApplication::activeModalWidget())
+            break;
+    }
+    while (QWidget* popup = QApplication::activePopupWidget())
+        popup->close();
+    QCoreApplication::exit(0);
+}
+
+} // namespace
+
 QString runScript(const std::function<void()>& console, const std::function<void()>& script)
 {
     QString trouble;
@@ -371,28 +395,12 @@ QString runScript(const std::function<void()>& console, const std::function<void
                     trouble = QString::fromStdString(error.what());
                 }
                 over = true;
-                // Closes whatever is still open, until the last loop has ended.
                 QMetaObject::invokeMethod(
                     qApp,
                     [&] {
                         // An exit without a loop to end would end the first loop of the next console.
-                        if (consoleOver)
-                            return;
-                        for (QWidget* top : QApplication::topLevelWidgets()) {
-                            if (auto* dialog = qobject_cast<QDialog*>(top))
-                                dialog->reject();
-                        }
-                        while (QWidget* modal = QApplication::activeModalWidget()) {
-                            const auto dialogs = modal->findChildren<QDialog*>();
-                            for (QDialog* dialog : dialogs)
-                                dialog->reject();
-                            modal->close();
-                            if (modal == QApplication::activeModalWidget())
-                                break;
-                        }
-                        while (QWidget* popup = QApplication::activePopupWidget())
-                            popup->close();
-                        QCoreApplication::exit(0);
+                        if (!consoleOver)
+                            endConsole();
                     },
                     Qt::QueuedConnection);
             });

@@ -1,6 +1,7 @@
 #include "consoleapp.h"
 #include "endsignals.h"
 #include "mirror.h"
+#include "plant/inputlines.h"
 #include "plantprocess.h"
 #include "screen.h"
 #include "sitefolder.h"
@@ -10,11 +11,9 @@
 #include <QApplication>
 #include <QCommandLineParser>
 #include <QDir>
-#include <QSocketNotifier>
 #include <QStandardPaths>
 
 #include <cstdio>
-#include <unistd.h>
 
 namespace {
 
@@ -33,30 +32,62 @@ bool shownByMirror(int argc, char* argv[])
     return true;
 }
 
-// Lines typed on the terminal, one at a time.
-class TerminalLines
+void addOptions(QCommandLineParser* parser)
 {
-public:
-    explicit TerminalLines(const std::function<void(const QString&)>& take)
-        : m_notifier(STDIN_FILENO, QSocketNotifier::Read)
-    {
-        QObject::connect(&m_notifier, &QSocketNotifier::activated, [this, take] {
-            char buffer[4096];
-            const ssize_t n = read(STDIN_FILENO, buffer, sizeof(buffer));
-            if (n <= 0) {
-                m_notifier.setEnabled(false);
-                return;
-            }
-            m_typed.append(buffer, int(n));
-            for (int end; (end = m_typed.indexOf('\n')) >= 0; m_typed.remove(0, end + 1))
-                take(QString::fromUtf8(m_typed.left(end)).trimmed());
-        });
-    }
+    parser->addHelpOption();
+    parser->addOptions({
+        {"site", "Folder of the simulated site.", "dir",
+         QStandardPaths::writableLocation(QStandardPaths::AppDataLocation)},
+        {"speed", "Seconds of the installation in one second.", "n", "1"},
+        {"script", "Instructor's lines from a file.", "file"},
+        {"air", "Start with the vacuum plant off and the door open."},
+        {"tour", "Play the tour, leave pictures in the folder, end.", "dir"},
+    });
+    QCommandLineOption mirror("mirror", "Shown by another process.", "key");
+    mirror.setFlags(QCommandLineOption::HiddenFromHelp);
+    parser->addOption(mirror);
+}
 
-private:
-    QSocketNotifier m_notifier;
-    QByteArray m_typed; // the line that is still being typed
-};
+std::function<void(const QByteArray&)> typed(const std::function<void(const QString&)>& instruct)
+{
+    return [instruct](const QByteArray& line) { instruct(QString::fromUtf8(line).trimmed()); };
+}
+
+// The console runs in a process of its own.
+int showMirror()
+{
+    const EndSignals end;
+    MirrorWindow window(QCoreApplication::applicationFilePath(), QCoreApplication::arguments().mid(1));
+    const InputLines terminal(typed([&](const QString& line) { window.instruct(line); }));
+    window.show();
+    return QApplication::exec();
+}
+
+int runTrainer(PlantProcess* plant, const QCommandLineParser& parser)
+{
+    WheelCounters wheels;
+    LirDevice::replace(&wheels);
+    if (parser.isSet("tour"))
+        return runTour(plant, parser.value("tour"));
+
+    // Lines about the wheels stay here, the others go to the installation; all answers go where the
+    // instructor reads.
+    QObject::connect(plant, &PlantProcess::said,
+                     [](const QString& line) { std::fprintf(stderr, "%s\n", qPrintable(line)); });
+    const auto instruct = [&](const QString& line) {
+        if (const auto answer = wheelLine(&wheels, line))
+            std::fprintf(stderr, "%s\n", qPrintable(*answer));
+        else
+            plant->instruct(line);
+    };
+    if (parser.isSet("mirror")) {
+        takePanel(qApp);
+        const MirrorSource source(parser.value("mirror"), instruct);
+        return runConsole();
+    }
+    const InputLines terminal(typed(instruct));
+    return runConsole();
+}
 
 } // namespace
 
@@ -65,29 +96,14 @@ int main(int argc, char* argv[])
     const bool mirror = shownByMirror(argc, argv);
     QApplication app(argc, argv);
     app.setApplicationName(QStringLiteral("mirta-trainer"));
-
     QCommandLineParser parser;
-    parser.addHelpOption();
-    const QCommandLineOption siteOption("site", "Folder of the simulated site.", "dir",
-                                        QStandardPaths::writableLocation(QStandardPaths::AppDataLocation));
-    const QCommandLineOption speedOption("speed", "Seconds of the installation in one second.", "n", "1");
-    const QCommandLineOption scriptOption("script", "Instructor's lines from a file.", "file");
-    const QCommandLineOption airOption("air", "Start with the vacuum plant off and the door open.");
-    const QCommandLineOption tourOption("tour", "Play the tour, leave pictures in the folder, end.", "dir");
-    QCommandLineOption mirrorOption("mirror", "Shown by another process.", "key");
-    mirrorOption.setFlags(QCommandLineOption::HiddenFromHelp);
-    parser.addOptions({siteOption, speedOption, scriptOption, airOption, tourOption, mirrorOption});
+    addOptions(&parser);
     parser.process(app);
-    if (mirror) {
-        const EndSignals end;
-        MirrorWindow window(QCoreApplication::applicationFilePath(), app.arguments().mid(1));
-        TerminalLines terminal([&](const QString& line) { window.instruct(line); });
-        window.show();
-        return QApplication::exec();
-    }
+    if (mirror)
+        return showMirror();
 
     Site own;
-    own.root = QDir(parser.value(siteOption)).absolutePath();
+    own.root = QDir(parser.value("site")).absolutePath();
     own.shmSuffix = QStringLiteral("_trainer");
     setSite(own); // before anything is written: the folder may be none of ours
     if (!laySiteFolder(own.root, true)) {
@@ -95,9 +111,8 @@ int main(int argc, char* argv[])
         return 1;
     }
 
-    PlantProcess plant({PlantProcess::besideThisProgram(), own.root,
-                        parser.value(speedOption).toDouble(), parser.value(scriptOption), own.shmSuffix,
-                        parser.isSet(airOption)});
+    PlantProcess plant({PlantProcess::besideThisProgram(), own.root, parser.value("speed").toDouble(),
+                        parser.value("script"), own.shmSuffix, parser.isSet("air")});
     QString why;
     if (!plant.start(&why)) {
         std::fprintf(stderr, "%s\n", qPrintable(why));
@@ -105,27 +120,5 @@ int main(int argc, char* argv[])
     }
     plant.setEndpoints(&own);
     setSite(own);
-    WheelCounters wheels;
-    LirDevice::replace(&wheels);
-
-    if (parser.isSet(tourOption))
-        return runTour(&plant, parser.value(tourOption));
-
-    // Lines about the wheels stay here, the others go to the installation; all answers go where the
-    // instructor reads.
-    QObject::connect(&plant, &PlantProcess::said,
-                     [](const QString& line) { std::fprintf(stderr, "%s\n", qPrintable(line)); });
-    const auto instruct = [&](const QString& line) {
-        if (const auto answer = wheelLine(&wheels, line))
-            std::fprintf(stderr, "%s\n", qPrintable(*answer));
-        else
-            plant.instruct(line);
-    };
-    if (parser.isSet(mirrorOption)) {
-        takePanel(&app);
-        const MirrorSource source(parser.value(mirrorOption), instruct);
-        return runConsole();
-    }
-    const TerminalLines terminal(instruct);
-    return runConsole();
+    return runTrainer(&plant, parser);
 }

@@ -7,14 +7,12 @@
 #include <QMouseEvent>
 #include <QPainter>
 #include <QScreen>
-#include <QSocketNotifier>
 #include <QUrl>
 #include <QWindow>
 
 #include <cstdio>
 #include <cstring>
 #include <qpa/qwindowsysteminterface.h>
-#include <unistd.h>
 
 namespace {
 
@@ -28,13 +26,21 @@ MirrorSource::MirrorSource(const QString& key, std::function<void(const QString&
     : QObject(parent)
     , m_instruct(std::move(instruct))
     , m_picture(key)
+    , m_input(
+          // Posted: a touch may open a dialog, whose loop must find the reader free.
+          [this](const QByteArray& line) {
+              QMetaObject::invokeMethod(
+                  this, [this, line] { take(line); }, Qt::QueuedConnection);
+          },
+          [] { // the window is gone
+              QCoreApplication::exit(0);
+              return false;
+          })
 {
     m_picture.attach();
     qApp->installEventFilter(this);
     connect(&m_period, &QTimer::timeout, this, &MirrorSource::show);
     m_period.start(framePeriod);
-    auto* input = new QSocketNotifier(STDIN_FILENO, QSocketNotifier::Read, this);
-    connect(input, &QSocketNotifier::activated, this, &MirrorSource::readInput);
 }
 
 bool MirrorSource::eventFilter(QObject* watched, QEvent* event)
@@ -59,24 +65,6 @@ void MirrorSource::show()
     std::puts("frame");
     std::fflush(stdout);
     m_changed = false; // rendering asks for updates itself
-}
-
-void MirrorSource::readInput()
-{
-    char buffer[4096];
-    const ssize_t count = ::read(STDIN_FILENO, buffer, sizeof buffer);
-    if (count <= 0) { // the window is gone
-        QCoreApplication::exit(0);
-        return;
-    }
-    m_input.append(buffer, static_cast<int>(count));
-    for (int end = m_input.indexOf('\n'); end >= 0; end = m_input.indexOf('\n')) {
-        const QByteArray line = m_input.left(end);
-        m_input.remove(0, end + 1);
-        // Posted: a touch may open a dialog, whose loop must find this reader free.
-        QMetaObject::invokeMethod(
-            this, [this, line] { take(line); }, Qt::QueuedConnection);
-    }
 }
 
 void MirrorSource::take(const QByteArray& line)

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "plant/inputlines.h"
+
 #include <QEvent>
 #include <QImage>
 #include <QPointer>
@@ -34,7 +36,6 @@ protected:
 
 private:
     void show();
-    void readInput();
     void take(const QByteArray& line);
     void touch(const QPoint& at, QEvent::Type type);
 
@@ -43,7 +44,7 @@ private:
     QTimer m_period;
     bool m_changed = true;
     QPointer<QWidget> m_touched; // holds the finger from its press to its lifting
-    QByteArray m_input;
+    InputLines m_input;
 };
 
 // In the process with the screen.

@@ -91,9 +91,7 @@ public:
     const NcMachine& nc() const { return m_nc; }
     ChannelState channelState(int channel) const;
     bool drivesOn() const { return m_drives.on(); }
-    bool pultOn() const { return m_pultOn; }
     Door door() const { return m_door; }
-    bool vacuum() const { return m_vacuum; }
     bool drivesLive() const { return m_drives.on() || m_drives.switching(); }
     bool phases() const { return m_phases; }
     bool breakerClosed(Breaker breaker) const

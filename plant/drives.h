@@ -47,7 +47,6 @@ public:
 
     // Shows a command in progress for a moment.
     void showCommand(AxisId axis, std::int32_t code, double seconds);
-    bool busy(AxisId axis) const { return at(axis).commandTime > 0; }
 
     std::int32_t code(AxisId axis, bool jogging) const;
 

@@ -91,7 +91,6 @@ public:
     }
 
     MotionController& controller() { return m_controller; }
-    VacuumSystem& vacuum() { return m_vacuum; }
     Instructor& instructor() { return m_instructor; }
 
 private:
@@ -319,11 +318,6 @@ StatusPack Installation::status()
 void Installation::inside(const std::function<void(MotionController&)>& action)
 {
     call([&] { action(d->core->controller()); });
-}
-
-void Installation::insideVacuum(const std::function<void(VacuumSystem&)>& action)
-{
-    call([&] { action(d->core->vacuum()); });
 }
 
 void Installation::call(const std::function<void()>& action)

@@ -15,7 +15,6 @@
 namespace plant {
 
 class MotionController;
-class VacuumSystem;
 
 enum class Controller { Drive, Kvs, Kvk };
 constexpr int controllerCount = 3;
@@ -65,7 +64,6 @@ public:
 
     // Calls `action` in the installation's thread and waits for it. Only while started.
     void inside(const std::function<void(MotionController&)>& action);
-    void insideVacuum(const std::function<void(VacuumSystem&)>& action);
 
 signals:
     // Something the instructor should know: a refused command, a program error, a console coming or going.

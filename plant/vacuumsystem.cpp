@@ -14,7 +14,6 @@ namespace {
 
 constexpr Device kvsPumps[] = {Device::NL1, Device::NL2, Device::NZ1, Device::NZ2, Device::ND1, Device::NW2};
 constexpr Device kvsValves[] = {Device::VP1, Device::VP2, Device::VP3, Device::VP5, Device::VP6, Device::VP7};
-constexpr Device kvkValves[] = {Device::VP4, Device::VP8};
 constexpr Device bkuUnits[] = {Device::VPT, Device::VE1, Device::TMN}; // units 1 to 3
 
 constexpr double turboFull = 833;      // Hz

@@ -53,7 +53,6 @@ public:
 
     VacuumPlant& plant() { return m_plant; }
     const VacuumPlant& plant() const { return m_plant; }
-    const VacuumRegimes& regimes() const { return m_regimes; }
 
 private:
     QString executeKvs(const QString& text);

@@ -185,11 +185,6 @@ bool RequiredPause::wait(std::chrono::microseconds length)
     return Gate::instance().run(length);
 }
 
-bool RequiredPause::running()
-{
-    return Gate::instance().running();
-}
-
 void RequiredPause::actsAlways(QAbstractButton* button)
 {
     Gate::instance().actsAlways(button);

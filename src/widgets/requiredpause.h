@@ -18,8 +18,6 @@ namespace RequiredPause {
 // touched, the program is coming to its end, or another pause runs already.
 bool wait(std::chrono::microseconds length);
 
-bool running();
-
 // Touches of this button are never dropped: in a pause it clicks at the press, without waiting for the
 // lifting, and the pause ends with that.
 void actsAlways(QAbstractButton* button);

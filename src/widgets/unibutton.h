@@ -12,8 +12,7 @@ public:
     explicit CUniButton(int type, QWidget* parent = nullptr);
 
     void setChecked(bool checked); // toggles only
-    bool isChecked() const { return m_pressed; }
-    void setAlpha(float alpha); // 0 transparent to 1 solid
+    void setAlpha(float alpha);    // 0 transparent to 1 solid
 
 signals:
     void clicked(); // push buttons: at the release; toggles: at every change of state

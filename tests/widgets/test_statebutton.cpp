@@ -414,7 +414,6 @@ void TestStateButton::uniToggle()
         QSignalSpy clicked(&button, &CUniButton::clicked);
         QTest::mousePress(&button, Qt::LeftButton);
         QCOMPARE(clicked.size(), 1);
-        QVERIFY(button.isChecked());
         QTest::mouseRelease(&button, Qt::LeftButton);
         QCOMPARE(clicked.size(), 1);
         button.setChecked(true);

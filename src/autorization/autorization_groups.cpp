@@ -1,9 +1,11 @@
 #include "autorization_groups.h"
 
+#include "usergroup.h"
+
 namespace Autorization {
 
 Administrator::Administrator(AbstractManager* owner)
-    : AbstractUserGroup(owner, 0, QStringLiteral("Администратор"))
+    : AbstractUserGroup(owner, usergroup::Administrator, QStringLiteral("Администратор"))
 {}
 
 bool Administrator::useable() const
@@ -22,7 +24,7 @@ void Administrator::loginHandler()
 }
 
 Fixer::Fixer(AbstractManager* owner)
-    : AbstractUserGroup(owner, 1, QStringLiteral("Наладчик"))
+    : AbstractUserGroup(owner, usergroup::Fixer, QStringLiteral("Наладчик"))
 {}
 
 void Fixer::loginHandler()
@@ -31,7 +33,7 @@ void Fixer::loginHandler()
 }
 
 Operator::Operator(AbstractManager* owner)
-    : AbstractUserGroup(owner, 2, QStringLiteral("Оператор"))
+    : AbstractUserGroup(owner, usergroup::Operator, QStringLiteral("Оператор"))
 {}
 
 void Operator::loginHandler()

@@ -7,6 +7,7 @@
 #include "site.h"
 #include "storedspeed.h"
 #include "ui_contour.h"
+#include "usergroup.h"
 
 #include <QHeaderView>
 #include <QSignalBlocker>
@@ -376,9 +377,7 @@ void CONTOUR::onCoordsChanged()
 
 void CONTOUR::onUserChanged(int group)
 {
-    // After a cancelled change of user the group is -1, and the wider rights stay as elsewhere in the
-    // console.
-    const bool mayEditPrograms = group < 2;
+    const bool mayEditPrograms = usergroup::maySetUp(group);
     for (int tab = indexOf(ui->channel01); tab <= indexOf(ui->channel03); ++tab)
         setTabEnabled(tab, mayEditPrograms);
     if (!mayEditPrograms)

@@ -5,6 +5,7 @@
 #include "numpad.h"
 #include "statebutton.h"
 #include "ui_kvs.h"
+#include "usergroup.h"
 #include "vacuumdialogs.h"
 #include "widgets.h"
 
@@ -120,7 +121,7 @@ void KVS::enterRegime(regime::Number number)
 
 void KVS::onUserChanged(int rights)
 {
-    lock(QStringLiteral("REGIME:LockUser"))->setState(rights >= 2);
+    lock(QStringLiteral("REGIME:LockUser"))->setState(!usergroup::maySetUp(rights));
 }
 
 // The door is closed by the motion controller and pressed by the chamber controller; each of them moves the

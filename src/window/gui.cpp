@@ -10,6 +10,7 @@
 #include "site.h"
 #include "statebutton.h"
 #include "ui_gui.h"
+#include "usergroup.h"
 #include "widgets.h"
 
 #include <QDateTime>
@@ -261,7 +262,7 @@ void Gui::onTimeChanged()
 
 void Gui::onUserChanged(int state)
 {
-    ui->pbConstants->setVisible(state < 2);
+    ui->pbConstants->setVisible(usergroup::maySetUp(state));
 }
 
 void Gui::showEvent(QShowEvent* event)

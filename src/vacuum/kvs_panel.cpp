@@ -1,5 +1,6 @@
 #include "kvs.h"
 
+#include "pressureunit.h"
 #include "ui_kvs.h"
 #include "widgets.h"
 
@@ -140,7 +141,6 @@ constexpr struct
 };
 
 constexpr int pressureDepth = 5; // above 2, so the exponent notation
-constexpr float torrPerPascal = 0.0075006373F;
 const QColor validColour(0, 128, 255);
 const QColor invalidColour(255, 32, 0);
 const QColor connectedChamber(160, 255, 255);
@@ -395,8 +395,8 @@ void KVS::setPressUnit(int unit)
         return;
     m_pressUnit = unit;
     for (const auto& gauge : gauges) {
-        (ui.get()->*gauge.value)->setCoeff(unit == 0 ? 1.0F : torrPerPascal);
-        (ui.get()->*gauge.unit)->setText(unit == 0 ? QStringLiteral("Па") : QStringLiteral("мм.рт.ст."));
+        (ui.get()->*gauge.value)->setCoeff(pressureScale(unit != 0));
+        (ui.get()->*gauge.unit)->setText(pressureUnit(unit != 0));
     }
 }
 

@@ -1,6 +1,7 @@
 #include "gui.h"
 
 #include "contour.h"
+#include "pressureunit.h"
 #include "regime.h"
 #include "ui_gui.h"
 #include "widgets.h"
@@ -10,7 +11,6 @@ namespace {
 const QColor kRest(189, 255, 180);    // valid and at rest
 const QColor kActive(0, 255, 128);    // running
 const QColor kInvalid(255, 192, 192); // a sensor that does not answer
-const float kPascalToTorr = 0.0075006373F;
 
 void setColours(QLabel* label, const QColor& window, const QColor& text)
 {
@@ -277,9 +277,9 @@ void Gui::onChangedPressUnit(bool unit)
     const float chamber = ui->VacuumChamber->value();
     const float gun = ui->VacuumGun->value();
     for (PoLabel* label : {ui->VacuumChamber, ui->VacuumGun})
-        label->setCoeff(unit ? kPascalToTorr : 1.0F);
-    ui->lblVacuumChamber->setText(unit ? QStringLiteral("Камера, мм.рт.ст.") : QStringLiteral("Камера, Па"));
-    ui->lblVacuumGun->setText(unit ? QStringLiteral("Пушка, мм.рт.ст.") : QStringLiteral("Пушка, Па"));
+        label->setCoeff(pressureScale(unit));
+    ui->lblVacuumChamber->setText(QStringLiteral("Камера, ") + pressureUnit(unit));
+    ui->lblVacuumGun->setText(QStringLiteral("Пушка, ") + pressureUnit(unit));
     if (ui->VacuumChamber->told())
         onChangedChamberPressure(double(chamber));
     if (ui->VacuumGun->told())

@@ -2,6 +2,7 @@
 
 #include "consolehost.h"
 #include "contourkeeper.h"
+#include "drivecomm.h"
 #include "schema.h"
 #include "site.h"
 #include "storedspeed.h"
@@ -28,7 +29,6 @@ constexpr TechWidth techWidths[] = {
     {4, "Contour/Width_Iy"}, {5, "Contour/Width_Rate"}, {6, "Contour/Width_TR"},
 };
 
-constexpr unsigned int runningState = 3;
 constexpr int defaultContourWidth = 100;
 constexpr int defaultTechWidth = 80;
 constexpr int rasterColumn = 6;
@@ -411,7 +411,7 @@ void CONTOUR::updateEnables()
 
 bool CONTOUR::channel1Runs() const
 {
-    return m_ch1State == runningState;
+    return m_ch1State == DriveStatus::channelRuns;
 }
 
 void CONTOUR::updateNew()

@@ -1,5 +1,6 @@
 #include "consolehost.h"
 #include "contour.h"
+#include "drivecomm.h"
 #include "savefile.h"
 #include "site.h"
 #include "ui_contour.h"
@@ -16,11 +17,10 @@
 
 namespace {
 
-constexpr int tickPeriod = 100;     // ms
-constexpr float tickTime = 0.1F;    // s
-constexpr float minute = 60.0F;     // s
-constexpr int speedColumn = 5;      // of the technology table
-constexpr unsigned int running = 3; // channel state
+constexpr int tickPeriod = 100;  // ms
+constexpr float tickTime = 0.1F; // s
+constexpr float minute = 60.0F;  // s
+constexpr int speedColumn = 5;   // of the technology table
 
 const QString end = QStringLiteral("\n");
 
@@ -190,7 +190,7 @@ void CONTOUR::timerEvent(QTimerEvent* event)
         sample += beamSample() + end;
     writePassport(sample);
 
-    if (event && (m_techRun ? m_ch3State : m_ch1State) != running) {
+    if (event && (m_techRun ? m_ch3State : m_ch1State) != DriveStatus::channelRuns) {
         endPassport();
         killTimer(event->timerId());
         return;

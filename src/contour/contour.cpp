@@ -126,9 +126,6 @@ CONTOUR::CONTOUR(QWidget* parent)
     , ui(std::make_unique<Ui::CONTOUR>())
     , m_contourDir(site().programDir().mid(site().root.length()) + QStringLiteral("/contours/"))
     , m_prgDir(QStringLiteral("/programs/"))
-    , m_passportsDir(QStringLiteral("/home/oper/bin/passports/"))
-    , m_passportAxes{QStringLiteral("LX"), QStringLiteral("LY"), QStringLiteral("A"),  QStringLiteral("B"),
-                     QStringLiteral("C"),  QStringLiteral("D"),  QStringLiteral("U1"), QStringLiteral("V")}
 {
     ui->setupUi(this);
     ui->frmRotate->hide();

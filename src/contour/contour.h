@@ -1,12 +1,10 @@
 #pragma once
 
-#include "elashare.h"
+#include "passport.h"
 #include "weldprogram.h"
 #include "weldroles.h"
 #include "weldtables.h"
 
-#include <QFile>
-#include <QStringList>
 #include <QTabWidget>
 
 #include <memory>
@@ -16,7 +14,6 @@ class ConsoleHost;
 class ContourKeeper;
 class PoLabel;
 class SaveFile;
-class QDateTime;
 class QLabel;
 class QPlainTextEdit;
 class QTableWidget;
@@ -79,9 +76,8 @@ public:
     // the journal tells so.
     void run(int channel, const QString& text);
 
-    // Opens the record of a run: the long form when the last start was a weld, else the short one. It ends
-    // by itself when the channel (3 or 1) no longer runs. A file that cannot be opened leaves no record;
-    // asserts while another record is open.
+    // Opens the record of a run, which ends by itself: the long form when the last start was a weld, else the
+    // short one. Asserts while another record is open.
     void startPassport();
 
 public slots:
@@ -226,13 +222,8 @@ private:
     bool runEdited(int channel, const QString& file); // false: not started
 
     // The record of a run.
-    QString passportHead(const QDateTime& start) const;
-    QString passportWeld() const;
-    QString passportTitles() const;
-    QString beamSample();
-    void writePassport(const QString& text);
-    void followTechnology();
-    void endPassport();
+    Passport::Head passportHead() const;
+    Passport::Moment passportMoment() const;
 
     // Files.
     void chooseSave();
@@ -282,18 +273,7 @@ private:
     bool m_axisMoving = false;
     bool m_startUnanswered = false; // no channel has told of another state since the last start
     WeldStage m_weld;
-    bool m_techRun = false;
     bool m_testMode = false; // the beam current is in the operator's hand
 
-    QFile m_ppf; // the record, open while a run is recorded
-    QString m_passportsDir;
-    QStringList m_passportAxes;
-    ElaSharedMemory m_elaShare;
-    float m_passportTime = 0; // s since its start
-    float m_moveTime = 0;     // s in motion
-    float m_segTime = 0;      // s in motion since the technology row in force
-    float m_segPath = 0;      // mm, path of that row
-    float m_curSpeed = 0;     // mm/min, its speed
-    float m_path = 0;         // mm, estimated
-    int m_curTechRow = 0;
+    Passport m_passport;
 };

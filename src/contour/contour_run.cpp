@@ -106,9 +106,9 @@ void CONTOUR::on_pbGcode_clicked()
         launches = genTechnology() + genContour(weld);
     }
     if (!write(launches))
-        return;                     // the next press does the same
-    if (!goesOn && !m_ppf.isOpen()) // a record keeps the form that it began with
-        m_techRun = !m_testMode;
+        return; // the next press does the same
+    if (!goesOn)
+        m_passport.setForm(m_testMode ? Passport::Short : Passport::Long);
     m_weld = WeldStage(); // a start that is broken off is nothing to go on with
     if (start(launches))
         m_weld = weld;
@@ -187,7 +187,7 @@ void CONTOUR::on_pbRun_clicked()
 {
     if (!runEdited(1, QStringLiteral("_temp.npg")))
         return;
-    m_techRun = false;
+    m_passport.setForm(Passport::Short);
     startPassport();
 }
 
@@ -204,7 +204,7 @@ void CONTOUR::on_pbRun_3_clicked()
 bool CONTOUR::runEdited(int channel, const QString& file)
 {
     emit message(QStringLiteral("[I]Нажата кнопка 'Пуск программы' панели 'Канал %1'").arg(channel), false);
-    if (channel == 1 && m_ppf.isOpen()) { // a record follows one run to its end
+    if (channel == 1 && m_passport.isOpen()) { // a record follows one run to its end
         emit message(QStringLiteral("[A]Ошибка! Паспорт предыдущего пуска ещё не закрыт, пуск невозможен!"),
                      true);
         return false;

@@ -5,6 +5,7 @@
 
 #include <QPlainTextEdit>
 #include <QSettings>
+#include <QTextCodec>
 
 namespace {
 
@@ -26,6 +27,8 @@ private slots:
     void allChannelsOrNone();
     void withoutAContour();
     void editedProgramIsRun();
+    void recordOfAProgram();
+    void recordOfAWeld();
 
     void techRows();
     void pointsOfTheContourInTheTable_data();
@@ -50,6 +53,7 @@ private:
     CONTOUR* m_contour = nullptr;
 
     void ringOf99(const char* passes);
+    QString record() const; // the whole file of the only one
     QStringList xs() const { return m_window->column(m_window->points(), 0); }
 };
 
@@ -190,6 +194,95 @@ void TestContourWeld::editedProgramIsRun()
                  QStringLiteral("[I]Нажата кнопка 'Пуск программы' панели 'Канал %1'").arg(i + 1));
     }
     QTRY_COMPARE(m_window->commands(), expected);
+}
+
+QString TestContourWeld::record() const
+{
+    const QString folder = QStringLiteral("/home/oper/bin/passports/");
+    const QStringList files = QDir(site().path(folder)).entryList(QDir::Files);
+    if (files.size() != 1 || !files.first().endsWith(QStringLiteral("-Программа сварки.csv")))
+        return files.join('\n');
+    return QTextCodec::codecForName("Windows-1251")->toUnicode(m_site->read(folder + files.first()));
+}
+
+void TestContourWeld::recordOfAProgram()
+{
+    laySampleWeld(*m_window);
+    QVERIFY(QDir(site().path("/programs")).removeRecursively());
+    QTest::ignoreMessage(QtWarningMsg, QRegularExpression("^file not written"));
+    m_window->press("pbRun"); // nothing was started that could be recorded
+    QCOMPARE(record(), QString());
+
+    QVERIFY(QDir().mkpath(site().path("/programs")));
+    m_window->find<QPlainTextEdit>("teGcode")->setPlainText("N1 $1");
+    m_window->tech()->setCurrentCell(2, 0);
+    m_contour->onChannel1State(2);
+    m_window->press("pbRun");
+    QVERIFY(record().startsWith(QStringLiteral("\"_temp\"\n\"Дата: ")));
+    QVERIFY(record().contains(QStringLiteral("\"Сварщик: Оператор Иванов\"\n\"Время запуска: ")));
+    QVERIFY(record().contains(QStringLiteral("(канал 1)\"\n\"N1 $1\";\n\n\"Время\";\"LX\"")));
+    QVERIFY(record().endsWith("\n0.0;0.00;100.00;0.00;0.00;0.00;0.00;0.00;0.00;0.00;")); // there at once
+    QCOMPARE(m_window->tech()->currentRow(), 0);
+    QTRY_COMPARE(m_window->tech()->currentRow(), 3); // two samples: the channel never rose
+    m_window->tech()->setCurrentCell(2, 0);
+    QTest::qWait(150); // it is closed: no tick comes any more
+    QVERIFY(record().contains(";0.1;0.00;100.00;") && !record().contains(";0.2;"));
+    QCOMPARE(m_window->tech()->currentRow(), 2);
+
+    m_contour->onChannel1State(3);
+    m_window->press("pbRun");
+    m_window->press("pbRun"); // a record follows one run to its end
+    QCOMPARE(m_window->journal.last(),
+             QStringLiteral("[A]Ошибка! Паспорт предыдущего пуска ещё не закрыт, пуск невозможен!"));
+    QVERIFY(deathOf([this] { m_contour->startPassport(); }).contains("!m_ppf.isOpen()"));
+}
+
+// No button starts such a record yet.
+void TestContourWeld::recordOfAWeld()
+{
+    m_window->choose("pbNew", 0);
+    m_window->teach(0, 0, 0);
+    m_window->teach(3, 0, 0);
+    m_window->choose("pbRing", 0);
+    Answers answers({Answers::number("2"), Answers::number("1200")});
+    m_window->press("nrings");
+    m_window->press("weldSpeed");
+    m_contour->addTechPoint(2, 20, 1200);
+    m_contour->addComment(QStringLiteral("Технол.останов"));
+    m_contour->addTechPoint(1, 0, 1200);
+    m_window->press("pbGcode");
+    m_window->find<QPlainTextEdit>("teGcode_2")->setPlainText("N1 $2");
+    QCOMPARE(m_window->find<QAbstractButton>("pbGcode")->text(), QStringLiteral("ДАЛЕЕ"));
+
+    m_contour->onChannel3State(3);
+    m_contour->onAxisMoving(true);
+    QList<int> rows;
+    connect(m_window->tech(), &QTableWidget::currentCellChanged, this, [&rows](int row) { rows << row; });
+    m_contour->startPassport();
+    const auto program = [this](const char* edit) {
+        const QString text = m_window->find<QPlainTextEdit>(edit)->toPlainText();
+        return "\"" + QString(text).replace("\n", "\";\n\"") + "\";\n";
+    };
+    const QString head = record();
+    QVERIFY(head.startsWith(QStringLiteral("\"Программа сварки\"\n\"Дата: ")));
+    QVERIFY(head.contains(
+        QStringLiteral("\n\"Длина прохода: 6.00 мм\"\n\"Число проходов: 2\"\n\"Скорость: 1200.0 мм/мин\"\n\n"
+                       "\"Контур:\"\n\"0.00 0.00 0.00 Прямая \"\n\"3.00 0.00 0.00 Прямая \"\n"
+                       "\"Технология:\"\n\"+ 0.00 0.0 700 1200.0 2 \";\n\"+ 2.00 20.0 700 1200.0 2 \";\n"
+                       "\"- Технол.останов\";\n\"+ 3.00 0.0 700 1200.0 2 \";\n"
+                       "\"+ 12.00 0.0 700 1200.0 2 \";\n\n")));
+    QVERIFY(head.contains(program("teGcode") + QStringLiteral("\"ПРОГРАММА ВРАЩЕНИЯ ДЕТАЛИ (канал 2)\"\n") +
+                          program("teGcode_2") + QStringLiteral("\n\"ПРОГРАММА СВАРКИ (канал 3)\"\n") +
+                          program("teGcode_3")));
+    QVERIFY(head.endsWith(";1.2e-03;\n"));
+    QTRY_VERIFY(record().contains("\n0.7;12.00;3.00;0.00;")); // both passes, and no further
+    QCOMPARE(rows, QList<int>({0, 1, 3, 4}));
+    m_contour->onChannel1State(1); // which channel 3 outlives
+    m_window->tech()->setCurrentCell(1, 0);
+    QTRY_VERIFY(record().contains("\n1.1;12.00;"));
+    m_contour->onChannel3State(1);
+    QTRY_COMPARE(m_window->tech()->currentRow(), 4);
+    QCOMPARE(m_window->find<QAbstractButton>("pbGcode")->text(), QStringLiteral("ПУСК"));
 }
 
 // --- technology ---

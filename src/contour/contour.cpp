@@ -3,6 +3,7 @@
 #include "consolehost.h"
 #include "contourkeeper.h"
 #include "drivecomm.h"
+#include "programtab.h"
 #include "schema.h"
 #include "site.h"
 #include "storedspeed.h"
@@ -125,9 +126,15 @@ CONTOUR::CONTOUR(QWidget* parent)
     : QTabWidget(parent)
     , ui(std::make_unique<Ui::CONTOUR>())
     , m_contourDir(site().programDir().mid(site().root.length()) + QStringLiteral("/contours/"))
-    , m_prgDir(QStringLiteral("/programs/"))
 {
     ui->setupUi(this);
+    m_programs = {new ProgramTab(1, ui->teGcode, ui->lbProgName1, this),
+                  new ProgramTab(2, ui->teGcode_2, ui->lbProgName2, this),
+                  new ProgramTab(3, ui->teGcode_3, ui->lbProgName3, this)};
+    for (const ProgramTab* tab : m_programs) {
+        connect(tab, &ProgramTab::message, this, &CONTOUR::message);
+        connect(tab, &ProgramTab::command, this, &CONTOUR::command);
+    }
     ui->frmRotate->hide();
     ui->nrings->setValue(1, 0);
     dress();

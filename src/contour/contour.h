@@ -7,15 +7,15 @@
 
 #include <QTabWidget>
 
+#include <array>
 #include <memory>
 #include <optional>
 
 class ConsoleHost;
 class ContourKeeper;
 class PoLabel;
+class ProgramTab;
 class SaveFile;
-class QLabel;
-class QPlainTextEdit;
 class QTableWidget;
 class Schema;
 struct Launch;
@@ -216,10 +216,8 @@ private:
     void showMotion(const MotionPrograms& programs);
     bool write(const QVector<Launch>& launches); // false: not all were written, and that is told
     bool start(const QVector<Launch>& launches); // false: broken off in a pause
-    QString launchPath(int channel) const;
-    bool writeProgram(const QString& path, const QString& text); // a failure is told in the journal
-    void execute(int channel, const QString& path);
-    bool runEdited(int channel, const QString& file); // false: not started
+    ProgramTab* program(int channel) const;
+    void command(const QString& text);
 
     // The record of a run.
     Passport::Head passportHead() const;
@@ -234,18 +232,11 @@ private:
     void loadHead(SaveFile& file);
     void loadContourRows(SaveFile& file);
     void loadTechRows(SaveFile& file);
-    void openProgram(int channel);
-    void saveProgram(int channel);
-    void loadFile(const QString& name, const QString& path, QLabel* label, QPlainTextEdit* edit);
-    void saveFile(const QString& name, const QString& path, QLabel* label, QPlainTextEdit* edit);
-    QPlainTextEdit* programEdit(int channel) const;
-    QLabel* programLabel(int channel) const;
 
     std::unique_ptr<Ui::CONTOUR> ui;
     std::unique_ptr<Schema> m_schema;  // null until the first init
     ContourKeeper* m_keeper = nullptr; // child; null while the contour of the last run is read
-    QString m_contourDir;              // all directories without the site's root
-    QString m_prgDir;
+    QString m_contourDir;              // without the site's root
     QString m_programName;
 
     bool m_closed = false;
@@ -275,5 +266,6 @@ private:
     WeldStage m_weld;
     bool m_testMode = false; // the beam current is in the operator's hand
 
+    std::array<ProgramTab*, 3> m_programs{}; // children, of the channels 1 to 3
     Passport m_passport;
 };

@@ -1,6 +1,7 @@
 #include "contour.h"
 #include "filemanager.h"
 #include "filewriter.h"
+#include "programtab.h"
 #include "savefile.h"
 #include "schema.h"
 #include "site.h"
@@ -12,7 +13,6 @@
 namespace {
 
 const QString contourExt = QStringLiteral(".save");
-const QString programExt = QStringLiteral(".npg");
 
 QString twoDecimals(float value)
 {
@@ -237,81 +237,32 @@ void CONTOUR::chooseLoad()
 
 // --- programs of the channels ---
 
-QPlainTextEdit* CONTOUR::programEdit(int channel) const
-{
-    return channel == 1 ? ui->teGcode : channel == 2 ? ui->teGcode_2 : ui->teGcode_3;
-}
-
-QLabel* CONTOUR::programLabel(int channel) const
-{
-    return channel == 1 ? ui->lbProgName1 : channel == 2 ? ui->lbProgName2 : ui->lbProgName3;
-}
-
-void CONTOUR::loadFile(const QString& name, const QString& path, QLabel* label, QPlainTextEdit* edit)
-{
-    QFile file(site().path(path + programExt));
-    if (!file.open(QIODevice::ReadOnly))
-        return;
-    QTextStream stream(file.read(SaveFile::maxBytes));
-    edit->setPlainText(stream.readAll());
-    emit message(QStringLiteral("[I]Выполнена загрузка программы ЧПУ из файла %1.npg").arg(path), false);
-    label->setText(name);
-}
-
-void CONTOUR::saveFile(const QString& name, const QString& path, QLabel* label, QPlainTextEdit* edit)
-{
-    if (const auto trouble = writeFile(path + programExt, edit->toPlainText().toLocal8Bit())) {
-        emit message(trouble->line, true);
-        return;
-    }
-    emit message(QStringLiteral("[I]Программа ЧПУ сохранена в файле %1.npg").arg(path), false);
-    label->setText(name);
-}
-
-void CONTOUR::openProgram(int channel)
-{
-    emit message(QStringLiteral("[I]Нажата кнопка 'Загрузить программу ЧПУ' панели 'Канал %1'").arg(channel),
-                 false);
-    FileManager files(this, m_prgDir + QStringLiteral("ch%1/").arg(channel), programExt, true);
-    if (files.exec() == QDialog::Accepted)
-        loadFile(files.name(), files.path(), programLabel(channel), programEdit(channel));
-}
-
-void CONTOUR::saveProgram(int channel)
-{
-    emit message(QStringLiteral("[I]Нажата кнопка 'Сохранить программу ЧПУ' панели 'Канал %1'").arg(channel),
-                 false);
-    FileManager files(this, m_prgDir + QStringLiteral("ch%1/").arg(channel), programExt, false);
-    if (files.exec() == QDialog::Accepted)
-        saveFile(files.name(), files.path(), programLabel(channel), programEdit(channel));
-}
-
 void CONTOUR::on_pbPrgOpen_1_clicked()
 {
-    openProgram(1);
+    program(1)->open();
 }
 
 void CONTOUR::on_pbPrgOpen_2_clicked()
 {
-    openProgram(2);
+    program(2)->open();
 }
 
 void CONTOUR::on_pbPrgOpen_3_clicked()
 {
-    openProgram(3);
+    program(3)->open();
 }
 
 void CONTOUR::on_pbPrgSave_1_clicked()
 {
-    saveProgram(1);
+    program(1)->save();
 }
 
 void CONTOUR::on_pbPrgSave_2_clicked()
 {
-    saveProgram(2);
+    program(2)->save();
 }
 
 void CONTOUR::on_pbPrgSave_3_clicked()
 {
-    saveProgram(3);
+    program(3)->save();
 }

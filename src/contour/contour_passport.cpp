@@ -1,6 +1,7 @@
 #include "consolehost.h"
 #include "contour.h"
 #include "drivecomm.h"
+#include "programtab.h"
 #include "savefile.h"
 #include "ui_contour.h"
 
@@ -25,7 +26,8 @@ Passport::Head CONTOUR::passportHead() const
         head.name = window->programName();
         head.welder = window->getUserName();
     }
-    head.programs = {ui->teGcode->toPlainText(), ui->teGcode_2->toPlainText(), ui->teGcode_3->toPlainText()};
+    for (const ProgramTab* tab : m_programs)
+        head.programs << tab->text();
     if (m_passport.form() == Passport::Short)
         return head;
     head.closed = m_closed;

@@ -1,7 +1,7 @@
 #include "consolehost.h"
 #include "contour.h"
 #include "drivecomm.h"
-#include "programfile.h"
+#include "programtab.h"
 #include "requiredpause.h"
 #include "schema.h"
 #include "site.h"
@@ -38,17 +38,12 @@ void CONTOUR::run(int channel, const QString& text)
         start(launches);
 }
 
-QString CONTOUR::launchPath(int channel) const
-{
-    return m_prgDir + QStringLiteral("_temp%1.npg").arg(channel);
-}
-
 // All programs are written before the first is started: a channel whose partner's program is missing would
 // wait for it at its event for ever.
 bool CONTOUR::write(const QVector<Launch>& launches)
 {
     return std::all_of(launches.begin(), launches.end(), [this](const Launch& launch) {
-        return writeProgram(launchPath(launch.channel), launch.program);
+        return program(launch.channel)->write(launch.program);
     });
 }
 
@@ -60,24 +55,22 @@ bool CONTOUR::start(const QVector<Launch>& launches)
                          true);
             return false;
         }
-        execute(launches[i].channel, launchPath(launches[i].channel));
+        program(launches[i].channel)->start();
     }
     return true;
 }
 
-bool CONTOUR::writeProgram(const QString& path, const QString& text)
+ProgramTab* CONTOUR::program(int channel) const
 {
-    const auto trouble = writeProgramFile(path, text);
-    if (trouble)
-        emit message(*trouble, true);
-    return !trouble;
+    Q_ASSERT(channel >= 1 && channel <= 3);
+    return m_programs[std::size_t(channel) - 1];
 }
 
-void CONTOUR::execute(int channel, const QString& path)
+void CONTOUR::command(const QString& text)
 {
     m_startUnanswered = true;
     if (ConsoleHost* window = host())
-        window->drives()->command(QStringLiteral("EXEC_%1(%2)").arg(QString::number(channel), path));
+        window->drives()->command(text);
 }
 
 // --- the weld ---
@@ -126,8 +119,7 @@ bool CONTOUR::refused(const QString& reason)
 QVector<Launch> CONTOUR::genTechnology()
 {
     const QString text = technologyProgram(tables());
-    ui->teGcode_3->setPlainText(text);
-    ui->lbProgName3->setText(QStringLiteral("Технология"));
+    program(3)->show(text, QStringLiteral("Технология"));
     return {{3, text, site().pauses.beforeContour}};
 }
 
@@ -150,12 +142,9 @@ QVector<Launch> CONTOUR::genTestMove()
 
 void CONTOUR::showMotion(const MotionPrograms& programs)
 {
-    if (m_schema->circle()) {
-        ui->teGcode_2->setPlainText(programs.channel2);
-        ui->lbProgName2->setText(QStringLiteral("Перемещение изделия"));
-    }
-    ui->teGcode->setPlainText(programs.channel1);
-    ui->lbProgName1->setText(QStringLiteral("Перемещение манипулятора"));
+    if (m_schema->circle())
+        program(2)->show(programs.channel2, QStringLiteral("Перемещение изделия"));
+    program(1)->show(programs.channel1, QStringLiteral("Перемещение манипулятора"));
 }
 
 // --- touching a point ---
@@ -185,7 +174,10 @@ void CONTOUR::onContourCellClicked(int row, int column)
 
 void CONTOUR::on_pbRun_clicked()
 {
-    if (!runEdited(1, QStringLiteral("_temp.npg")))
+    QString against;
+    if (m_passport.isOpen()) // a record follows one run to its end
+        against = QStringLiteral("[A]Ошибка! Паспорт предыдущего пуска ещё не закрыт, пуск невозможен!");
+    if (!program(1)->run(against))
         return;
     m_passport.setForm(Passport::Short);
     startPassport();
@@ -193,24 +185,10 @@ void CONTOUR::on_pbRun_clicked()
 
 void CONTOUR::on_pbRun_2_clicked()
 {
-    runEdited(2, QStringLiteral("_temp2.npg"));
+    program(2)->run();
 }
 
 void CONTOUR::on_pbRun_3_clicked()
 {
-    runEdited(3, QStringLiteral("_temp3.npg"));
-}
-
-bool CONTOUR::runEdited(int channel, const QString& file)
-{
-    emit message(QStringLiteral("[I]Нажата кнопка 'Пуск программы' панели 'Канал %1'").arg(channel), false);
-    if (channel == 1 && m_passport.isOpen()) { // a record follows one run to its end
-        emit message(QStringLiteral("[A]Ошибка! Паспорт предыдущего пуска ещё не закрыт, пуск невозможен!"),
-                     true);
-        return false;
-    }
-    if (!writeProgram(m_prgDir + file, programEdit(channel)->toPlainText()))
-        return false;
-    execute(channel, m_prgDir + file);
-    return true;
+    program(3)->run();
 }

@@ -7,7 +7,6 @@
 #include <QFile>
 #include <QStringList>
 
-#include <array>
 #include <functional>
 #include <optional>
 
@@ -30,9 +29,9 @@ public:
     struct Head
     {
         QDateTime start;
-        QString name;                    // of the program, part of the file's name
-        QString welder;                  // rights and name
-        std::array<QString, 3> programs; // of channels 1 to 3; an empty one of channel 2 is left out
+        QString name;         // of the program, part of the file's name
+        QString welder;       // rights and name
+        QStringList programs; // of channels 1 to 3; an empty one of channel 2 is left out
         bool closed = false;
         float length = 0; // mm, one pass of a closed contour or the whole seam
         float passes = 1;

@@ -8,11 +8,10 @@
 #include "site.h"
 #include "storedspeed.h"
 #include "ui_contour.h"
+#include "weldlook.h"
 
-#include <QHeaderView>
 #include <QSettings>
 #include <QSignalBlocker>
-#include <QStyledItemDelegate>
 
 #include <cmath>
 
@@ -20,104 +19,14 @@ namespace {
 
 const QString settingsFile = QStringLiteral("/home/oper/bin/settings.ini");
 
-struct TechWidth
-{
-    int column;
-    const char* key;
-};
-constexpr TechWidth techWidths[] = {
-    {0, "Contour/Width_S"},  {1, "Contour/Width_Ir"},   {2, "Contour/Width_If"}, {3, "Contour/Width_Ix"},
-    {4, "Contour/Width_Iy"}, {5, "Contour/Width_Rate"}, {6, "Contour/Width_TR"},
-};
-
 constexpr int defaultContourWidth = 100;
 constexpr int defaultTechWidth = 80;
-constexpr int rasterColumn = 6;
-constexpr int leastLetters = 16; // px
-
-const char* const tabLook =
-    "QTabBar::tab { min-width: 60px; height: 48px; padding: 0px 9px; margin-right: 2px; background: #d3d8e4;"
-    " color: black; border: 1px solid #8792ac; border-bottom: none; border-top-left-radius: 6px;"
-    " border-top-right-radius: 6px; }"
-    "QTabBar::tab:selected { background: #3c4a6b; color: white; }"
-    "QTabBar::tab:disabled { background: #e6e6e6; color: #8c8c8c; }";
-
-const char* const tableLook =
-    "QTableWidget { font-size: 13pt; gridline-color: #a9b2c6;"
-    " background: white; color: black; selection-background-color: #00d6ff; selection-color: black; }"
-    "QHeaderView { background: #e9ecf3; border: none; }"
-    "QHeaderView::section { background: #d3d8e4; color: black; padding: 0px 1px; border: none;"
-    " border-right: 1px solid #8792ac; border-bottom: 1px solid #8792ac; }"
-    "QPlainTextEdit { background: white; color: black; }"
-    "QScrollBar:vertical { width: 34px; background: #dfe3ec; border: none; }"
-    "QScrollBar::handle:vertical { background: #8792ac; min-height: 60px; border-radius: 6px; margin: 2px "
-    "4px; }"
-    "QScrollBar:horizontal { height: 34px; background: #dfe3ec; border: none; }"
-    "QScrollBar::handle:horizontal { background: #8792ac; min-width: 60px; border-radius: 6px; margin: 4px "
-    "2px; }"
-    "QScrollBar::add-line, QScrollBar::sub-line { width: 0; height: 0; border: none; background: none; }"
-    "QScrollBar::add-page, QScrollBar::sub-page { background: none; }";
-
-// Numbers stand with their points below one another and never lose a digit: what does not fit its column
-// is drawn narrower.
-class CellDelegate : public QStyledItemDelegate
-{
-public:
-    using QStyledItemDelegate::QStyledItemDelegate;
-
-protected:
-    void initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const override
-    {
-        QStyledItemDelegate::initStyleOption(option, index);
-        bool isNumber = false;
-        option->text.toFloat(&isNumber);
-        if (!(option->displayAlignment & Qt::AlignVertical_Mask))
-            option->displayAlignment |= Qt::AlignVCenter;
-        if (!isNumber) {
-            makeLegible(option);
-            return;
-        }
-        option->displayAlignment = Qt::AlignRight | Qt::AlignVCenter;
-        const int room = option->rect.width() - 8;
-        const int needed = QFontMetrics(option->font).horizontalAdvance(option->text);
-        if (room > 0 && needed > room) {
-            option->font.setStretch(qMax(50, 100 * room / needed));
-            option->fontMetrics = QFontMetrics(option->font);
-        }
-    }
-
-private:
-    // What describes a frame or a raster in small letters is drawn as large as the room in its cell allows
-    // and never too small for a look from the machine: rather narrower than cut off.
-    static void makeLegible(QStyleOptionViewItem* option)
-    {
-        const QSize room = option->rect.size() - QSize(8, 0);
-        if (room.width() <= 0 || QFontInfo(option->font).pixelSize() >= leastLetters)
-            return;
-        option->font.setPixelSize(leastLetters);
-        for (int stretch = 100; stretch >= 50; stretch -= 5) {
-            option->font.setStretch(stretch);
-            option->fontMetrics = QFontMetrics(option->font);
-            const QRect needed =
-                option->fontMetrics.boundingRect(QRect(QPoint(), room), Qt::TextWordWrap, option->text);
-            if (needed.width() <= room.width() && needed.height() <= room.height())
-                break;
-        }
-    }
-};
 
 // A number from the settings file, which anyone may have edited.
 float storedNumber(const QSettings& settings, const char* key, float fallback)
 {
     const float number = settings.value(QLatin1String(key), fallback).toFloat();
     return std::isfinite(number) ? number : fallback;
-}
-
-// A stored width that would hide the column, or push the others off the screen, is not taken over.
-int sensibleWidth(const QVariant& stored, int fallback)
-{
-    const int width = stored.toInt();
-    return width >= 40 && width <= 1000 ? width : fallback;
 }
 
 } // namespace
@@ -137,18 +46,11 @@ CONTOUR::CONTOUR(QWidget* parent)
     }
     ui->frmRotate->hide();
     ui->nrings->setValue(1, 0);
-    dress();
+    for (QPushButton* start : {ui->pbGcode, ui->pbRun, ui->pbRun_2, ui->pbRun_3})
+        takeOneTouch(start, [this] { return m_startUnanswered; });
+    dressWeldPanel(this);
     loadSettings();
-    const QHeaderView* header = ui->twTechTab->horizontalHeader();
-    connect(header, &QHeaderView::geometriesChanged, this, &CONTOUR::fitRasterColumn);
-    connect(header, &QHeaderView::sectionResized, this, [this](int column, int, int width) {
-        if (m_fitting)
-            return;
-        if (column == rasterColumn)
-            m_rasterWidth = width;
-        fitRasterColumn();
-    });
-    fitRasterColumn();
+    m_rasterColumn = new FittedColumn(ui->twTechTab, ui->twTechTab->columnCount() - 1);
     connect(ui->twContour, &QTableWidget::cellClicked, this, &CONTOUR::onContourCellClicked);
     connect(ui->twTechTab, &QTableWidget::cellClicked, this, &CONTOUR::onTechTabCellClicked);
     connect(ui->twTechTab, &QTableWidget::currentCellChanged, this, [this] { updateTechTab(); });
@@ -180,44 +82,6 @@ void CONTOUR::keepForNextStart()
     m_keeper->keep();
 }
 
-void CONTOUR::dress()
-{
-    for (QPushButton* start : {ui->pbGcode, ui->pbRun, ui->pbRun_2, ui->pbRun_3})
-        takeOneTouch(start, [this] { return m_startUnanswered; });
-    tabBar()->setFocusPolicy(Qt::NoFocus);
-    tabBar()->setStyleSheet(QLatin1String(tabLook));
-    for (QAbstractScrollArea* area : findChildren<QAbstractScrollArea*>()) {
-        if (!qobject_cast<QHeaderView*>(area))
-            area->setStyleSheet(QLatin1String(tableLook));
-    }
-    for (QTableWidget* table : {ui->twContour, ui->twTechTab}) {
-        table->setItemDelegate(new CellDelegate(table));
-        QPalette palette = table->palette();
-        palette.setColor(QPalette::AlternateBase, QColor(0xe3, 0xe8, 0xf4));
-        table->setPalette(palette);
-        QFont font = table->font();
-        font.setPointSize(12);
-        font.setStretch(QFont::SemiCondensed);
-        table->horizontalHeader()->setFont(font);
-    }
-}
-
-// The raster column takes the room that the others leave, but never less than its own width.
-void CONTOUR::fitRasterColumn()
-{
-    QHeaderView* header = ui->twTechTab->horizontalHeader();
-    int others = 0;
-    for (int column = 0; column < rasterColumn; ++column)
-        others += header->sectionSize(column); // 0 for a hidden one
-    const int room = ui->twTechTab->viewport()->width() - others;
-    const int width = qMax(room, m_rasterWidth);
-    if (header->sectionSize(rasterColumn) == width)
-        return;
-    m_fitting = true;
-    header->resizeSection(rasterColumn, width);
-    m_fitting = false;
-}
-
 void CONTOUR::init(Schema* schema)
 {
     if (m_schema)
@@ -230,7 +94,6 @@ void CONTOUR::init(Schema* schema)
     m_moveForward = true;
 
     QStringList headers = m_schema->axisNames();
-    const int axes = headers.size();
     if (isXYZ())
         headers << QStringLiteral("Параметры");
     ui->twContour->clear();
@@ -239,10 +102,7 @@ void CONTOUR::init(Schema* schema)
     ui->twContour->setHorizontalHeaderLabels(headers);
     ui->twContour->horizontalHeader()->setStretchLastSection(isXYZ());
     QSettings settings(site().path(settingsFile), QSettings::IniFormat);
-    for (int column = 0; column < axes; ++column) {
-        const QVariant stored = settings.value(widthKey(headers[column]), defaultContourWidth);
-        ui->twContour->setColumnWidth(column, sensibleWidth(stored, defaultContourWidth));
-    }
+    restoreWidths(ui->twContour, settings, contourWidthKeys(m_schema->axisNames()), defaultContourWidth);
     setCurrentPoint(-1);
     resetTechTable();
 
@@ -283,17 +143,10 @@ void CONTOUR::setProgramName(const QString& name)
 
 // --- settings ---
 
-QString CONTOUR::widthKey(const QString& axis) const
-{
-    return QStringLiteral("Contour/Width_%1_%2").arg(m_schema->axisNames().join(QString()), axis);
-}
-
 void CONTOUR::saveColumnWidths() const
 {
     QSettings settings(site().path(settingsFile), QSettings::IniFormat);
-    const QStringList names = m_schema->axisNames();
-    for (int column = 0; column < names.size(); ++column)
-        settings.setValue(widthKey(names[column]), ui->twContour->columnWidth(column));
+    keepWidths(ui->twContour, settings, contourWidthKeys(m_schema->axisNames()));
 }
 
 void CONTOUR::loadSettings()
@@ -307,11 +160,7 @@ void CONTOUR::loadSettings()
     m_defaultIy = storedNumber(settings, "Contour/Iy", 0);
     ui->contourSpeed->setValue(storedSpeed(storedNumber(settings, "Contour/contourSpeed", 0), maxSpeed), 1);
     ui->weldSpeed->setValue(storedSpeed(storedNumber(settings, "Contour/weldSpeed", 0), maxSpeed), 1);
-    for (const TechWidth& width : techWidths) {
-        const QVariant stored = settings.value(QLatin1String(width.key), defaultTechWidth);
-        ui->twTechTab->setColumnWidth(width.column, sensibleWidth(stored, defaultTechWidth));
-    }
-    m_rasterWidth = ui->twTechTab->columnWidth(rasterColumn);
+    restoreWidths(ui->twTechTab, settings, techWidthKeys(), defaultTechWidth);
     ui->twTechTab->setColumnHidden(2, !m_focusOn);
     ui->twTechTab->setColumnHidden(3, !m_yokeXOn);
     ui->twTechTab->setColumnHidden(4, !m_yokeYOn);
@@ -329,12 +178,8 @@ void CONTOUR::saveSettings() const
     settings.setValue(QStringLiteral("Contour/Iy"), double(m_defaultIy));
     settings.setValue(QStringLiteral("Contour/contourSpeed"), double(ui->contourSpeed->value()));
     settings.setValue(QStringLiteral("Contour/weldSpeed"), double(ui->weldSpeed->value()));
-    for (const TechWidth& width : techWidths) {
-        if (width.column == rasterColumn)
-            settings.setValue(QLatin1String(width.key), m_rasterWidth);
-        else if (!ui->twTechTab->isColumnHidden(width.column))
-            settings.setValue(QLatin1String(width.key), ui->twTechTab->columnWidth(width.column));
-    }
+    keepWidths(ui->twTechTab, settings, techWidthKeys());
+    settings.setValue(techWidthKeys().last(), m_rasterColumn->ownWidth());
     settings.setValue(QStringLiteral("Contour/Tab"), currentIndex());
 }
 

@@ -13,6 +13,7 @@
 
 class ConsoleHost;
 class ContourKeeper;
+class FittedColumn;
 class PoLabel;
 class ProgramTab;
 class SaveFile;
@@ -135,11 +136,8 @@ private slots:
 
 private:
     // Life.
-    void dress(); // the look that the form cannot say
-    void fitRasterColumn();
     void loadSettings();
     void saveSettings() const;
-    QString widthKey(const QString& axis) const;
     void saveColumnWidths() const;
     ConsoleHost* host() const;
     void setProgramName(const QString& name);
@@ -253,8 +251,7 @@ private:
     float m_defaultIx = 0;
     float m_defaultIy = 0;
     bool m_tableValid = true;
-    int m_rasterWidth = 0;  // px, the least for the raster column
-    bool m_fitting = false; // the column is being sized by the console itself
+    FittedColumn* m_rasterColumn = nullptr; // child of its table
 
     unsigned int m_ch1State = 0;
     unsigned int m_ch2State = 0;

@@ -29,14 +29,22 @@ float storedNumber(const QSettings& settings, const char* key, float fallback)
     return std::isfinite(number) ? number : fallback;
 }
 
+std::unique_ptr<Ui::CONTOUR> formOf(CONTOUR* panel)
+{
+    auto form = std::make_unique<Ui::CONTOUR>();
+    form->setupUi(panel);
+    return form;
+}
+
 } // namespace
 
 CONTOUR::CONTOUR(QWidget* parent)
     : QTabWidget(parent)
-    , ui(std::make_unique<Ui::CONTOUR>())
+    , ui(formOf(this))
+    , m_points(ui->twContour)
+    , m_tech(ui->twTechTab)
     , m_contourDir(site().programDir().mid(site().root.length()) + QStringLiteral("/contours/"))
 {
-    ui->setupUi(this);
     m_programs = {new ProgramTab(1, ui->teGcode, ui->lbProgName1, this),
                   new ProgramTab(2, ui->teGcode_2, ui->lbProgName2, this),
                   new ProgramTab(3, ui->teGcode_3, ui->lbProgName3, this)};
@@ -50,7 +58,7 @@ CONTOUR::CONTOUR(QWidget* parent)
         takeOneTouch(start, [this] { return m_startUnanswered; });
     dressWeldPanel(this);
     loadSettings();
-    m_rasterColumn = new FittedColumn(ui->twTechTab, ui->twTechTab->columnCount() - 1);
+    m_rasterColumn = new FittedColumn(ui->twTechTab, TechTable::RasterCell);
     connect(ui->twContour, &QTableWidget::cellClicked, this, &CONTOUR::onContourCellClicked);
     connect(ui->twTechTab, &QTableWidget::cellClicked, this, &CONTOUR::onTechTabCellClicked);
     connect(ui->twTechTab, &QTableWidget::currentCellChanged, this, [this] { updateTechTab(); });
@@ -59,7 +67,7 @@ CONTOUR::CONTOUR(QWidget* parent)
     const QString kept = m_contourDir + QStringLiteral("contour");
     load(QStringLiteral("contour"), kept);
     m_keeper = new ContourKeeper(
-        kept + QStringLiteral(".save"), [this] { return m_schema ? contourText(m_programName) : QString(); },
+        kept + QStringLiteral(".save"), [this] { return schema() ? contourText(m_programName) : QString(); },
         this);
     m_keeper->taken();
     m_keeper->watch(ui->twContour->model());
@@ -77,36 +85,22 @@ CONTOUR::~CONTOUR()
 void CONTOUR::keepForNextStart()
 {
     saveSettings();
-    if (m_schema)
+    if (schema())
         saveColumnWidths();
     m_keeper->keep();
 }
 
 void CONTOUR::init(Schema* schema)
 {
-    if (m_schema)
+    if (m_points.schema())
         saveColumnWidths();
-    m_schema.reset(schema);
-    Q_ASSERT(m_schema);
+    m_points.init(std::unique_ptr<Schema>(schema));
     m_weld = WeldStage(); // a weld that stopped on the former contour does not go on here
+    const QSettings settings(site().path(settingsFile), QSettings::IniFormat);
+    restoreWidths(ui->twContour, settings, contourWidthKeys(m_points.axisNames()), defaultContourWidth);
+    m_tech.reset(ui->weldSpeed->value());
 
-    m_closed = false;
-    m_moveForward = true;
-
-    QStringList headers = m_schema->axisNames();
-    if (isXYZ())
-        headers << QStringLiteral("Параметры");
-    ui->twContour->clear();
-    ui->twContour->setRowCount(0);
-    ui->twContour->setColumnCount(headers.size());
-    ui->twContour->setHorizontalHeaderLabels(headers);
-    ui->twContour->horizontalHeader()->setStretchLastSection(isXYZ());
-    QSettings settings(site().path(settingsFile), QSettings::IniFormat);
-    restoreWidths(ui->twContour, settings, contourWidthKeys(m_schema->axisNames()), defaultContourWidth);
-    setCurrentPoint(-1);
-    resetTechTable();
-
-    ui->frmRotate->setVisible(m_schema->rotate());
+    ui->frmRotate->setVisible(schema->rotate());
     updateHeader();
     // Not so "Вставить точку": it needs the drives as well, and follows their rule with the other buttons.
     ui->pbTemplate->setEnabled(true);
@@ -121,11 +115,6 @@ void CONTOUR::edited()
 {
     if (m_keeper)
         m_keeper->edited();
-}
-
-bool CONTOUR::isXYZ() const
-{
-    return m_schema && !m_schema->circle() && !m_schema->rotate();
 }
 
 ConsoleHost* CONTOUR::host() const
@@ -146,36 +135,36 @@ void CONTOUR::setProgramName(const QString& name)
 void CONTOUR::saveColumnWidths() const
 {
     QSettings settings(site().path(settingsFile), QSettings::IniFormat);
-    keepWidths(ui->twContour, settings, contourWidthKeys(m_schema->axisNames()));
+    keepWidths(ui->twContour, settings, contourWidthKeys(m_points.axisNames()));
 }
 
 void CONTOUR::loadSettings()
 {
     const QSettings settings(site().path(settingsFile), QSettings::IniFormat);
-    m_focusOn = settings.value(QStringLiteral("Contour/FocusOn"), false).toBool();
-    m_yokeXOn = settings.value(QStringLiteral("Contour/YokeXOn"), false).toBool();
-    m_yokeYOn = settings.value(QStringLiteral("Contour/YokeYOn"), false).toBool();
-    m_defaultIf = storedNumber(settings, "Contour/If", 700);
-    m_defaultIx = storedNumber(settings, "Contour/Ix", 0);
-    m_defaultIy = storedNumber(settings, "Contour/Iy", 0);
+    TechDefaults defaults;
+    defaults.focusOn = settings.value(QStringLiteral("Contour/FocusOn"), false).toBool();
+    defaults.yokeXOn = settings.value(QStringLiteral("Contour/YokeXOn"), false).toBool();
+    defaults.yokeYOn = settings.value(QStringLiteral("Contour/YokeYOn"), false).toBool();
+    defaults.If = storedNumber(settings, "Contour/If", defaults.If);
+    defaults.Ix = storedNumber(settings, "Contour/Ix", defaults.Ix);
+    defaults.Iy = storedNumber(settings, "Contour/Iy", defaults.Iy);
+    m_tech.setDefaults(defaults);
     ui->contourSpeed->setValue(storedSpeed(storedNumber(settings, "Contour/contourSpeed", 0), maxSpeed), 1);
     ui->weldSpeed->setValue(storedSpeed(storedNumber(settings, "Contour/weldSpeed", 0), maxSpeed), 1);
     restoreWidths(ui->twTechTab, settings, techWidthKeys(), defaultTechWidth);
-    ui->twTechTab->setColumnHidden(2, !m_focusOn);
-    ui->twTechTab->setColumnHidden(3, !m_yokeXOn);
-    ui->twTechTab->setColumnHidden(4, !m_yokeYOn);
     setCurrentIndex(qBound(0, settings.value(QStringLiteral("Contour/Tab"), 0).toInt(), count() - 1));
 }
 
 void CONTOUR::saveSettings() const
 {
     QSettings settings(site().path(settingsFile), QSettings::IniFormat);
-    settings.setValue(QStringLiteral("Contour/FocusOn"), m_focusOn);
-    settings.setValue(QStringLiteral("Contour/YokeXOn"), m_yokeXOn);
-    settings.setValue(QStringLiteral("Contour/YokeYOn"), m_yokeYOn);
-    settings.setValue(QStringLiteral("Contour/If"), double(m_defaultIf));
-    settings.setValue(QStringLiteral("Contour/Ix"), double(m_defaultIx));
-    settings.setValue(QStringLiteral("Contour/Iy"), double(m_defaultIy));
+    const TechDefaults& defaults = m_tech.defaults();
+    settings.setValue(QStringLiteral("Contour/FocusOn"), defaults.focusOn);
+    settings.setValue(QStringLiteral("Contour/YokeXOn"), defaults.yokeXOn);
+    settings.setValue(QStringLiteral("Contour/YokeYOn"), defaults.yokeYOn);
+    settings.setValue(QStringLiteral("Contour/If"), double(defaults.If));
+    settings.setValue(QStringLiteral("Contour/Ix"), double(defaults.Ix));
+    settings.setValue(QStringLiteral("Contour/Iy"), double(defaults.Iy));
     settings.setValue(QStringLiteral("Contour/contourSpeed"), double(ui->contourSpeed->value()));
     settings.setValue(QStringLiteral("Contour/weldSpeed"), double(ui->weldSpeed->value()));
     keepWidths(ui->twTechTab, settings, techWidthKeys());
@@ -223,8 +212,8 @@ void CONTOUR::onAxisMoving(bool moving)
 
 void CONTOUR::onChangedPointNo(unsigned int n)
 {
-    if (n < static_cast<unsigned int>(ui->twContour->rowCount())) {
-        setCurrentPoint(static_cast<int>(n));
+    if (n < static_cast<unsigned int>(m_points.rowCount())) {
+        m_points.setCurrent(static_cast<int>(n));
         updateEnables();
     }
 }
@@ -270,22 +259,22 @@ void CONTOUR::updateNew()
 
 void CONTOUR::updateIns()
 {
-    ui->pbIns->setEnabled(!channel1Runs() && m_driveOn && m_virtualMode && m_schema);
+    ui->pbIns->setEnabled(!channel1Runs() && m_driveOn && m_virtualMode && schema());
 }
 
 void CONTOUR::updateCorr()
 {
-    ui->pbCorr->setEnabled(!channel1Runs() && m_driveOn && m_virtualMode && m_currentPoint >= 0);
+    ui->pbCorr->setEnabled(!channel1Runs() && m_driveOn && m_virtualMode && m_points.current() >= 0);
 }
 
 void CONTOUR::updateCorrNgo()
 {
-    ui->pbCorrNgo->setEnabled(!channel1Runs() && m_driveOn && m_virtualMode && m_currentPoint >= 0);
+    ui->pbCorrNgo->setEnabled(!channel1Runs() && m_driveOn && m_virtualMode && m_points.current() >= 0);
 }
 
 void CONTOUR::updateDel()
 {
-    const bool enabled = !channel1Runs() && ui->twContour->rowCount() > 0;
+    const bool enabled = !channel1Runs() && m_points.rowCount() > 0;
     ui->pbDel->setEnabled(enabled);
     ui->pbInverse->setEnabled(enabled);
 }
@@ -293,14 +282,14 @@ void CONTOUR::updateDel()
 void CONTOUR::updateRing()
 {
     QString text = QStringLiteral("Замкнуть\nконтур");
-    if (m_closed && !isXYZ())
+    if (m_points.closed() && !m_points.isXYZ())
         text = QStringLiteral("Контур\nзамкнут");
-    else if (m_closed)
-        text = m_closedForward ? QStringLiteral("Замкнут\nпрямым\nходом")
-                               : QStringLiteral("Замкнут\nобратным\nходом");
+    else if (m_points.closed())
+        text = m_points.closedForward() ? QStringLiteral("Замкнут\nпрямым\nходом")
+                                        : QStringLiteral("Замкнут\nобратным\nходом");
     ui->pbRing->setText(text);
-    ui->pbRing->setEnabled(!channel1Runs() && ui->twContour->rowCount() > 1);
-    ui->frmRings->setEnabled(m_closed);
+    ui->pbRing->setEnabled(!channel1Runs() && m_points.rowCount() > 1);
+    ui->frmRings->setEnabled(m_points.closed());
 }
 
 // The start buttons stay enabled wherever the machine stands: the operator places it.

@@ -1,9 +1,9 @@
 #pragma once
 
+#include "contourtable.h"
 #include "passport.h"
+#include "techtable.h"
 #include "weldprogram.h"
-#include "weldroles.h"
-#include "weldtables.h"
 
 #include <QTabWidget>
 
@@ -18,7 +18,6 @@ class PoLabel;
 class ProgramTab;
 class SaveFile;
 class QTableWidget;
-class Schema;
 struct Launch;
 namespace Ui {
 class CONTOUR;
@@ -44,13 +43,13 @@ public:
 
     // The scheme. `init` takes ownership, empties both tables and is the only way to change the scheme.
     void init(Schema* schema);
-    const Schema* schema() const { return m_schema.get(); }
+    const Schema* schema() const { return m_points.schema(); }
 
     // The contour table.
-    QList<float> coords() const;        // the live position; asserts without a scheme
-    QList<float> coords(int row) const; // as the cells say
-    void addPoint(const QList<float>& point);
-    void movePoint(int row, const QList<float>& delta);
+    QList<float> coords() const; // the live position; asserts without a scheme
+    QList<float> coords(int row) const { return m_points.coords(row); }
+    void addPoint(const QList<float>& point) { m_points.addPoint(point); }
+    void movePoint(int row, const QList<float>& delta) { m_points.movePoint(row, delta); }
     void addParameters(int row, int type, int dir, int plane, float radius, bool update);
     double calcDistance(int row, const QList<float>& from, const QList<float>& to) const; // mm
     double calcLength(int count) const;            // mm along the first `count` points
@@ -58,15 +57,23 @@ public:
     void recalcPointsForNewDiameter(float oldD, float newD);
 
     // The technology table. Currents in mA, speeds in mm/min, paths in mm.
-    void addTechPoint(float interval, float IrVal, float speed);       // from the last path on
-    void addLinearTackPoint(float interval, float IrVal, float speed); // interval: from the start
+    void addTechPoint(float interval, float IrVal, float speed)
+    {
+        m_tech.addTechPoint(interval, IrVal, speed);
+    }
+    void addLinearTackPoint(float path, float IrVal, float speed)
+    {
+        m_tech.addLinearTackPoint(path, IrVal, speed);
+    }
     void addPointToTech(float path);
-    void addComment(const QString& text);
+    void addComment(const QString& text) { m_tech.addComment(text); }
     void addContourPoint(bool all, bool everyPass, int point, int pass); // point and pass from 1
-    void setParamValueInTable(int column, float value, int decimals);
+    void setParamValueInTable(int column, float value, int decimals)
+    {
+        m_tech.setParamValueInTable(column, value, decimals);
+    }
     void setTechSettings(bool test, bool focus, bool yokeX, bool yokeY, float If, float Ix, float Iy, float D,
                          int plane);
-    bool tableValid() const { return m_tableValid; }
 
     // Files, each `path` without its extension and without the site's root. One that cannot be read changes
     // nothing; one that cannot be written stays as it was, and the journal tells so.
@@ -143,19 +150,8 @@ private:
     void setProgramName(const QString& name);
     void edited(); // something that the contour's file keeps may have changed
 
-    // Cells and values.
-    bool isXYZ() const;
-    int frameColumn() const; // of "Параметры", -1 without one
-    Frame frame(int row) const;
     WeldContour contourValues() const;
-    QVector<TechRow> techRows() const;
     WeldTables tables() const;
-    void writeCoords(int row, const QList<float>& coords);
-    void writeFrame(int row, const Frame& frame);
-    void writeContour(const WeldContour& contour);
-    void insertContourRow(int row, const QList<float>& coords);
-    void setCurrentPoint(int row);
-    void setColor(int row, bool valid);
 
     // Enable rules and what follows from the tables.
     void updateEnables();
@@ -168,8 +164,8 @@ private:
     void updateRing();
     void updateGcode();
     void updateLength();
-    void updateD(); // the circle, where points were taught, moved or taken away
-    void showCircle(float centerX, float centerY); // of an XYZr contour, with the scheme's diameter
+    void updateD();    // the circle, where points were taught, moved or taken away
+    void showCircle(); // of an XYZr contour
     void updateHeader();
     void updatePlane(int plane);
     void updateTechTab();
@@ -183,26 +179,8 @@ private:
     bool newRing();
 
     // Technology rows.
-    bool isComment(int row) const;
-    bool isOn(int row) const;
-    bool isStop(int row) const;
-    QString techText(int row, int column) const; // empty for a missing cell
-    float prevDistance(int row) const;           // path of the nearest row above that is no comment
-    float nextDistance(int row) const;
-    TechRow techRow(int row) const;
-    Raster raster(int row) const;
-    TechRow restRow() const; // no beam, everything else at its default
-    void writeTechRow(int row, const TechRow& values);
-    void insertTechRow(int row, const TechRow& values);
-    void addPointsToTech(QVector<float> paths);            // as if one after the other
-    void addTechRow(float path, float IrVal, float speed); // before the last
-    void markFixedRow(int row);
-    void resetTechTable();
-    void toggleBlock(int comment);
     void askTechValue(int row, int column);
     void askRaster(int row);
-    void writeRaster(int row, const Raster& values);
-    void showParam(int column, bool on, float value);
     template <class Generator>
     void runGenerator();
 
@@ -225,32 +203,15 @@ private:
     void chooseSave();
     void chooseLoad();
     QString contourText(const QString& name) const; // of its file, with the program's name; needs a scheme
-    QString contourRowText(int row) const;
-    QString techRowText(int row) const;
     void loadHead(SaveFile& file);
-    void loadContourRows(SaveFile& file);
-    void loadTechRows(SaveFile& file);
 
     std::unique_ptr<Ui::CONTOUR> ui;
-    std::unique_ptr<Schema> m_schema;  // null until the first init
+    ContourTable m_points;
+    TechTable m_tech;
     ContourKeeper* m_keeper = nullptr; // child; null while the contour of the last run is read
     QString m_contourDir;              // without the site's root
     QString m_programName;
 
-    bool m_closed = false;
-    bool m_closedForward = true;
-    bool m_moveForward = true;
-    int m_currentPoint = -1;
-    float m_centerX = 0;
-    float m_centerY = 0;
-
-    bool m_focusOn = false;
-    bool m_yokeXOn = false;
-    bool m_yokeYOn = false;
-    float m_defaultIf = 700;
-    float m_defaultIx = 0;
-    float m_defaultIy = 0;
-    bool m_tableValid = true;
     FittedColumn* m_rasterColumn = nullptr; // child of its table
 
     unsigned int m_ch1State = 0;

@@ -2,7 +2,6 @@
 #include "contour.h"
 #include "drivecomm.h"
 #include "programtab.h"
-#include "savefile.h"
 #include "ui_contour.h"
 
 #include <QTimerEvent>
@@ -11,7 +10,7 @@
 
 void CONTOUR::startPassport()
 {
-    if (!m_passport.open(passportHead(), techRow(0).speed))
+    if (!m_passport.open(passportHead(), m_tech.number(0, TechTable::Speed)))
         return;
     ui->twTechTab->setCurrentCell(0, 0);
     timerEvent(nullptr);
@@ -30,7 +29,7 @@ Passport::Head CONTOUR::passportHead() const
         head.programs << tab->text();
     if (m_passport.form() == Passport::Short)
         return head;
-    head.closed = m_closed;
+    head.closed = m_points.closed();
     head.length = ui->length->value();
     head.passes = ui->nrings->value();
     head.weldSpeed = ui->weldSpeed->value();
@@ -42,11 +41,9 @@ Passport::Head CONTOUR::passportHead() const
         }
         head.contour << cells;
     }
-    for (int row = 0; row < ui->twTechTab->rowCount(); ++row)
-        head.technology << (isComment(row) ? QStringLiteral("- ") + techText(row, 0)
-                                           : techLine({techText(row, 0), techText(row, 1), techText(row, 2),
-                                                       techText(row, 5)},
-                                                      raster(row)));
+    for (int row = 0; row < m_tech.rowCount(); ++row)
+        head.technology << m_tech.line(row,
+                                       {TechTable::Path, TechTable::Ir, TechTable::If, TechTable::Speed});
     return head;
 }
 
@@ -56,13 +53,13 @@ Passport::Moment CONTOUR::passportMoment() const
     const unsigned int state = m_passport.form() == Passport::Long ? m_ch3State : m_ch1State;
     now.runs = state == DriveStatus::channelRuns;
     now.moving = m_axisMoving;
-    now.way = ui->length->value() * (m_closed ? ui->nrings->value() : 1.0F);
+    now.way = ui->length->value() * (m_points.closed() ? ui->nrings->value() : 1.0F);
     const ConsoleHost* window = host();
     for (const QString& axis : Passport::axes())
         now.coords << (window ? window->coord(axis) : 0.0F);
     now.pressure = window ? window->pressure() : 0.0F;
-    now.techRows = ui->twTechTab->rowCount();
-    now.techRow = [this](int row) { return techRow(row); };
+    now.techRows = m_tech.rowCount();
+    now.techRow = [this](int row) { return m_tech.row(row); };
     return now;
 }
 
@@ -77,6 +74,6 @@ void CONTOUR::timerEvent(QTimerEvent* event)
     killTimer(event->timerId());
     if (m_passport.form() == Passport::Long)
         m_weld = WeldStage();
-    ui->twTechTab->setCurrentCell(ui->twTechTab->rowCount() - 1, 0);
+    ui->twTechTab->setCurrentCell(m_tech.last(), 0);
     updateGcode();
 }

@@ -6,18 +6,12 @@
 #include "touchmenu.h"
 #include "ui_contour.h"
 
-namespace {
-
-const QString stopText = QStringLiteral("Технол.останов");
-
-} // namespace
-
 template <class Generator>
 void CONTOUR::runGenerator()
 {
     const WeldContour contour = contourValues();
     const PatternDialog::Seam seam{contour.length,
-                                   m_schema->D(),
+                                   schema()->D(),
                                    ui->weldSpeed->value(),
                                    ui->contourSpeed->value(),
                                    contour.closed ? contour.nrings : 1,
@@ -30,15 +24,15 @@ void CONTOUR::runGenerator()
 
 void CONTOUR::on_pbTemplate_clicked()
 {
-    Q_ASSERT(m_schema);
+    Q_ASSERT(schema());
     const QStringList entries = {QStringLiteral("Прихватки     "), QStringLiteral("Сварка     "),
                                  QStringLiteral("Останов     ")};
     const int entry = touchMenu(ui->pbTemplate, QStringLiteral("Шаблоны"), entries);
     if (entry < 0)
         return;
-    const bool round = m_schema->round();
+    const bool round = schema()->round();
     if (entry == 2)
-        addComment(stopText);
+        m_tech.addStop();
     else if (entry == 1)
         round ? runGenerator<CircleWeld>() : runGenerator<LinWeld>();
     else
@@ -48,19 +42,19 @@ void CONTOUR::on_pbTemplate_clicked()
 
 void CONTOUR::on_pbAddTechPoint_clicked()
 {
-    AddContourPoint dialog(this, ui->twContour->rowCount(), ui->nrings->whole());
+    AddContourPoint dialog(this, m_points.rowCount(), ui->nrings->whole());
     connect(&dialog, &AddContourPoint::message, this, &CONTOUR::message);
     dialog.exec();
 }
 
 void CONTOUR::onContourCellDoubleClicked(int row, int column)
 {
-    const bool leaves = m_closed || row < ui->twContour->rowCount() - 1;
-    if (!isXYZ() || column != frameColumn() || row < 0 || !leaves)
+    const bool leaves = m_points.closed() || row < m_points.last();
+    if (!m_points.isXYZ() || column != m_points.frameColumn() || row < 0 || !leaves)
         return;
     ContourParams dialog(this, row + 1, this);
     connect(&dialog, &ContourParams::message, this, &CONTOUR::message);
-    dialog.setFrame(frame(row));
+    dialog.setFrame(m_points.frame(row));
     if (dialog.exec() == QDialog::Accepted)
         updateValidDistance(); // the seam has another length
 }

@@ -78,7 +78,7 @@ void CONTOUR::command(const QString& text)
 void CONTOUR::on_pbGcode_clicked()
 {
     emit message(QStringLiteral("[I]Нажата кнопка 'ПУСК' панели Технология"), false);
-    if (!m_schema) {
+    if (!schema()) {
         emit message(QStringLiteral("[A]Ошибка! Контур не создан, пуск невозможен!"), true);
         return;
     }
@@ -142,7 +142,7 @@ QVector<Launch> CONTOUR::genTestMove()
 
 void CONTOUR::showMotion(const MotionPrograms& programs)
 {
-    if (m_schema->circle())
+    if (schema()->circle())
         program(2)->show(programs.channel2, QStringLiteral("Перемещение изделия"));
     program(1)->show(programs.channel1, QStringLiteral("Перемещение манипулятора"));
 }
@@ -151,23 +151,24 @@ void CONTOUR::showMotion(const MotionPrograms& programs)
 
 void CONTOUR::onContourCellClicked(int row, int column)
 {
-    Q_ASSERT(m_schema);
-    setCurrentPoint(m_currentPoint); // the mark follows the machine, not the finger
-    if (column == frameColumn()) {
+    const QList<float> position = coords();
+    const int current = m_points.current();
+    m_points.setCurrent(current); // the mark follows the machine, not the finger
+    if (column == m_points.frameColumn()) {
         onContourCellDoubleClicked(row, column);
         return;
     }
     constexpr int stepLines = 4; // in both channels
-    if (refused(tooLongText(stepLines * qAbs(qint64(row) - qMax(0, m_currentPoint)))))
+    if (refused(tooLongText(stepLines * qAbs(qint64(row) - qMax(0, current)))))
         return;
-    const bool before = m_moveForward;
-    if (row != m_currentPoint)
-        m_moveForward = m_currentPoint < row;
+    WeldContour contour = contourValues();
+    if (row != current)
+        contour.moveForward = current < row;
     const auto launches =
-        motion(navigationPrograms(contourValues(), m_currentPoint, row, coords(), ui->contourSpeed->text()),
+        motion(navigationPrograms(contour, current, row, position, ui->contourSpeed->text()),
                site().pauses.navigation);
-    if (!write(launches) || !start(launches))
-        m_moveForward = before; // the way was not gone, or not to its end
+    if (write(launches) && start(launches)) // else the way was not gone, or not to its end
+        m_points.setMovesForward(contour.moveForward);
 }
 
 // --- the panels of the channels ---

@@ -3,6 +3,7 @@
 #include "fulldisk.h"
 #include "savefile.h"
 #include "schema.h"
+#include "weldroles.h"
 
 #include <QLineEdit>
 #include <QListWidget>
@@ -41,13 +42,13 @@ const char* const circleFile = "circle\nXYZr\n100 10.125 -20.5\n3 1\n0 1\n300\n3
 
 } // namespace
 
-class TestContourFiles : public QObject
+class TestContourFiles : public ContourTest
 {
     Q_OBJECT
 
 private slots:
-    void init();
-    void cleanup();
+    void init() { begin(); }
+    void cleanup() { end(); }
 
     void savedText_data();
     void savedText();
@@ -87,24 +88,7 @@ private:
         return m_site->read(folder + name + QStringLiteral(".save"));
     }
     QString cell(int row, int column) const { return m_window->cell(m_window->tech(), row, column); }
-
-    std::unique_ptr<SiteFixture> m_site;
-    std::unique_ptr<ContourWindow> m_window;
-    CONTOUR* m_contour = nullptr;
 };
-
-void TestContourFiles::init()
-{
-    m_site = std::make_unique<SiteFixture>();
-    m_window = std::make_unique<ContourWindow>();
-    m_contour = m_window->open();
-}
-
-void TestContourFiles::cleanup()
-{
-    m_window.reset();
-    m_site.reset();
-}
 
 // --- contours ---
 

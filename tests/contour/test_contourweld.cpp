@@ -8,20 +8,14 @@
 #include <QSettings>
 #include <QTextCodec>
 
-namespace {
-
-const QColor offGray(192, 192, 192);
-
-} // namespace
-
 // What is laid along the contour and how it is started: technology table, settings and programs.
-class TestContourWeld : public QObject
+class TestContourWeld : public ContourTest
 {
     Q_OBJECT
 
 private slots:
-    void init();
-    void cleanup();
+    void init() { begin(); }
+    void cleanup() { end(); }
 
     void stopsAndContinuation();
     void allChannelsOrNone();
@@ -31,7 +25,6 @@ private slots:
     void recordOfAWeld();
 
     void techRows();
-    void pointsOfTheContourInTheTable_data();
     void pointsOfTheContourInTheTable();
     void manyPointsAtOnce();
     void tooLongProgramIsNotMade();
@@ -39,37 +32,17 @@ private slots:
     void commentSwitchesItsBlock();
     void insertedRowTakesTheXDefaultTwice();
     void rasterOfARow();
-    void settingsOfTheTable();
     void settingsDialog();
     void anotherPlaneIsAnotherWay();
-    void techAssertions();
 
     void rightsOfTheUser();
     void settingsSurvive();
 
 private:
-    std::unique_ptr<SiteFixture> m_site;
-    std::unique_ptr<ContourWindow> m_window;
-    CONTOUR* m_contour = nullptr;
-
     void ringOf99(const char* passes);
     QString record() const; // the whole file of the only one
     QStringList xs() const { return m_window->column(m_window->points(), 0); }
 };
-
-void TestContourWeld::init()
-{
-    m_site = std::make_unique<SiteFixture>();
-    m_window = std::make_unique<ContourWindow>();
-    m_contour = m_window->open();
-    m_window->ready();
-}
-
-void TestContourWeld::cleanup()
-{
-    m_window.reset();
-    m_site.reset();
-}
 
 // --- starting ---
 
@@ -269,27 +242,17 @@ void TestContourWeld::recordOfAWeld()
 void TestContourWeld::techRows()
 {
     laySampleWeld(*m_window);
-    m_contour->addLinearTackPoint(95, 800, 1200);
-    m_contour->addPointToTech(50);
     QTableWidget* tech = m_window->tech();
-    QCOMPARE(m_window->column(tech, 0), (QStringList{"0.00", "10.00", "50.00", "90.00", "95.00", "100.00"}));
-    QCOMPARE(m_window->column(tech, 1), (QStringList{"0.0", "20.0", "0.0", "20.0", "800.0", "0.0"}));
-    QCOMPARE(m_window->column(tech, 5)[4], QStringLiteral("1200.0"));
-
-    m_contour->addComment(QStringLiteral("Прихватки"));
-    m_contour->addTechPoint(1, 0, 600); // counts from the row above the comment
-    QCOMPARE(m_window->cell(tech, 6, 0), QStringLiteral("96.00"));
-
     tech->setCurrentCell(0, 0);
     QVERIFY(!m_window->find("pbInsTechPoint")->isEnabled());
     QVERIFY(!m_window->find("pbDelTechPoint")->isEnabled());
     tech->setCurrentCell(tech->rowCount() - 1, 0);
     QVERIFY(m_window->find("pbInsTechPoint")->isEnabled());
     QVERIFY(!m_window->find("pbDelTechPoint")->isEnabled());
-    tech->setCurrentCell(5, 0);
+    m_contour->addPointToTech(50);
+    tech->setCurrentCell(3, 0);
     m_window->press("pbDelTechPoint");
-    QCOMPARE(m_window->column(tech, 0),
-             (QStringList{"0.00", "10.00", "50.00", "90.00", "95.00", "96.00", "100.00"}));
+    QCOMPARE(m_window->column(tech, 0), (QStringList{"0.00", "10.00", "50.00", "100.00"}));
 
     Answers answers({Answers::number(QStringLiteral("12.345"))});
     m_window->touchCell(tech, 1, 0);
@@ -298,41 +261,24 @@ void TestContourWeld::techRows()
     QVERIFY(!QApplication::activeModalWidget());
 }
 
-void TestContourWeld::pointsOfTheContourInTheTable_data()
-{
-    QTest::addColumn<bool>("all");
-    QTest::addColumn<bool>("everyPass");
-    QTest::addColumn<QStringList>("paths");
-    QTest::newRow("all, every pass") << true << true
-                                     << QStringList{"0.00",   "100.00", "175.00", "300.00", "400.00",
-                                                    "475.00", "600.00", "700.00", "775.00"};
-    QTest::newRow("all once") << true << false << QStringList{"0.00", "100.00", "175.00"};
-    QTest::newRow("one, every pass") << false << true << QStringList{"100.00", "400.00", "1000.00"};
-    QTest::newRow("one, second pass") << false << false << QStringList{"400.00"};
-}
-
+// The dialog's test has all points on every pass, and one on a pass.
 void TestContourWeld::pointsOfTheContourInTheTable()
 {
-    m_window->choose("pbNew", 0);
-    m_window->teach(0, 0, 0);
-    m_window->teach(100, 0, 0);
-    m_window->teach(100, 75, 0);
-    m_window->choose("pbRing", 0); // 300 mm a pass
-    Answers answers({Answers::number(QStringLiteral("3"))});
-    m_window->press("nrings");
-    QFETCH(bool, all);
-    QFETCH(bool, everyPass);
-    m_contour->addContourPoint(all, everyPass, 2, 2);
-    QStringList paths = m_window->column(m_window->tech(), 0);
-    paths.removeLast();
-    paths.removeFirst();
-    std::sort(paths.begin(), paths.end(),
-              [](const QString& a, const QString& b) { return a.toFloat() < b.toFloat(); });
-    QTEST(paths, "paths");
-    QCOMPARE(deathOf([this] {
-                 m_contour->addContourPoint(false, false, 1, 4);
-             }).contains("rotate <= nrings->value()"),
-             true);
+    for (const bool all : {true, false}) {
+        m_window->choose("pbNew", 0);
+        m_window->teach(0, 0, 0);
+        m_window->teach(100, 0, 0);
+        m_window->teach(100, 75, 0);
+        m_window->choose("pbRing", 0); // 300 mm a pass
+        Answers answers({Answers::number(QStringLiteral("3"))});
+        m_window->press("nrings");
+        m_contour->addContourPoint(all, !all, 2, 2);
+        QCOMPARE(m_window->column(m_window->tech(), 0).join(' '),
+                 QString(all ? "0.00 0.00 100.00 175.00 900.00" : "0.00 1000.00 100.00 400.00 900.00"));
+    }
+    QVERIFY(deathOf([this] {
+                m_contour->addContourPoint(false, false, 1, 4);
+            }).contains("rotate <= nrings->value()"));
 }
 
 // Passes of a ring of 99 points.
@@ -356,15 +302,6 @@ void TestContourWeld::manyPointsAtOnce()
     m_contour->addContourPoint(true, true, 1, 1);
     QCOMPARE(m_window->tech()->rowCount(), 3962);
     QCOMPARE(m_window->tech()->currentRow(), 3961);
-    QVERIFY(m_contour->tableValid());
-
-    // An end that the table shows rounded down is not beyond it.
-    m_window->choose("pbNew", 0);
-    m_window->teach(0, 0, 0);
-    m_window->teach(100, 5, 0);
-    m_contour->addTechPoint(10, 0, 600);
-    m_contour->addContourPoint(false, false, 2, 1);
-    QCOMPARE(m_window->column(m_window->tech(), 0).join(' '), QString("0.00 10.00 100.12 100.12"));
 }
 
 void TestContourWeld::tooLongProgramIsNotMade()
@@ -384,33 +321,13 @@ void TestContourWeld::tooLongProgramIsNotMade()
 void TestContourWeld::invalidTableIsToldAndMarked()
 {
     laySampleWeld(*m_window);
-    QTableWidget* tech = m_window->tech();
-    const auto red = [&] {
-        QString marks;
-        for (int row = 0; row < tech->rowCount(); ++row)
-            marks += tech->item(row, 0)->foreground().color() == QColor(Qt::red) ? 'r' : '.';
-        return marks;
-    };
-    const QString alarm = QStringLiteral("[A]Ошибка заполнения технологической таблицы!");
-    QCOMPARE(red(), QStringLiteral("...."));
-    {
-        Answers answers({Answers::number(QStringLiteral("120"))});
-        m_window->touchCell(tech, 2, 0); // beyond the end of the path
+    m_window->journal.clear();
+    for (const char* path : {"50", "120"}) { // of 100
+        Answers answers({Answers::number(path)});
+        m_window->touchCell(m_window->tech(), 2, 0);
     }
-    QCOMPARE(red(), QStringLiteral("..r."));
-    QCOMPARE(m_window->journal.last(), alarm);
-    {
-        Answers answers({Answers::number(QStringLiteral("10"))});
-        m_window->touchCell(tech, 2, 0); // the same place and the same currents: a change of speed
-    }
-    QVERIFY(m_contour->tableValid());
-    QCOMPARE(red(), QStringLiteral("...."));
-    {
-        Answers answers({Answers::number(QStringLiteral("21"))});
-        m_window->touchCell(tech, 2, 1); // the current jumps
-    }
-    QVERIFY(!m_contour->tableValid());
-    QCOMPARE(red(), QStringLiteral(".rr."));
+    QCOMPARE(m_window->tech()->item(2, 0)->foreground().color(), QColor(Qt::red));
+    QCOMPARE(m_window->journal, QStringList("[A]Ошибка заполнения технологической таблицы!"));
     QVERIFY(m_window->find("pbGcode")->isEnabled());
 }
 
@@ -419,25 +336,11 @@ void TestContourWeld::commentSwitchesItsBlock()
     laySampleWeld(*m_window);
     m_contour->addComment(QStringLiteral("Прихватки"));
     m_contour->addTechPoint(1, 5, 600);
-    m_contour->addTechPoint(1, 0, 600);
-    m_contour->addComment(QStringLiteral("Сварка"));
-    m_contour->addTechPoint(1, 0, 600);
-    QTableWidget* tech = m_window->tech();
-    const auto state = [&] {
-        QString marks;
-        for (int row = 0; row < tech->rowCount(); ++row)
-            marks += tech->item(row, 0)->data(OnRole).toBool() ? '+' : '-';
-        return marks;
-    };
-    QCOMPARE(state(), QStringLiteral("+++-++-++"));
-    m_window->touchCell(tech, 3, 0);
-    QCOMPARE(state(), QStringLiteral("+++----++"));
-    QCOMPARE(tech->item(5, 6)->background().color(), offGray);
-    m_window->press("pbGcode"); // what is switched off is not in the program
-    QVERIFY(!m_site->read(QStringLiteral("/programs/_temp3.npg")).contains("IR=5.0"));
-    m_window->touchCell(tech, 3, 0);
-    QCOMPARE(state(), QStringLiteral("+++-++-++"));
-    QCOMPARE(tech->item(5, 6)->background().color(), QColor(Qt::white));
+    for (const bool on : {false, true}) { // what is switched off is not in the program
+        m_window->touchCell(m_window->tech(), 3, 0);
+        m_window->press("pbGcode");
+        QCOMPARE(m_site->read(QStringLiteral("/programs/_temp3.npg")).contains("IR=5.0"), on);
+    }
 }
 
 void TestContourWeld::insertedRowTakesTheXDefaultTwice()
@@ -470,32 +373,15 @@ void TestContourWeld::rasterOfARow()
         QVERIFY(answers.allGiven());
     }
     QCOMPARE(m_window->cell(tech, 1, 6), QStringLiteral("Прямоугольник; 0.10x0.00; 0; 1; 0.00x0.00; 0; 1"));
-    QCOMPARE(tech->item(1, 6)->data(RasterTypeRole).toInt(), 5);
     answer("pbOn"); // opens with what is stored
     QCOMPARE(m_window->cell(tech, 1, 6), QStringLiteral("Прямоугольник; 0.10x0.00; 0; 1; 0.00x0.00; 0; 1"));
     answer("pbClear");
     QCOMPARE(m_window->cell(tech, 1, 6), QString());
-    QCOMPARE(tech->item(1, 6)->data(RasterTypeRole).toInt(), 5);
     answer("pbOff");
     QCOMPARE(m_window->cell(tech, 1, 6), QStringLiteral("ВЫКЛ"));
     Answers closed({Answers::cancel()});
     m_window->touchCell(tech, 1, 6);
     QCOMPARE(m_window->cell(tech, 1, 6), QStringLiteral("ВЫКЛ"));
-}
-
-void TestContourWeld::settingsOfTheTable()
-{
-    laySampleWeld(*m_window);
-    m_contour->addComment(QStringLiteral("Прихватки"));
-    QTableWidget* tech = m_window->tech();
-    QVERIFY(tech->isColumnHidden(2));
-    m_contour->setTechSettings(false, true, false, false, 655.4f, 1, 1, -1, -1);
-    QVERIFY(!tech->isColumnHidden(2));
-    QVERIFY(tech->isColumnHidden(3));
-    QCOMPARE(m_window->column(tech, 2), (QStringList{"655", "655", "655", "655", "655"}));
-    QCOMPARE(m_window->column(tech, 3)[1], QStringLiteral("0.0")); // a hidden column keeps its values
-    QCOMPARE(tech->item(0, 2)->background(), tech->palette().alternateBase());
-    QCOMPARE(m_contour->schema()->Aux(), -1);
 }
 
 void TestContourWeld::settingsDialog()
@@ -556,26 +442,6 @@ void TestContourWeld::anotherPlaneIsAnotherWay()
     QCOMPARE(m_window->text("plane"), QStringLiteral("XZ"));
     QCOMPARE(m_window->text("length"), QStringLiteral("52.36"));
     QCOMPARE(m_window->cell(m_window->tech(), 1, 0), QStringLiteral("52.36"));
-}
-
-void TestContourWeld::techAssertions()
-{
-    laySampleWeld(*m_window);
-    QVERIFY(deathOf([this] { m_contour->addTechPoint(-1, 0, 0); }).contains("interval >= 0"));
-    m_window->tech()->item(2, 0)->setText(QStringLiteral("-5.00")); // from a file
-    m_contour->addTechPoint(1, 0, 0);
-    QCOMPARE(m_window->cell(m_window->tech(), 3, 0), QStringLiteral("-4.00"));
-    QVERIFY(deathOf([this] {
-                m_contour->addLinearTackPoint(1, 801, 0);
-            }).contains("(IrVal >= 0) && (IrVal <= 800)"));
-    QVERIFY(deathOf([this] { m_contour->coords(2); }).contains("twi"));
-    QVERIFY(deathOf([this] {
-                m_contour->addPoint({1, 2, 3});
-            }).contains("point.size() == twContour->columnCount()"));
-    QVERIFY(deathOf([] {
-                CONTOUR bare;
-                bare.coords();
-            }).contains("m_schema"));
 }
 
 // --- rights, settings ---

@@ -2,13 +2,13 @@
 
 #include "consolehost.h"
 #include "contourkeeper.h"
-#include "drivecomm.h"
 #include "programtab.h"
 #include "schema.h"
 #include "site.h"
 #include "storedspeed.h"
 #include "ui_contour.h"
 #include "weldlook.h"
+#include "weldstart.h"
 
 #include <QSettings>
 #include <QSignalBlocker>
@@ -52,10 +52,12 @@ CONTOUR::CONTOUR(QWidget* parent)
         connect(tab, &ProgramTab::message, this, &CONTOUR::message);
         connect(tab, &ProgramTab::command, this, &CONTOUR::command);
     }
+    m_start = new WeldStart(m_programs, this);
+    connect(m_start, &WeldStart::message, this, &CONTOUR::message);
     ui->frmRotate->hide();
     ui->nrings->setValue(1, 0);
     for (QPushButton* start : {ui->pbGcode, ui->pbRun, ui->pbRun_2, ui->pbRun_3})
-        takeOneTouch(start, [this] { return m_startUnanswered; });
+        takeOneTouch(start, [this] { return m_machine.startUnanswered; });
     dressWeldPanel(this);
     loadSettings();
     m_rasterColumn = new FittedColumn(ui->twTechTab, TechTable::RasterCell);
@@ -95,7 +97,7 @@ void CONTOUR::init(Schema* schema)
     if (m_points.schema())
         saveColumnWidths();
     m_points.init(std::unique_ptr<Schema>(schema));
-    m_weld = WeldStage(); // a weld that stopped on the former contour does not go on here
+    m_start->forget(); // a weld that stopped on the former contour does not go on here
     const QSettings settings(site().path(settingsFile), QSettings::IniFormat);
     restoreWidths(ui->twContour, settings, contourWidthKeys(m_points.axisNames()), defaultContourWidth);
     m_tech.reset(ui->weldSpeed->value());
@@ -176,38 +178,35 @@ void CONTOUR::saveSettings() const
 
 void CONTOUR::onDriveState(bool on)
 {
-    m_driveOn = on;
+    m_machine.drivesOn = on;
     updateEnables();
 }
 
 void CONTOUR::onVirtualMode(bool on)
 {
-    m_virtualMode = on;
+    m_machine.virtualMode = on;
     updateEnables();
 }
 
 void CONTOUR::onChannel1State(unsigned int state)
 {
-    m_ch1State = state;
-    m_startUnanswered = false;
+    m_machine.channelTold(1, state);
     updateEnables();
 }
 
 void CONTOUR::onChannel2State(unsigned int state)
 {
-    m_ch2State = state;
-    m_startUnanswered = false;
+    m_machine.channelTold(2, state);
 }
 
 void CONTOUR::onChannel3State(unsigned int state)
 {
-    m_ch3State = state;
-    m_startUnanswered = false;
+    m_machine.channelTold(3, state);
 }
 
 void CONTOUR::onAxisMoving(bool moving)
 {
-    m_axisMoving = moving;
+    m_machine.axisMoving = moving;
 }
 
 void CONTOUR::onChangedPointNo(unsigned int n)
@@ -238,45 +237,17 @@ void CONTOUR::onUserChanged(int group)
 
 void CONTOUR::updateEnables()
 {
-    updateNew();
-    updateIns();
-    updateCorr();
-    updateCorrNgo();
-    updateDel();
+    const bool still = !m_machine.runs(1);
+    const bool canCorrect = m_machine.canTeach() && m_points.current() >= 0;
+    const bool canDelete = still && m_points.rowCount() > 0;
+    ui->pbNew->setEnabled(still);
+    ui->pbIns->setEnabled(m_machine.canTeach() && schema());
+    ui->pbCorr->setEnabled(canCorrect);
+    ui->pbCorrNgo->setEnabled(canCorrect);
+    ui->pbDel->setEnabled(canDelete);
+    ui->pbInverse->setEnabled(canDelete);
     updateRing();
     updateGcode();
-}
-
-bool CONTOUR::channel1Runs() const
-{
-    return m_ch1State == DriveStatus::channelRuns;
-}
-
-void CONTOUR::updateNew()
-{
-    ui->pbNew->setEnabled(!channel1Runs());
-}
-
-void CONTOUR::updateIns()
-{
-    ui->pbIns->setEnabled(!channel1Runs() && m_driveOn && m_virtualMode && schema());
-}
-
-void CONTOUR::updateCorr()
-{
-    ui->pbCorr->setEnabled(!channel1Runs() && m_driveOn && m_virtualMode && m_points.current() >= 0);
-}
-
-void CONTOUR::updateCorrNgo()
-{
-    ui->pbCorrNgo->setEnabled(!channel1Runs() && m_driveOn && m_virtualMode && m_points.current() >= 0);
-}
-
-void CONTOUR::updateDel()
-{
-    const bool enabled = !channel1Runs() && m_points.rowCount() > 0;
-    ui->pbDel->setEnabled(enabled);
-    ui->pbInverse->setEnabled(enabled);
 }
 
 void CONTOUR::updateRing()
@@ -288,14 +259,14 @@ void CONTOUR::updateRing()
         text = m_points.closedForward() ? QStringLiteral("Замкнут\nпрямым\nходом")
                                         : QStringLiteral("Замкнут\nобратным\nходом");
     ui->pbRing->setText(text);
-    ui->pbRing->setEnabled(!channel1Runs() && m_points.rowCount() > 1);
+    ui->pbRing->setEnabled(!m_machine.runs(1) && m_points.rowCount() > 1);
     ui->frmRings->setEnabled(m_points.closed());
 }
 
 // The start buttons stay enabled wherever the machine stands: the operator places it.
 void CONTOUR::updateGcode()
 {
-    const bool goOn = m_weld.stopsSeen >= m_weld.stage && !channel1Runs();
+    const bool goOn = m_start->goesOn() && !m_machine.runs(1);
     const QString text = goOn ? QStringLiteral("ДАЛЕЕ") : QStringLiteral("ПУСК");
     if (ui->pbGcode->text() != text)
         ui->pbGcode->setText(text);

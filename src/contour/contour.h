@@ -1,24 +1,21 @@
 #pragma once
 
 #include "contourtable.h"
+#include "machinestate.h"
 #include "passport.h"
 #include "techtable.h"
-#include "weldprogram.h"
 
 #include <QTabWidget>
 
 #include <array>
 #include <memory>
-#include <optional>
 
 class ConsoleHost;
 class ContourKeeper;
 class FittedColumn;
-class PoLabel;
 class ProgramTab;
 class SaveFile;
-class QTableWidget;
-struct Launch;
+class WeldStart;
 namespace Ui {
 class CONTOUR;
 }
@@ -57,21 +54,12 @@ public:
     void recalcPointsForNewDiameter(float oldD, float newD);
 
     // The technology table. Currents in mA, speeds in mm/min, paths in mm.
-    void addTechPoint(float interval, float IrVal, float speed)
-    {
-        m_tech.addTechPoint(interval, IrVal, speed);
-    }
-    void addLinearTackPoint(float path, float IrVal, float speed)
-    {
-        m_tech.addLinearTackPoint(path, IrVal, speed);
-    }
+    void addTechPoint(float interval, float Ir, float speed) { m_tech.addTechPoint(interval, Ir, speed); }
+    void addLinearTackPoint(float path, float Ir, float speed) { m_tech.addLinearTackPoint(path, Ir, speed); }
     void addPointToTech(float path);
     void addComment(const QString& text) { m_tech.addComment(text); }
     void addContourPoint(bool all, bool everyPass, int point, int pass); // point and pass from 1
-    void setParamValueInTable(int column, float value, int decimals)
-    {
-        m_tech.setParamValueInTable(column, value, decimals);
-    }
+    void setParamValueInTable(int column, float value, int decimals);
     void setTechSettings(bool test, bool focus, bool yokeX, bool yokeY, float If, float Ix, float Iy, float D,
                          int plane);
 
@@ -80,8 +68,7 @@ public:
     void save(const QString& name, const QString& path, bool updateName);
     void load(const QString& name, const QString& path);
 
-    // Writes the program and starts it on the channel; when the file cannot be written nothing is sent, and
-    // the journal tells so.
+    // Writes the program and starts it on the channel; one that cannot be written is told and not started.
     void run(int channel, const QString& text);
 
     // Opens the record of a run, which ends by itself: the long form when the last start was a weld, else the
@@ -142,25 +129,16 @@ private slots:
     void on_pbPrgSave_3_clicked();
 
 private:
-    // Life.
-    void loadSettings();
-    void saveSettings() const;
-    void saveColumnWidths() const;
     ConsoleHost* host() const;
+    void command(const QString& text);   // to the controller
+    bool refused(const QString& reason); // a journal line, empty where nothing speaks against it
     void setProgramName(const QString& name);
     void edited(); // something that the contour's file keeps may have changed
-
     WeldContour contourValues() const;
     WeldTables tables() const;
 
-    // Enable rules and what follows from the tables.
+    // What follows from the tables and from the machine.
     void updateEnables();
-    bool channel1Runs() const;
-    void updateNew();
-    void updateIns();
-    void updateCorr();
-    void updateCorrNgo();
-    void updateDel();
     void updateRing();
     void updateGcode();
     void updateLength();
@@ -172,58 +150,30 @@ private:
     void updateValidDistance();
     void updateAfterEdit(); // what depends on the rows of the contour, but for the circle through them
 
-    // Contour actions.
-    bool askNumber(const QString& title, PoLabel* label, int decimals, float minimum, float maximum);
-    std::optional<float> askDiameter(); // mm
     bool newRound();
     bool newRing();
-
-    // Technology rows.
     void askTechValue(int row, int column);
     void askRaster(int row);
-    template <class Generator>
-    void runGenerator();
-
-    // Running. The generators show their programs in the panels of the channels.
-    bool refused(const QString& reason); // a journal line, empty where nothing speaks against it
-    QVector<Launch> genTechnology();
-    QVector<Launch> genContour(WeldStage& weld);
-    QVector<Launch> genTestMove();
-    void showMotion(const MotionPrograms& programs);
-    bool write(const QVector<Launch>& launches); // false: not all were written, and that is told
-    bool start(const QVector<Launch>& launches); // false: broken off in a pause
-    ProgramTab* program(int channel) const;
-    void command(const QString& text);
-
-    // The record of a run.
     Passport::Head passportHead() const;
     Passport::Moment passportMoment() const;
 
-    // Files.
-    void chooseSave();
-    void chooseLoad();
-    QString contourText(const QString& name) const; // of its file, with the program's name; needs a scheme
+    // What is kept. The text is that of the contour's file, with the program's name; it needs a scheme.
+    QString contourText(const QString& name) const;
     void loadHead(SaveFile& file);
+    void loadSettings();
+    void saveSettings() const;
+    void saveColumnWidths() const;
 
     std::unique_ptr<Ui::CONTOUR> ui;
     ContourTable m_points;
     TechTable m_tech;
+    FittedColumn* m_rasterColumn = nullptr;  // child of its table
+    std::array<ProgramTab*, 3> m_programs{}; // children, of the channels 1 to 3
+    WeldStart* m_start = nullptr;            // child
+    Passport m_passport;
     ContourKeeper* m_keeper = nullptr; // child; null while the contour of the last run is read
     QString m_contourDir;              // without the site's root
     QString m_programName;
-
-    FittedColumn* m_rasterColumn = nullptr; // child of its table
-
-    unsigned int m_ch1State = 0;
-    unsigned int m_ch2State = 0;
-    unsigned int m_ch3State = 0;
-    bool m_driveOn = false;
-    bool m_virtualMode = false;
-    bool m_axisMoving = false;
-    bool m_startUnanswered = false; // no channel has told of another state since the last start
-    WeldStage m_weld;
     bool m_testMode = false; // the beam current is in the operator's hand
-
-    std::array<ProgramTab*, 3> m_programs{}; // children, of the channels 1 to 3
-    Passport m_passport;
+    MachineState m_machine;
 };

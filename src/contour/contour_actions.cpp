@@ -15,6 +15,22 @@ constexpr float maxRingPoints = 10'000;
 
 const QString newProgramName = QStringLiteral("Программа сварки");
 
+std::optional<float> askDiameter(CONTOUR* panel) // mm
+{
+    return askLength(QStringLiteral("Диаметр, мм"), panel, 0,
+                     [panel](const QString& line) { emit panel->message(line, true); });
+}
+
+bool askNumber(CONTOUR* panel, const QString& title, PoLabel* label, int decimals, float minimum,
+               float maximum)
+{
+    Numpad numpad(title, panel, label->value(), decimals == 0, true, false);
+    if (numpad.exec() != QDialog::Accepted)
+        return false;
+    label->setValue(qBound(minimum, static_cast<float>(numpad.value()), maximum), decimals);
+    return true;
+}
+
 } // namespace
 
 // --- a new contour ---
@@ -44,15 +60,9 @@ void CONTOUR::on_pbNew_clicked()
         setProgramName(newProgramName);
 }
 
-std::optional<float> CONTOUR::askDiameter()
-{
-    return askLength(QStringLiteral("Диаметр, мм"), this, 0,
-                     [this](const QString& line) { emit message(line, true); });
-}
-
 bool CONTOUR::newRound()
 {
-    const auto diameter = askDiameter();
+    const auto diameter = askDiameter(this);
     if (!diameter)
         return false;
     init(new SchemaXYZr(*diameter, 0, 0));
@@ -63,7 +73,7 @@ bool CONTOUR::newRound()
 
 bool CONTOUR::newRing()
 {
-    const auto diameter = askDiameter();
+    const auto diameter = askDiameter(this);
     if (!diameter)
         return false;
     Numpad points(QStringLiteral("Кол-во точек"), this, 1, true, true, false);
@@ -161,18 +171,9 @@ void CONTOUR::on_pbInverse_clicked()
 
 // --- numbers ---
 
-bool CONTOUR::askNumber(const QString& title, PoLabel* label, int decimals, float minimum, float maximum)
-{
-    Numpad numpad(title, this, label->value(), decimals == 0, true, false);
-    if (numpad.exec() != QDialog::Accepted)
-        return false;
-    label->setValue(qBound(minimum, static_cast<float>(numpad.value()), maximum), decimals);
-    return true;
-}
-
 void CONTOUR::on_nrings_clicked()
 {
-    if (!askNumber(QStringLiteral("Число проходов"), ui->nrings, 0, 1, maxPasses))
+    if (!askNumber(this, QStringLiteral("Число проходов"), ui->nrings, 0, 1, maxPasses))
         return;
     emit message(
         QStringLiteral("[I]Задано новое число проходов по контуру - %1").arg(double(ui->nrings->value())),
@@ -183,9 +184,21 @@ void CONTOUR::on_nrings_clicked()
 
 void CONTOUR::on_contourSpeed_clicked()
 {
-    if (!askNumber(QStringLiteral("Скорость, мм/мин"), ui->contourSpeed, 1, 0, maxSpeed))
+    if (!askNumber(this, QStringLiteral("Скорость, мм/мин"), ui->contourSpeed, 1, 0, maxSpeed))
         return;
     emit message(QStringLiteral("[I]Задана новая скорость перехода по контуру - %1 мм/мин")
                      .arg(double(ui->contourSpeed->value())),
                  false);
+}
+
+void CONTOUR::on_weldSpeed_clicked()
+{
+    if (!askNumber(this, QStringLiteral("Скорость сварки, мм/мин"), ui->weldSpeed, 1, 0, maxSpeed))
+        return;
+    emit message(
+        QStringLiteral("[I]Задана новая скорость сварки - %1 мм/мин").arg(double(ui->weldSpeed->value())),
+        false);
+    setParamValueInTable(TechTable::Speed, ui->weldSpeed->value(),
+                         TechTable::numbers[TechTable::Speed].decimals);
+    edited(); // also where all rows have it already
 }

@@ -112,33 +112,18 @@ void CONTOUR::loadHead(SaveFile& file)
 
 void CONTOUR::on_pbSave_clicked()
 {
-    chooseSave();
-}
-
-void CONTOUR::on_pbSave_2_clicked()
-{
-    chooseSave();
-}
-
-void CONTOUR::on_pbLoad_clicked()
-{
-    chooseLoad();
-}
-
-void CONTOUR::on_pbLoad_2_clicked()
-{
-    chooseLoad();
-}
-
-void CONTOUR::chooseSave()
-{
     emit message(QStringLiteral("[I]Нажата кнопка 'Сохранить контур'"), false);
     FileManager files(this, m_contourDir, contourExt, false);
     if (files.exec() == QDialog::Accepted)
         save(files.name(), files.path(), true);
 }
 
-void CONTOUR::chooseLoad()
+void CONTOUR::on_pbSave_2_clicked()
+{
+    on_pbSave_clicked();
+}
+
+void CONTOUR::on_pbLoad_clicked()
 {
     emit message(QStringLiteral("[I]Нажата кнопка 'Загрузить контур'"), false);
     FileManager files(this, m_contourDir, contourExt, true);
@@ -146,34 +131,39 @@ void CONTOUR::chooseLoad()
         load(files.name(), files.path());
 }
 
+void CONTOUR::on_pbLoad_2_clicked()
+{
+    on_pbLoad_clicked();
+}
+
 // --- programs of the channels ---
 
 void CONTOUR::on_pbPrgOpen_1_clicked()
 {
-    program(1)->open();
+    m_programs[0]->open();
 }
 
 void CONTOUR::on_pbPrgOpen_2_clicked()
 {
-    program(2)->open();
+    m_programs[1]->open();
 }
 
 void CONTOUR::on_pbPrgOpen_3_clicked()
 {
-    program(3)->open();
+    m_programs[2]->open();
 }
 
 void CONTOUR::on_pbPrgSave_1_clicked()
 {
-    program(1)->save();
+    m_programs[0]->save();
 }
 
 void CONTOUR::on_pbPrgSave_2_clicked()
 {
-    program(2)->save();
+    m_programs[1]->save();
 }
 
 void CONTOUR::on_pbPrgSave_3_clicked()
 {
-    program(3)->save();
+    m_programs[2]->save();
 }

@@ -1,8 +1,8 @@
 #include "consolehost.h"
 #include "contour.h"
-#include "drivecomm.h"
 #include "programtab.h"
 #include "ui_contour.h"
+#include "weldstart.h"
 
 #include <QTimerEvent>
 
@@ -50,9 +50,8 @@ Passport::Head CONTOUR::passportHead() const
 Passport::Moment CONTOUR::passportMoment() const
 {
     Passport::Moment now;
-    const unsigned int state = m_passport.form() == Passport::Long ? m_ch3State : m_ch1State;
-    now.runs = state == DriveStatus::channelRuns;
-    now.moving = m_axisMoving;
+    now.runs = m_machine.runs(m_passport.form() == Passport::Long ? 3 : 1);
+    now.moving = m_machine.axisMoving;
     now.way = ui->length->value() * (m_points.closed() ? ui->nrings->value() : 1.0F);
     const ConsoleHost* window = host();
     for (const QString& axis : Passport::axes())
@@ -73,7 +72,7 @@ void CONTOUR::timerEvent(QTimerEvent* event)
     }
     killTimer(event->timerId());
     if (m_passport.form() == Passport::Long)
-        m_weld = WeldStage();
+        m_start->forget();
     ui->twTechTab->setCurrentCell(m_tech.last(), 0);
     updateGcode();
 }

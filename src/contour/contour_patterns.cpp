@@ -6,21 +6,17 @@
 #include "touchmenu.h"
 #include "ui_contour.h"
 
+namespace {
+
 template <class Generator>
-void CONTOUR::runGenerator()
+bool generate(const PatternDialog::Seam& seam, CONTOUR* panel, QWidget* button)
 {
-    const WeldContour contour = contourValues();
-    const PatternDialog::Seam seam{contour.length,
-                                   schema()->D(),
-                                   ui->weldSpeed->value(),
-                                   ui->contourSpeed->value(),
-                                   contour.closed ? contour.nrings : 1,
-                                   contour};
-    Generator dialog(seam, this, ui->pbTemplate);
-    connect(&dialog, &PatternDialog::message, this, &CONTOUR::message);
-    if (dialog.exec() == QDialog::Accepted)
-        updateValidDistance();
+    Generator dialog(seam, panel, button);
+    QObject::connect(&dialog, &PatternDialog::message, panel, &CONTOUR::message);
+    return dialog.exec() == QDialog::Accepted;
 }
+
+} // namespace
 
 void CONTOUR::on_pbTemplate_clicked()
 {
@@ -30,13 +26,22 @@ void CONTOUR::on_pbTemplate_clicked()
     const int entry = touchMenu(ui->pbTemplate, QStringLiteral("Шаблоны"), entries);
     if (entry < 0)
         return;
-    const bool round = schema()->round();
-    if (entry == 2)
+    if (entry == 2) {
         m_tech.addStop();
-    else if (entry == 1)
-        round ? runGenerator<CircleWeld>() : runGenerator<LinWeld>();
-    else
-        round ? runGenerator<CircleTackWelds>() : runGenerator<LinTackWelds>();
+    } else {
+        const WeldContour contour = contourValues();
+        const PatternDialog::Seam seam{contour.length,
+                                       schema()->D(),
+                                       ui->weldSpeed->value(),
+                                       ui->contourSpeed->value(),
+                                       contour.closed ? contour.nrings : 1,
+                                       contour};
+        const auto dialog = schema()->round()
+                                ? (entry == 1 ? generate<CircleWeld> : generate<CircleTackWelds>)
+                                : (entry == 1 ? generate<LinWeld> : generate<LinTackWelds>);
+        if (dialog(seam, this, ui->pbTemplate))
+            updateValidDistance();
+    }
     updateTechTab();
 }
 

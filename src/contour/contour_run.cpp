@@ -2,73 +2,17 @@
 #include "contour.h"
 #include "drivecomm.h"
 #include "programtab.h"
-#include "requiredpause.h"
-#include "schema.h"
-#include "site.h"
 #include "ui_contour.h"
-
-#include <algorithm>
-
-// A program to be started on its channel.
-struct Launch
-{
-    int channel;
-    QString program;
-    std::chrono::microseconds pause; // behind its start
-};
-
-namespace {
-
-// Channel 1 last: it gives the event that the others wait for.
-QVector<Launch> motion(const MotionPrograms& programs, std::chrono::microseconds pause)
-{
-    QVector<Launch> launches;
-    if (!programs.channel2.isEmpty())
-        launches.append({2, programs.channel2, pause});
-    launches.append({1, programs.channel1, {}});
-    return launches;
-}
-
-} // namespace
+#include "weldstart.h"
 
 void CONTOUR::run(int channel, const QString& text)
 {
-    const QVector<Launch> launches{{channel, text, {}}};
-    if (write(launches))
-        start(launches);
-}
-
-// All programs are written before the first is started: a channel whose partner's program is missing would
-// wait for it at its event for ever.
-bool CONTOUR::write(const QVector<Launch>& launches)
-{
-    return std::all_of(launches.begin(), launches.end(), [this](const Launch& launch) {
-        return program(launch.channel)->write(launch.program);
-    });
-}
-
-bool CONTOUR::start(const QVector<Launch>& launches)
-{
-    for (int i = 0; i < launches.size(); ++i) {
-        if (i > 0 && !RequiredPause::wait(launches[i - 1].pause)) {
-            emit message(QStringLiteral("[W]Пуск прерван, канал %1 не запущен").arg(launches[i].channel),
-                         true);
-            return false;
-        }
-        program(launches[i].channel)->start();
-    }
-    return true;
-}
-
-ProgramTab* CONTOUR::program(int channel) const
-{
-    Q_ASSERT(channel >= 1 && channel <= 3);
-    return m_programs[std::size_t(channel) - 1];
+    m_start->run(channel, text);
 }
 
 void CONTOUR::command(const QString& text)
 {
-    m_startUnanswered = true;
+    m_machine.startUnanswered = true;
     if (ConsoleHost* window = host())
         window->drives()->command(text);
 }
@@ -84,27 +28,14 @@ void CONTOUR::on_pbGcode_clicked()
     }
     if (refused(tooLongText(programLines(tables()))))
         return;
-    WeldStage weld = m_weld;
-    const bool goesOn = weld.stopsSeen >= weld.stage;
-    QVector<Launch> launches;
-    if (goesOn) {
-        // Channel 3 still runs and stands at its event: only the motion goes on.
-        weld.stopsSeen = 0;
-        ++weld.stage;
-        launches = genContour(weld);
-    } else if (m_testMode) {
-        launches = genTestMove();
-    } else {
-        weld = WeldStage();
-        launches = genTechnology() + genContour(weld);
-    }
-    if (!write(launches))
-        return; // the next press does the same
+    const bool goesOn = m_start->goesOn();
+    const WeldStart::Outcome outcome = m_testMode && !goesOn
+                                           ? m_start->testMove(contourValues(), ui->weldSpeed->value())
+                                           : m_start->weld(tables());
+    if (outcome == WeldStart::NotWritten)
+        return;
     if (!goesOn)
         m_passport.setForm(m_testMode ? Passport::Short : Passport::Long);
-    m_weld = WeldStage(); // a start that is broken off is nothing to go on with
-    if (start(launches))
-        m_weld = weld;
     updateGcode();
 }
 
@@ -113,38 +44,6 @@ bool CONTOUR::refused(const QString& reason)
     if (!reason.isEmpty())
         emit message(reason, true);
     return !reason.isEmpty();
-}
-
-// Channel 3 must wait for its event before the others start.
-QVector<Launch> CONTOUR::genTechnology()
-{
-    const QString text = technologyProgram(tables());
-    program(3)->show(text, QStringLiteral("Технология"));
-    return {{3, text, site().pauses.beforeContour}};
-}
-
-QVector<Launch> CONTOUR::genContour(WeldStage& weld)
-{
-    const MotionPrograms programs = contourPrograms(tables(), weld);
-    const QString doubt = doubtText(programs.doubt);
-    if (weld.stage == 1 && !doubt.isEmpty()) // what follows a stop was told with the start
-        emit message(doubt, true);
-    showMotion(programs);
-    return motion(programs, site().pauses.beforeManipulator);
-}
-
-QVector<Launch> CONTOUR::genTestMove()
-{
-    const MotionPrograms programs = testMovePrograms(contourValues(), ui->weldSpeed->value());
-    showMotion(programs);
-    return motion(programs, site().pauses.navigation);
-}
-
-void CONTOUR::showMotion(const MotionPrograms& programs)
-{
-    if (schema()->circle())
-        program(2)->show(programs.channel2, QStringLiteral("Перемещение изделия"));
-    program(1)->show(programs.channel1, QStringLiteral("Перемещение манипулятора"));
 }
 
 // --- touching a point ---
@@ -164,11 +63,8 @@ void CONTOUR::onContourCellClicked(int row, int column)
     WeldContour contour = contourValues();
     if (row != current)
         contour.moveForward = current < row;
-    const auto launches =
-        motion(navigationPrograms(contour, current, row, position, ui->contourSpeed->text()),
-               site().pauses.navigation);
-    if (write(launches) && start(launches)) // else the way was not gone, or not to its end
-        m_points.setMovesForward(contour.moveForward);
+    if (m_start->walk(contour, current, row, position, ui->contourSpeed->text()) == WeldStart::Started)
+        m_points.setMovesForward(contour.moveForward); // else the way was not gone, or not to its end
 }
 
 // --- the panels of the channels ---
@@ -178,7 +74,7 @@ void CONTOUR::on_pbRun_clicked()
     QString against;
     if (m_passport.isOpen()) // a record follows one run to its end
         against = QStringLiteral("[A]Ошибка! Паспорт предыдущего пуска ещё не закрыт, пуск невозможен!");
-    if (!program(1)->run(against))
+    if (!m_programs[0]->run(against))
         return;
     m_passport.setForm(Passport::Short);
     startPassport();
@@ -186,10 +82,10 @@ void CONTOUR::on_pbRun_clicked()
 
 void CONTOUR::on_pbRun_2_clicked()
 {
-    program(2)->run();
+    m_programs[1]->run();
 }
 
 void CONTOUR::on_pbRun_3_clicked()
 {
-    program(3)->run();
+    m_programs[2]->run();
 }

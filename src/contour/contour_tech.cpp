@@ -14,6 +14,11 @@ void CONTOUR::addPointToTech(float path)
     m_tech.addPoints({path}, ui->weldSpeed->value());
 }
 
+void CONTOUR::setParamValueInTable(int column, float value, int decimals)
+{
+    m_tech.setParamValueInTable(column, value, decimals);
+}
+
 void CONTOUR::addContourPoint(bool all, bool everyPass, int point, int pass)
 {
     const auto rotate = static_cast<float>(pass);
@@ -90,18 +95,6 @@ void CONTOUR::on_pbDelTechPoint_clicked()
     m_tech.remove(ui->twTechTab->currentRow());
     updateTechTab();
     updateValidDistance();
-}
-
-void CONTOUR::on_weldSpeed_clicked()
-{
-    if (!askNumber(QStringLiteral("Скорость сварки, мм/мин"), ui->weldSpeed, 1, 0, maxSpeed))
-        return;
-    emit message(
-        QStringLiteral("[I]Задана новая скорость сварки - %1 мм/мин").arg(double(ui->weldSpeed->value())),
-        false);
-    setParamValueInTable(TechTable::Speed, ui->weldSpeed->value(),
-                         TechTable::numbers[TechTable::Speed].decimals);
-    edited(); // also where all rows have it already
 }
 
 void CONTOUR::onTechTabCellClicked(int row, int column)

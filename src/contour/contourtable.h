@@ -33,7 +33,7 @@ public:
     int last() const { return rowCount() - 1; }
     QList<float> coords(int row) const;
     Frame frame(int row) const;
-    WeldContour values() const; // one pass, of no length: how many there are and how long is not the table's
+    WeldContour values() const; // of one pass; how many there are and their length is not the table's
     void markReach(const WeldContour& values); // points that the scheme cannot come to are red
 
     int current() const { return m_current; } // -1 when there is none
@@ -44,8 +44,7 @@ public:
     void addPoint(const QList<float>& point); // asserts unless it fills the columns
     void movePoint(int row, const QList<float>& delta);
     void setFrame(int row, const Frame& frame);
-    bool
-    teach(const QList<float>& live); // beside the current point; false where the machine is there already
+    bool teach(const QList<float>& live); // beside the current one; false where that is the same place
     void moveCurrentTo(const QList<float>& live);
     void moveAllTo(const QList<float>& live); // by as much as the current point
     void removeCurrent();

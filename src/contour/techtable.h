@@ -63,10 +63,11 @@ public:
     // Rows come in. A current outside 0 to 800 asserts.
     void reset(float speed); // the two fixed rows alone
     void insert(int row, const TechRow& values);
-    void addTechPoint(float interval, float IrVal, float speed); // before the last, from the path above on
-    void addLinearTackPoint(float interval, float IrVal, float speed); // the same; interval: from the start
-    void addPoints(QVector<float> paths, float speed); // as if one after the other, each before the first row
-                                                       // that lies not below it
+    // Before the last one, by an interval from the path above or by a path from the start.
+    void addTechPoint(float interval, float IrVal, float speed);
+    void addLinearTackPoint(float interval, float IrVal, float speed);
+    // As if one after the other, each before the first row that lies not below it.
+    void addPoints(QVector<float> paths, float speed);
     void addComment(const QString& text);
     void addStop();
     void remove(int row); // asserts on a fixed one
@@ -77,7 +78,7 @@ public:
     void setRaster(int row, const Raster& values);
     void setWholePath(double path);
     void toggleBlock(int comment);
-    bool markValidity(); // paths that cannot be gone are red; whether there is none
+    bool markValidity(); // paths that cannot be gone are red; false when there are some
 
     // The rows as contour files have them, with all numbers, and the record of a run with some.
     QString line(int row, const QVector<Column>& columns = {Path, Ir, If, Ix, Iy, Speed}) const;

@@ -24,10 +24,11 @@ struct Tab : QWidget
     explicit Tab(int channel)
         : program(channel, &edit, &name, this)
     {
-        connect(&program, &ProgramTab::message, this, [this](const QString& line) { told << line; });
+        connect(&program, &ProgramTab::message, this,
+                [this](const QString& line, bool shown) { told << (shown ? "! " : "") + line; });
         connect(&program, &ProgramTab::command, this, [this](const QString& text) { told << text; });
     }
-    // What it told since the last look: journal and commands.
+    // What it told since the last look: the journal, "! " before a line to be shown, and commands.
     QStringList news() { return std::exchange(told, {}); }
 
     SiteFixture files;
@@ -54,7 +55,7 @@ void TestProgramTab::filesItIsKeptIn()
         tab.program.saveFile("turn", "/programs/ch2/turn");
     }
     tab.program.loadFile("nothing", "/programs/ch2/nothing");
-    QCOMPARE(tab.news(), QStringList("[A]Файл /programs/ch2/turn.npg не записан"));
+    QCOMPARE(tab.news(), QStringList("! [A]Файл /programs/ch2/turn.npg не записан"));
     QCOMPARE(tab.name.text(), QString("other"));
     QCOMPARE(tab.program.text().size(), 1000);
 
@@ -77,14 +78,14 @@ void TestProgramTab::startsOnItsChannel()
         QCOMPARE(tab.news(), QStringList("EXEC_" + channel + "(" + made + ")"));
         tab.edit.setPlainText("by hand");
         QVERIFY(!tab.program.run("[A]Нельзя"));
-        QCOMPARE(tab.news(), QStringList({pressed, "[A]Нельзя"}));
+        QCOMPARE(tab.news(), QStringList({pressed, "! [A]Нельзя"}));
         QCOMPARE(tab.files.read(made), QByteArray("generated"));
         QVERIFY(tab.program.run());
         QCOMPARE(tab.news(), QStringList({pressed, "EXEC_" + channel + "(" + edited + ")"}));
         QCOMPARE(tab.files.read(edited), QByteArray("by hand"));
 
         const FullDisk full(1);
-        const QString trouble = "[A]Файл %1 не записан, программа не запущена";
+        const QString trouble = "! [A]Файл %1 не записан, программа не запущена";
         QVERIFY(!tab.program.write("generated") && !tab.program.run());
         QCOMPARE(tab.news(), QStringList({trouble.arg(made), pressed, trouble.arg(edited)}));
     }

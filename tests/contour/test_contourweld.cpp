@@ -190,7 +190,6 @@ void TestContourWeld::recordOfAProgram()
     m_window->press("pbRun"); // a record follows one run to its end
     QCOMPARE(m_window->journal.last(),
              QStringLiteral("[A]Ошибка! Паспорт предыдущего пуска ещё не закрыт, пуск невозможен!"));
-    QVERIFY(deathOf([this] { m_contour->startPassport(); }).contains("!m_ppf.isOpen()"));
 }
 
 // No button starts such a record yet.

@@ -53,12 +53,10 @@ private slots:
     void savedText_data();
     void savedText();
     void whatIsLoaded();
-    void backwardClosureComesBackForward();
-    void switchedOffRowComesBackOn();
+    void whatAFileDoesNotKeep();
     void directionOfARingComesBack();
     void circleComesBack();
-    void missingFileChangesNothing();
-    void fullDiskIsTold();
+    void whatFailsChangesNothing();
     void workIsKeptWhileItGoesOn();
 
     void fileCutAtEveryByte();
@@ -71,9 +69,8 @@ private slots:
     void programFiles();
     void fileDialogLists();
     void fileDialogWalksTheProgramFolders();
-    void fileDialogAsksBeforeItOverwrites();
+    void fileDialogAsksBeforeItOverwritesOrDeletes();
     void fileDialogTakesANewName();
-    void fileDialogDeletes();
 
 private:
     void write(const QString& name, const QByteArray& text) const
@@ -83,6 +80,11 @@ private:
         file.write(text);
     }
     void load(const QString& name) { m_contour->load(name, folder + name); }
+    void given(const QString& name, const QByteArray& text)
+    {
+        write(name, text);
+        load(name);
+    }
     QByteArray saved(const QString& name) const
     {
         return m_site->read(folder + name + QStringLiteral(".save"));
@@ -104,8 +106,7 @@ void TestContourFiles::savedText()
 {
     QFETCH(QByteArray, file);
     const QString name = QString::fromUtf8(file.left(file.indexOf('\n')));
-    write(QStringLiteral("given"), file);
-    load(QStringLiteral("given"));
+    given("given", file);
     m_contour->save(name, folder + QStringLiteral("again"), true);
     // The last path follows from the contour; all else comes out as it went in.
     QByteArray expected = file;
@@ -120,8 +121,7 @@ void TestContourFiles::savedText()
 
 void TestContourFiles::whatIsLoaded()
 {
-    write(QStringLiteral("line"), lineFile);
-    load(QStringLiteral("line"));
+    given("line", lineFile);
     QCOMPARE(m_window->journal.last(),
              QStringLiteral("[I]Загружен контур из файла /home/oper/bin/contours/line.save"));
     QCOMPARE(m_window->shownName, QStringLiteral("line"));
@@ -138,39 +138,27 @@ void TestContourFiles::whatIsLoaded()
     QVERIFY(fixed->font().italic() && fixed->font().bold());
     QVERIFY(qAbs(fixed->text().toFloat() - 2 * m_window->text("length").toFloat()) < 0.02f);
 
-    write(QStringLiteral("odd"), QByteArray(lineFile).replace("XYZ\n", "what\n"));
-    load(QStringLiteral("odd"));
+    given("odd", QByteArray(lineFile).replace("XYZ\n", "what\n"));
     QCOMPARE(m_contour->schema()->id(), QStringLiteral("XYZ"));
     QCOMPARE(m_window->points()->rowCount(), 3);
 }
 
-void TestContourFiles::backwardClosureComesBackForward()
+void TestContourFiles::whatAFileDoesNotKeep()
 {
-    m_window->ready();
-    m_window->choose("pbNew", 0);
-    m_window->teach(0, 0, 0);
-    m_window->teach(100, 0, 0);
-    m_window->choose("pbRing", 1);
-    m_contour->save(QStringLiteral("back"), folder + QStringLiteral("back"), true);
-    load(QStringLiteral("back"));
-    QCOMPARE(m_window->find<QAbstractButton>("pbRing")->text(), QStringLiteral("Замкнут\nпрямым\nходом"));
-}
-
-void TestContourFiles::switchedOffRowComesBackOn()
-{
-    write(QStringLiteral("line"), lineFile);
-    load(QStringLiteral("line"));
-    m_window->touchCell(m_window->tech(), 1, 0);
+    given("line", lineFile);
+    m_window->press("pbRing");
+    m_window->choose("pbRing", 1);               // closed backward
+    m_window->touchCell(m_window->tech(), 1, 0); // a row switched off
     QCOMPARE(m_window->tech()->item(2, 0)->data(OnRole).toBool(), false);
-    m_contour->save(QStringLiteral("line"), folder + QStringLiteral("line"), true);
-    load(QStringLiteral("line"));
+    m_contour->save("line", folder + "line", true);
+    load("line");
+    QCOMPARE(m_window->find<QAbstractButton>("pbRing")->text(), QStringLiteral("Замкнут\nпрямым\nходом"));
     QCOMPARE(m_window->tech()->item(2, 0)->data(OnRole).toBool(), true);
 }
 
 void TestContourFiles::directionOfARingComesBack()
 {
-    write(QStringLiteral("ring"), ringFile);
-    load(QStringLiteral("ring"));
+    given("ring", ringFile);
     QCOMPARE(m_window->text("length"), QStringLiteral("785.40"));
     // The last stretch runs from 90 back to 0 and not over 360: a row in its middle cuts it at 45 degrees.
     m_contour->addLinearTackPoint(785.4f - 785.4f / 8, 0, 900);
@@ -180,8 +168,7 @@ void TestContourFiles::directionOfARingComesBack()
 
 void TestContourFiles::circleComesBack()
 {
-    write(QStringLiteral("circle"), circleFile);
-    load(QStringLiteral("circle"));
+    given("circle", circleFile);
     QCOMPARE(m_window->text("centerX"), QStringLiteral("10.13"));
     QCOMPARE(m_window->text("centerY"), QStringLiteral("-20.50"));
     QCOMPARE(m_window->text("diameter"), QStringLiteral("100.00"));
@@ -189,35 +176,24 @@ void TestContourFiles::circleComesBack()
     QCOMPARE(m_window->text("length"), QStringLiteral("157.08"));
 
     // Closing and turning around move no point: the circle of the file stands.
-    write(QStringLiteral("circle"), QByteArray(circleFile).replace("10.00 0.00", "10.00 5.00"));
-    load(QStringLiteral("circle"));
+    given("circle", QByteArray(circleFile).replace("10.00 0.00", "10.00 5.00"));
     m_window->press("pbRing");
     m_window->press("pbInverse");
     QCOMPARE(m_window->text("diameter"), QStringLiteral("100.00"));
     QCOMPARE(m_window->text("length"), QStringLiteral("314.16"));
 }
 
-void TestContourFiles::missingFileChangesNothing()
+void TestContourFiles::whatFailsChangesNothing()
 {
-    write(QStringLiteral("line"), lineFile);
-    load(QStringLiteral("line"));
-    const QStringList journal = m_window->journal;
-    load(QStringLiteral("nothing"));
-    QCOMPARE(m_window->journal, journal);
-    QCOMPARE(m_window->points()->rowCount(), 3);
-    QCOMPARE(m_window->shownName, QStringLiteral("line"));
-}
-
-void TestContourFiles::fullDiskIsTold()
-{
-    write(QStringLiteral("line"), lineFile);
-    load(QStringLiteral("line"));
-    write(QStringLiteral("kept"), "former");
-    const FullDisk full(100);
+    given("line", lineFile);
+    write("kept", "former");
     m_window->journal.clear();
-    m_contour->save(QStringLiteral("new name"), folder + QStringLiteral("kept"), true);
+    load("nothing");
+    QCOMPARE(m_window->points()->rowCount(), 3);
+    const FullDisk full(100);
+    m_contour->save("new name", folder + "kept", true);
     QCOMPARE(m_window->journal, QStringList("[A]Файл /home/oper/bin/contours/kept.save не записан"));
-    QCOMPARE(saved(QStringLiteral("kept")), QByteArray("former"));
+    QCOMPARE(saved("kept"), QByteArray("former"));
     QCOMPARE(m_window->shownName, QStringLiteral("line"));
 }
 
@@ -257,8 +233,7 @@ void TestContourFiles::fileCutAtEveryByte()
         const QByteArray file(whole);
         const int step = whole == lineFile ? 1 : 5;
         for (int length = 0; length < file.size(); length += step) {
-            write(QStringLiteral("cut"), file.left(length));
-            load(QStringLiteral("cut"));
+            given("cut", file.left(length));
             QVERIFY(m_window->points()->rowCount() <= 4);
             QVERIFY(m_window->tech()->rowCount() >= 2 && m_window->tech()->rowCount() <= 6);
         }
@@ -268,8 +243,7 @@ void TestContourFiles::fileCutAtEveryByte()
 void TestContourFiles::lostRowsAreZeros()
 {
     const QByteArray file(lineFile);
-    write(QStringLiteral("cut"), file.left(file.indexOf("-2.50")));
-    load(QStringLiteral("cut"));
+    given("cut", file.left(file.indexOf("-2.50")));
     QCOMPARE(m_window->column(m_window->points(), 0), (QStringList{"0.00", "100.00", "0.00"}));
     QCOMPARE(m_window->column(m_window->points(), 3), (QStringList{"Прямая", "Конец", "Конец"}));
     QCOMPARE(m_window->tech()->rowCount(), 2);
@@ -289,8 +263,7 @@ void TestContourFiles::noise()
             else
                 file += words[random.bounded(int(std::size(words)))] + ' ';
         }
-        write(QStringLiteral("noise"), file);
-        load(QStringLiteral("noise"));
+        given("noise", file);
         QVERIFY(m_window->points()->rowCount() <= 400);
         for (const QString& shown : m_window->column(m_window->points(), 0))
             QVERIFY2(!shown.contains(QLatin1String("nan")) && !shown.contains(QLatin1String("inf")),
@@ -311,8 +284,7 @@ void TestContourFiles::hugeCounts_data()
 void TestContourFiles::hugeCounts()
 {
     QFETCH(QByteArray, file);
-    write(QStringLiteral("huge"), file);
-    load(QStringLiteral("huge"));
+    given("huge", file);
     QTEST(m_window->points()->rowCount(), "points");
     QCOMPARE(m_window->tech()->rowCount(), 2);
     QVERIFY(m_window->text("nrings").toInt() >= 1 && m_window->text("nrings").toInt() <= 1000);
@@ -442,7 +414,7 @@ void TestContourFiles::fileDialogWalksTheProgramFolders()
     QCOMPARE(dialog.path(), QStringLiteral("/programs/ch3/p"));
 }
 
-void TestContourFiles::fileDialogAsksBeforeItOverwrites()
+void TestContourFiles::fileDialogAsksBeforeItOverwritesOrDeletes()
 {
     write(QStringLiteral("old"), lineFile);
     FileManager dialog(m_contour, folder, QStringLiteral(".save"), false);
@@ -452,6 +424,14 @@ void TestContourFiles::fileDialogAsksBeforeItOverwrites()
         QVERIFY(answers.allGiven());
         QCOMPARE(dialog.name(), yes ? QStringLiteral("old") : QString());
     }
+    for (bool yes : {false, true}) {
+        touchItem(dialog, QStringLiteral("old"), false);
+        Answers answers({Answers::confirm(yes)});
+        dialog.findChild<QAbstractButton*>(QStringLiteral("pbDelete"))->click();
+        QVERIFY(answers.allGiven());
+        QCOMPARE(listed(dialog), yes ? QStringList() : QStringList{"old"});
+    }
+    QVERIFY(saved(QStringLiteral("old")).isEmpty());
 }
 
 void TestContourFiles::fileDialogTakesANewName()
@@ -466,20 +446,6 @@ void TestContourFiles::fileDialogTakesANewName()
     QTest::keyClicks(name, QStringLiteral("../a"));
     QTest::keyClick(name, Qt::Key_Return);
     QCOMPARE(dialog.path(), folder + QStringLiteral("..a")); // it stays in its folder
-}
-
-void TestContourFiles::fileDialogDeletes()
-{
-    write(QStringLiteral("old"), lineFile);
-    FileManager dialog(m_contour, folder, QStringLiteral(".save"), true);
-    for (bool yes : {false, true}) {
-        touchItem(dialog, QStringLiteral("old"), false);
-        Answers answers({Answers::confirm(yes)});
-        dialog.findChild<QAbstractButton*>(QStringLiteral("pbDelete"))->click();
-        QVERIFY(answers.allGiven());
-        QCOMPARE(listed(dialog), yes ? QStringList() : QStringList{"old"});
-    }
-    QVERIFY(saved(QStringLiteral("old")).isEmpty());
 }
 
 QTEST_MAIN(TestContourFiles)

@@ -50,7 +50,6 @@ private slots:
     void init() { begin(); }
     void cleanup() { end(); }
 
-    void savedText_data();
     void savedText();
     void whatIsLoaded();
     void whatAFileDoesNotKeep();
@@ -62,7 +61,6 @@ private slots:
     void fileCutAtEveryByte();
     void lostRowsAreZeros();
     void noise();
-    void hugeCounts_data();
     void hugeCounts();
     void tokens();
 
@@ -94,29 +92,21 @@ private:
 
 // --- contours ---
 
-void TestContourFiles::savedText_data()
-{
-    QTest::addColumn<QByteArray>("file");
-    QTest::newRow("lines and arcs") << QByteArray(lineFile);
-    QTest::newRow("ring") << QByteArray(ringFile);
-    QTest::newRow("circle") << QByteArray(circleFile).replace("10.125", "10.13");
-}
-
 void TestContourFiles::savedText()
 {
-    QFETCH(QByteArray, file);
-    const QString name = QString::fromUtf8(file.left(file.indexOf('\n')));
-    given("given", file);
-    m_contour->save(name, folder + QStringLiteral("again"), true);
-    // The last path follows from the contour; all else comes out as it went in.
-    QByteArray expected = file;
-    const int last = expected.lastIndexOf("+ 0.00");
-    const QByteArray length = cell(m_window->tech()->rowCount() - 1, 0).toLatin1();
-    expected.replace(last, 6, "+ " + length);
-    QCOMPARE(QString::fromUtf8(saved(QStringLiteral("again"))), QString::fromUtf8(expected));
-    QCOMPARE(m_window->shownName, name);
-    QCOMPARE(m_window->journal.last(),
-             QStringLiteral("[I]Контур сохранён в файле /home/oper/bin/contours/again.save"));
+    for (QByteArray file : {QByteArray(lineFile), QByteArray(ringFile), QByteArray(circleFile)}) {
+        file.replace("10.125", "10.13");
+        const QString name = QString::fromUtf8(file.left(file.indexOf('\n')));
+        given("given", file);
+        m_contour->save(name, folder + "again", true);
+        // The last path follows from the contour; all else comes out as it went in.
+        const QByteArray length = cell(m_window->tech()->rowCount() - 1, 0).toLatin1();
+        file.replace(file.lastIndexOf("+ 0.00"), 6, "+ " + length);
+        QCOMPARE(QString::fromUtf8(saved("again")), QString::fromUtf8(file));
+        QCOMPARE(m_window->shownName, name);
+        QCOMPARE(m_window->journal.last(),
+                 QStringLiteral("[I]Контур сохранён в файле /home/oper/bin/contours/again.save"));
+    }
 }
 
 void TestContourFiles::whatIsLoaded()
@@ -271,23 +261,18 @@ void TestContourFiles::noise()
     }
 }
 
-void TestContourFiles::hugeCounts_data()
-{
-    QTest::addColumn<QByteArray>("file");
-    QTest::addColumn<int>("points");
-    QTest::newRow("points") << QByteArray("n\nXYZ\n-1 0 0\n0 -1\n1 1e30\n600\n1000000000\n1 2 3 0\n4 5 6 0")
-                            << int(SaveFile::maxRows);
-    QTest::newRow("negative") << QByteArray("n\nXYZ\n-1 0 0\n0 -1\n1 -4\n600\n-5\n-7\n") << 0;
-    QTest::newRow("rows") << QByteArray("n\nXYZ\n-1 0 0\n0 -1\n0 1\n600\n0\n1999999999\n+ 1 2 3\n") << 0;
-}
-
 void TestContourFiles::hugeCounts()
 {
-    QFETCH(QByteArray, file);
-    given("huge", file);
-    QTEST(m_window->points()->rowCount(), "points");
-    QCOMPARE(m_window->tech()->rowCount(), 2);
-    QVERIFY(m_window->text("nrings").toInt() >= 1 && m_window->text("nrings").toInt() <= 1000);
+    const std::pair<const char*, int> files[] = {
+        {"n\nXYZ\n-1 0 0\n0 -1\n1 1e30\n600\n1000000000\n1 2 3 0\n4 5 6 0", SaveFile::maxRows},
+        {"n\nXYZ\n-1 0 0\n0 -1\n1 -4\n600\n-5\n-7\n", 0},
+        {"n\nXYZ\n-1 0 0\n0 -1\n0 1\n600\n0\n1999999999\n+ 1 2 3\n", 0}};
+    for (const auto& [file, points] : files) {
+        given("huge", file);
+        QCOMPARE(m_window->points()->rowCount(), points);
+        QCOMPARE(m_window->tech()->rowCount(), 2);
+        QVERIFY(m_window->text("nrings").toInt() >= 1 && m_window->text("nrings").toInt() <= 1000);
+    }
 }
 
 void TestContourFiles::tokens()

@@ -176,7 +176,6 @@ void TestContourWeld::recordOfAProgram()
     m_window->tech()->setCurrentCell(2, 0);
     m_contour->onChannel1State(2);
     m_window->press("pbRun");
-    QVERIFY(record().contains(QStringLiteral("(канал 1)\"\n\"N1 $1\";\n\n\"Время\";\"LX\"")));
     QVERIFY(record().endsWith("\n0.0;0.00;100.00;0.00;0.00;0.00;0.00;0.00;0.00;0.00;")); // there at once
     QCOMPARE(m_window->tech()->currentRow(), 0);
     QTRY_COMPARE(m_window->tech()->currentRow(), 3); // two samples: the channel never rose

@@ -43,6 +43,7 @@ private slots:
     void oneRecordAtATime();
 
 private:
+    static void publishBeam(); // what the beam unit tells of itself
     QByteArray content() const
     {
         return m_site->read("/home/oper/bin/passports/2031-02-03-14-05-06-Шов 1.csv");
@@ -107,8 +108,7 @@ void TestPassport::shortForm()
     QVERIFY(content().contains("\"V\";\n0,0;0,00;1,50;")); // from 0 again
 }
 
-// A closed contour of 12 mm run twice, with a row switched off beneath a comment.
-void TestPassport::longForm()
+void TestPassport::publishBeam()
 {
     QSharedMemory beam("ELA_SHM_KEY" + site().shmSuffix);
     QVERIFY(beam.attach());
@@ -124,7 +124,12 @@ void TestPassport::longForm()
     put(364, qint32(2));
     put(380, qint32(1));
     put(320, qint32(1));
+}
 
+// A closed contour of 12 mm run twice, with a row switched off beneath a comment.
+void TestPassport::longForm()
+{
+    publishBeam();
     m_head.programs = QStringList{"N1 $1", "N1 $2\nN2 M30", "N1 $3"};
     m_head.closed = true;
     m_head.length = 12;

@@ -11,10 +11,8 @@ private slots:
     void init() { begin(); }
     void cleanup() { end(); }
 
-    void newContour_data();
     void newContour();
     void cancelledOrRefusedNumberLeavesTheContour();
-    void buttonsFollowTheMachine_data();
     void buttonsFollowTheMachine();
     void teaching();
     void shifting();
@@ -46,50 +44,40 @@ private:
 
 // --- contour table ---
 
-void TestContour::newContour_data()
-{
-    QTest::addColumn<int>("entry");
-    QTest::addColumn<QStringList>("numbers");
-    QTest::addColumn<QString>("header");
-    QTest::addColumn<QStringList>("columns");
-    QTest::addColumn<QString>("journal");
-    QTest::newRow("lines") << 0 << QStringList() << "<b>Линейная интерполяция</b>"
-                           << QStringList{"LX", "LY", "Z", "Параметры"}
-                           << "[I]Новый контур 'Смешаная интерполяция XYZ' создан";
-    QTest::newRow("circle") << 1 << QStringList{"120.5"} << "<b>Круговая интерполяция</b><pre>D=120.5</>"
-                            << QStringList{"LX", "LY", "Z"}
-                            << "[I]Новый контур 'Круговая интерполяция' создан";
-    QTest::newRow("ring") << 2 << QStringList{"250", "4"} << "<b>Кольцевой стык</b><pre>D=250</>"
-                          << QStringList{"V", "LX", "LY", "Z"} << "[I]Новый контур 'Кольцевой стык' создан";
-}
-
 void TestContour::newContour()
 {
-    QFETCH(int, entry);
-    QFETCH(QStringList, numbers);
     m_window->place(1.5, -2.25, 3);
-    QList<std::function<bool()>> given{Answers::entry(entry)};
-    for (const QString& number : qAsConst(numbers))
-        given << Answers::number(number);
-    Answers answers(given);
-    m_window->press("pbNew");
-    QVERIFY(answers.allGiven());
+    struct
+    {
+        QStringList numbers;
+        const char *header, *columns, *journal;
+    } const entries[] = {
+        {{}, "<b>Линейная интерполяция</b>", "LX LY Z Параметры", "Смешаная интерполяция XYZ"},
+        {{"120.5"}, "<b>Круговая интерполяция</b><pre>D=120.5</>", "LX LY Z", "Круговая интерполяция"},
+        {{"250", "4"}, "<b>Кольцевой стык</b><pre>D=250</>", "V LX LY Z", "Кольцевой стык"}};
+    for (int entry = 0; entry < 3; ++entry) {
+        QList<Answer> given{Answers::entry(entry)};
+        for (const QString& number : entries[entry].numbers)
+            given << Answers::number(number);
+        Answers answers(given);
+        m_window->press("pbNew");
+        QVERIFY(answers.allGiven());
 
-    QTEST(m_window->text("lblConsts"), "header");
-    QStringList columns;
-    for (int i = 0; i < m_window->points()->columnCount(); ++i)
-        columns << m_window->points()->horizontalHeaderItem(i)->text();
-    QTEST(columns, "columns");
-    QTEST(m_window->journal.last(), "journal");
-    QCOMPARE(m_window->shownName, QStringLiteral("Программа сварки"));
-    QCOMPARE(m_window->find("frmRotate")->isVisibleTo(m_contour->widget(1)), entry == 1);
-    QCOMPARE(m_window->points()->rowCount(), entry == 2 ? 4 : 0);
-    if (entry == 2) {
-        QCOMPARE(xs(), (QStringList{"0.00", "90.00", "180.00", "270.00"}));
-        QCOMPARE(m_window->cell(m_window->points(), 3, 2), QStringLiteral("-2.25"));
-        QCOMPARE(selectedRow(), 0);
+        QCOMPARE(m_window->text("lblConsts"), QString(entries[entry].header));
+        QStringList columns;
+        for (int i = 0; i < m_window->points()->columnCount(); ++i)
+            columns << m_window->points()->horizontalHeaderItem(i)->text();
+        QCOMPARE(columns.join(' '), QString(entries[entry].columns));
+        QCOMPARE(m_window->journal.last(),
+                 QString("[I]Новый контур '%1' создан").arg(entries[entry].journal));
+        QCOMPARE(m_window->shownName, QString("Программа сварки"));
+        QCOMPARE(m_window->find("frmRotate")->isVisibleTo(m_contour->widget(1)), entry == 1);
+        QCOMPARE(m_window->points()->rowCount(), entry == 2 ? 4 : 0);
+        QCOMPARE(m_window->tech()->rowCount(), 2);
     }
-    QCOMPARE(m_window->tech()->rowCount(), 2);
+    QCOMPARE(xs(), (QStringList{"0.00", "90.00", "180.00", "270.00"}));
+    QCOMPARE(m_window->cell(m_window->points(), 3, 2), QString("-2.25"));
+    QCOMPARE(selectedRow(), 0);
 }
 
 void TestContour::cancelledOrRefusedNumberLeavesTheContour()
@@ -110,36 +98,31 @@ void TestContour::cancelledOrRefusedNumberLeavesTheContour()
     QCOMPARE(m_window->shownName, QStringLiteral("mine"));
 }
 
-void TestContour::buttonsFollowTheMachine_data()
-{
-    QTest::addColumn<bool>("drives");
-    QTest::addColumn<bool>("transformed");
-    QTest::addColumn<unsigned int>("channel1");
-    QTest::addColumn<QString>("enabled"); // New Ins Corr corrNgo Del inveRse rinG
-    QTest::newRow("ready") << true << true << 1U << "NICODRG";
-    QTest::newRow("drives off") << false << true << 1U << "NDRG";
-    QTest::newRow("own axes") << true << false << 1U << "NDRG";
-    QTest::newRow("program runs") << true << true << 3U << "";
-}
-
 void TestContour::buttonsFollowTheMachine()
 {
     laySampleWeld(*m_window);
-    QFETCH(bool, drives);
-    QFETCH(bool, transformed);
-    QFETCH(unsigned int, channel1);
-    m_contour->onDriveState(drives);
-    m_contour->onVirtualMode(transformed);
-    m_contour->onChannel1State(channel1);
+    struct
+    {
+        bool drives, transformed;
+        unsigned int channel1;
+        const char* enabled; // New Ins Corr corrNgo Del inveRse rinG
+    } const cases[] = {{true, true, 1, "NICODRG"},
+                       {false, true, 1, "NDRG"},
+                       {true, false, 1, "NDRG"}, // the axes are its own
+                       {true, true, 3, ""}};     // a program runs
     const std::pair<char, const char*> buttons[] = {{'N', "pbNew"},     {'I', "pbIns"}, {'C', "pbCorr"},
                                                     {'O', "pbCorrNgo"}, {'D', "pbDel"}, {'R', "pbInverse"},
                                                     {'G', "pbRing"}};
-    QString enabled;
-    for (const auto& [mark, name] : buttons)
-        enabled += m_window->find(name)->isEnabled() ? QString(QLatin1Char(mark)) : QString();
-    QTEST(enabled, "enabled");
-    QVERIFY(m_window->find("pbGcode")->isEnabled());
-    QVERIFY(m_window->find("pbRun")->isEnabled());
+    for (const auto& now : cases) {
+        m_contour->onDriveState(now.drives);
+        m_contour->onVirtualMode(now.transformed);
+        m_contour->onChannel1State(now.channel1);
+        QString enabled;
+        for (const auto& [mark, name] : buttons)
+            enabled += m_window->find(name)->isEnabled() ? QString(QLatin1Char(mark)) : QString();
+        QCOMPARE(enabled, QString(now.enabled));
+        QVERIFY(m_window->find("pbGcode")->isEnabled() && m_window->find("pbRun")->isEnabled());
+    }
 }
 
 void TestContour::teaching()
@@ -171,8 +154,7 @@ void TestContour::shifting()
     m_window->press("pbCorr");
     QCOMPARE(m_contour->coords(0), point(10, 0, 0));
     QCOMPARE(m_contour->coords(1), point(120, 5, 1));
-    QCOMPARE(m_window->journal.last(),
-             QStringLiteral("[I]Нажата кнопка 'Сдвиг всего контура' панели Контур"));
+    QCOMPARE(m_window->journal.last(), QString("[I]Нажата кнопка 'Сдвиг всего контура' панели Контур"));
 }
 
 void TestContour::deleting()
@@ -205,10 +187,7 @@ void TestContour::closing()
     QCOMPARE(m_window->text("lblLength"), QStringLiteral("Длина прохода,\nмм"));
     QCOMPARE(m_window->text("length"), QStringLiteral("300.00")); // 100 + 75 and back by 125
     QCOMPARE(frames().last(), QStringLiteral("Прямая"));
-    {
-        Answers answers({Answers::number(QStringLiteral("3"))});
-        m_window->press("nrings");
-    }
+    m_window->enter("nrings", "3");
     QCOMPARE(m_window->journal.last(), QStringLiteral("[I]Задано новое число проходов по контуру - 3"));
     QCOMPARE(total(), 900.0f);
 
@@ -220,10 +199,7 @@ void TestContour::closing()
     m_window->choose("pbRing", 1);
     QCOMPARE(ring->text(), QStringLiteral("Замкнут\nобратным\nходом"));
     QCOMPARE(m_window->text("length"), QStringLiteral("350.00"));
-    {
-        Answers answers({Answers::number(QStringLiteral("0"))});
-        m_window->press("nrings");
-    }
+    m_window->enter("nrings", "0");
     QCOMPARE(m_window->text("nrings"), QStringLiteral("1"));
 
     m_window->newRing(QStringLiteral("100"), QStringLiteral("3"));
@@ -265,14 +241,8 @@ void TestContour::newDiameterMovesThePoints()
     m_window->teach(60, 20, 5);
     m_window->teach(10, 70, 5);
     m_window->teach(-40, 20, 5);
-    const auto touch = [] {
-        auto* label = Answers::shown<QLabel>("diameter");
-        if (label)
-            QTimer::singleShot(0, label, [label] { QTest::mouseClick(label, Qt::LeftButton); });
-        return label != nullptr;
-    };
     for (const char* diameter : {"0", "50"}) { // none collapses the points onto the centre
-        Answers answers({touch, Answers::number(QLatin1String(diameter)), Answers::button("pbSettingsDone")});
+        Answers answers(typed("diameter", diameter) + QList<Answer>{Answers::button("pbSettingsDone")});
         m_window->press("pbSettings");
         QVERIFY(answers.allGiven());
         if (diameter == QLatin1String("0"))

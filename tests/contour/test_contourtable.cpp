@@ -65,26 +65,20 @@ void TestContourTable::teaching()
 
 void TestContourTable::removing()
 {
-    struct
-    {
-        int current;
-        bool forward;
-        const char* left;
-        int marked;
-    } const cases[] = {{2, true, "0.00 10.00", 1},
-                       {2, false, "0.00 10.00", 0},
-                       {1, true, "0.00 20.00", 0},
-                       {0, true, "10.00 20.00", 0}};
-    for (const auto& one : cases) {
+    const std::tuple<int, bool, const char*, int> cases[] = {{2, true, "0.00 10.00", 1},
+                                                             {2, false, "0.00 10.00", 0},
+                                                             {1, true, "0.00 20.00", 0},
+                                                             {0, true, "10.00 20.00", 0}};
+    for (const auto& [current, forward, left, mark] : cases) {
         init();
         for (const float x : {0.0f, 10.0f, 20.0f})
             m_table->teach({x, 0, 0});
-        m_table->setMovesForward(one.forward);
-        m_table->setCurrent(one.current);
+        m_table->setMovesForward(forward);
+        m_table->setCurrent(current);
         m_table->removeCurrent();
-        QCOMPARE(column(0), QString(one.left));
+        QCOMPARE(column(0), QString(left));
         QCOMPARE(column(3), QString("Прямая Конец"));
-        QCOMPARE(marked(), one.marked);
+        QCOMPARE(marked(), mark);
         m_table->removeCurrent();
         QCOMPARE(column(3), QString("Прямая"));
         m_table->removeCurrent();

@@ -198,9 +198,8 @@ void TestContourWeld::recordOfAWeld()
     m_window->teach(0, 0, 0);
     m_window->teach(3, 0, 0);
     m_window->choose("pbRing", 0);
-    Answers answers({Answers::number("2"), Answers::number("1200")});
-    m_window->press("nrings");
-    m_window->press("weldSpeed");
+    m_window->enter("nrings", "2");
+    m_window->enter("weldSpeed", "1200");
     m_contour->addTechPoint(2, 20, 1200);
     m_contour->addComment(QStringLiteral("Технол.останов"));
     m_contour->addTechPoint(1, 0, 1200);
@@ -268,8 +267,7 @@ void TestContourWeld::pointsOfTheContourInTheTable()
         m_window->teach(100, 0, 0);
         m_window->teach(100, 75, 0);
         m_window->choose("pbRing", 0); // 300 mm a pass
-        Answers answers({Answers::number(QStringLiteral("3"))});
-        m_window->press("nrings");
+        m_window->enter("nrings", "3");
         m_contour->addContourPoint(all, !all, 2, 2);
         QCOMPARE(m_window->column(m_window->tech(), 0).join(' '),
                  QString(all ? "0.00 0.00 100.00 175.00 900.00" : "0.00 1000.00 100.00 400.00 900.00"));
@@ -284,8 +282,7 @@ void TestContourWeld::ringOf99(const char* passes)
 {
     m_window->newRing("100", "99");
     m_window->press("pbRing");
-    Answers answers({Answers::number(passes)});
-    m_window->press("nrings");
+    m_window->enter("nrings", passes);
 }
 
 void TestContourWeld::manyPointsAtOnce()
@@ -384,14 +381,6 @@ void TestContourWeld::rasterOfARow()
 
 void TestContourWeld::settingsDialog()
 {
-    const auto touch = [](const char* name) {
-        return [name] {
-            auto* label = Answers::shown<QLabel>(name);
-            if (label)
-                QTimer::singleShot(0, label, [label] { QTest::mouseClick(label, Qt::LeftButton); });
-            return label != nullptr;
-        };
-    };
     laySampleWeld(*m_window);
     m_window->journal.clear();
     QString shown;
@@ -405,19 +394,16 @@ void TestContourWeld::settingsDialog()
         return !Answers::shown<QWidget>("frmRoundParam")->isEnabled();
     };
     for (const char* end : {"pbSettingsCancel", "pbSettingsDone"}) {
-        Answers answers({look, touch("If"), Answers::number(QStringLiteral("650")), touch("Ix"),
-                         Answers::number(QStringLiteral("1.25")), touch("Iy"),
-                         Answers::number(QStringLiteral("-2")), Answers::button("cbTestMode"),
-                         Answers::button("cbFocus"), Answers::button("cbYokeY"), Answers::button(end)});
+        Answers answers(QList<Answer>{look} + typed("If", "650") + typed("Ix", "1.25") + typed("Iy", "-2") +
+                        QList<Answer>{Answers::button("cbTestMode"), Answers::button("cbFocus"),
+                                      Answers::button("cbYokeY"), Answers::button(end)});
         m_window->press("pbSettings");
         QVERIFY(answers.allGiven());
         const bool done = end == QLatin1String("pbSettingsDone");
         QCOMPARE(m_window->withoutCurrent, done);
         QCOMPARE(m_window->tech()->isColumnHidden(2), !done);
-        QCOMPARE(m_window->cell(m_window->tech(), 1, 2),
-                 done ? QStringLiteral("650") : QStringLiteral("700"));
-        QCOMPARE(m_window->cell(m_window->tech(), 1, 4),
-                 done ? QStringLiteral("-2.0") : QStringLiteral("0.0"));
+        QCOMPARE(m_window->cell(m_window->tech(), 1, 2), QString(done ? "650" : "700"));
+        QCOMPARE(m_window->cell(m_window->tech(), 1, 4), QString(done ? "-2.0" : "0.0"));
     }
     // What was typed before a cancel is forgotten.
     const QString fresh =
@@ -459,10 +445,7 @@ void TestContourWeld::rightsOfTheUser()
 void TestContourWeld::settingsSurvive()
 {
     laySampleWeld(*m_window);
-    {
-        Answers answers({Answers::number(QStringLiteral("450.5"))});
-        m_window->press("contourSpeed");
-    }
+    m_window->enter("contourSpeed", "450.5");
     m_contour->setTechSettings(false, true, false, true, 640, 1.5, -2, -1, -1);
     m_window->points()->setColumnWidth(1, 130);
     m_window->tech()->setColumnWidth(0, 95);
@@ -479,8 +462,7 @@ void TestContourWeld::settingsSurvive()
     QVERIFY(!m_window->tech()->isColumnHidden(2));
     QVERIFY(m_window->tech()->isColumnHidden(3));
     QCOMPARE(xs(), (QStringList{"0.00", "100.00"})); // the contour comes back as well
-    const QSettings settings(site().path(QStringLiteral("/home/oper/bin/settings.ini")),
-                             QSettings::IniFormat);
+    const QSettings settings(site().path("/home/oper/bin/settings.ini"), QSettings::IniFormat);
     QCOMPARE(settings.value(QStringLiteral("Contour/Width_LXLYZ_LY")).toInt(), 130);
     QCOMPARE(settings.value(QStringLiteral("Contour/Iy")).toFloat(), -2.0f);
 }

@@ -115,14 +115,14 @@ void TestTechTable::pathsThatCannotBeGoneAreRed()
 void TestTechTable::shownDefaultsGoIntoEveryRow()
 {
     m_table->addComment("Прихватки");
-    m_table->setDefaults({true, false, false, 655.4f, 1, 1});
+    m_table->setDefaults({true, false, false, 655.4f, 1, -2});
     QCOMPARE(column(T::If), QString("655 655 655 655 655"));
     QVERIFY(!m_cells->isColumnHidden(T::If) && m_cells->isColumnHidden(T::Ix));
     QCOMPARE(m_cells->columnWidth(T::If), 80);
     QCOMPARE(column(T::Ix), QString("0.0 0.0 0.0  0.0")); // a hidden column keeps its values
     QCOMPARE(m_cells->item(0, T::If)->background(), m_cells->palette().alternateBase());
     m_table->insert(1, m_table->restRow(900));
-    QCOMPARE(m_table->line(1), QString("+ 0.00 0.0 655 1.0 1.0 900.0 2 "));
+    QCOMPARE(m_table->line(1), QString("+ 0.00 0.0 655 1.0 -2.0 900.0 2 "));
 }
 
 void TestTechTable::settingsOfARasterOutliveItsText()

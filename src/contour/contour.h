@@ -1,27 +1,21 @@
 #pragma once
 
-#include "elashare.h"
-#include "weldprogram.h"
-#include "weldroles.h"
-#include "weldtables.h"
+#include "contourtable.h"
+#include "machinestate.h"
+#include "passport.h"
+#include "techtable.h"
 
-#include <QFile>
-#include <QStringList>
 #include <QTabWidget>
 
+#include <array>
 #include <memory>
-#include <optional>
 
 class ConsoleHost;
 class ContourKeeper;
-class PoLabel;
+class FittedColumn;
+class ProgramTab;
 class SaveFile;
-class QDateTime;
-class QLabel;
-class QPlainTextEdit;
-class QTableWidget;
-class Schema;
-struct Launch;
+class WeldStart;
 namespace Ui {
 class CONTOUR;
 }
@@ -46,13 +40,13 @@ public:
 
     // The scheme. `init` takes ownership, empties both tables and is the only way to change the scheme.
     void init(Schema* schema);
-    const Schema* schema() const { return m_schema.get(); }
+    const Schema* schema() const { return m_points.schema(); }
 
     // The contour table.
-    QList<float> coords() const;        // the live position; asserts without a scheme
-    QList<float> coords(int row) const; // as the cells say
-    void addPoint(const QList<float>& point);
-    void movePoint(int row, const QList<float>& delta);
+    QList<float> coords() const; // the live position; asserts without a scheme
+    QList<float> coords(int row) const { return m_points.coords(row); }
+    void addPoint(const QList<float>& point) { m_points.addPoint(point); }
+    void movePoint(int row, const QList<float>& delta) { m_points.movePoint(row, delta); }
     void addParameters(int row, int type, int dir, int plane, float radius, bool update);
     double calcDistance(int row, const QList<float>& from, const QList<float>& to) const; // mm
     double calcLength(int count) const;            // mm along the first `count` points
@@ -60,28 +54,25 @@ public:
     void recalcPointsForNewDiameter(float oldD, float newD);
 
     // The technology table. Currents in mA, speeds in mm/min, paths in mm.
-    void addTechPoint(float interval, float IrVal, float speed);       // from the last path on
-    void addLinearTackPoint(float interval, float IrVal, float speed); // interval: from the start
+    void addTechPoint(float interval, float Ir, float speed) { m_tech.addTechPoint(interval, Ir, speed); }
+    void addLinearTackPoint(float path, float Ir, float speed) { m_tech.addLinearTackPoint(path, Ir, speed); }
     void addPointToTech(float path);
-    void addComment(const QString& text);
+    void addComment(const QString& text) { m_tech.addComment(text); }
     void addContourPoint(bool all, bool everyPass, int point, int pass); // point and pass from 1
     void setParamValueInTable(int column, float value, int decimals);
     void setTechSettings(bool test, bool focus, bool yokeX, bool yokeY, float If, float Ix, float Iy, float D,
                          int plane);
-    bool tableValid() const { return m_tableValid; }
 
     // Files, each `path` without its extension and without the site's root. One that cannot be read changes
     // nothing; one that cannot be written stays as it was, and the journal tells so.
     void save(const QString& name, const QString& path, bool updateName);
     void load(const QString& name, const QString& path);
 
-    // Writes the program and starts it on the channel; when the file cannot be written nothing is sent, and
-    // the journal tells so.
+    // Writes the program and starts it on the channel; one that cannot be written is told and not started.
     void run(int channel, const QString& text);
 
-    // Opens the record of a run: the long form when the last start was a weld, else the short one. It ends
-    // by itself when the channel (3 or 1) no longer runs. A file that cannot be opened leaves no record;
-    // asserts while another record is open.
+    // Opens the record of a run, which ends by itself: the long form when the last start was a weld, else the
+    // short one. Asserts while another record is open.
     void startPassport();
 
 public slots:
@@ -138,162 +129,51 @@ private slots:
     void on_pbPrgSave_3_clicked();
 
 private:
-    // Life.
-    void dress(); // the look that the form cannot say
-    void fitRasterColumn();
-    void loadSettings();
-    void saveSettings() const;
-    QString widthKey(const QString& axis) const;
-    void saveColumnWidths() const;
     ConsoleHost* host() const;
+    void command(const QString& text);   // to the controller
+    bool refused(const QString& reason); // a journal line, empty where nothing speaks against it
     void setProgramName(const QString& name);
     void edited(); // something that the contour's file keeps may have changed
-
-    // Cells and values.
-    bool isXYZ() const;
-    int frameColumn() const; // of "Параметры", -1 without one
-    Frame frame(int row) const;
     WeldContour contourValues() const;
-    QVector<TechRow> techRows() const;
     WeldTables tables() const;
-    void writeCoords(int row, const QList<float>& coords);
-    void writeFrame(int row, const Frame& frame);
-    void writeContour(const WeldContour& contour);
-    void insertContourRow(int row, const QList<float>& coords);
-    void setCurrentPoint(int row);
-    void setColor(int row, bool valid);
 
-    // Enable rules and what follows from the tables.
+    // What follows from the tables and from the machine.
     void updateEnables();
-    bool channel1Runs() const;
-    void updateNew();
-    void updateIns();
-    void updateCorr();
-    void updateCorrNgo();
-    void updateDel();
     void updateRing();
     void updateGcode();
     void updateLength();
-    void updateD(); // the circle, where points were taught, moved or taken away
-    void showCircle(float centerX, float centerY); // of an XYZr contour, with the scheme's diameter
+    void updateD();    // the circle, where points were taught, moved or taken away
+    void showCircle(); // of an XYZr contour
     void updateHeader();
     void updatePlane(int plane);
     void updateTechTab();
     void updateValidDistance();
     void updateAfterEdit(); // what depends on the rows of the contour, but for the circle through them
 
-    // Contour actions.
-    bool askNumber(const QString& title, PoLabel* label, int decimals, float minimum, float maximum);
-    std::optional<float> askDiameter(); // mm
     bool newRound();
     bool newRing();
-
-    // Technology rows.
-    bool isComment(int row) const;
-    bool isOn(int row) const;
-    bool isStop(int row) const;
-    QString techText(int row, int column) const; // empty for a missing cell
-    float prevDistance(int row) const;           // path of the nearest row above that is no comment
-    float nextDistance(int row) const;
-    TechRow techRow(int row) const;
-    Raster raster(int row) const;
-    TechRow restRow() const; // no beam, everything else at its default
-    void writeTechRow(int row, const TechRow& values);
-    void insertTechRow(int row, const TechRow& values);
-    void addPointsToTech(QVector<float> paths);            // as if one after the other
-    void addTechRow(float path, float IrVal, float speed); // before the last
-    void markFixedRow(int row);
-    void resetTechTable();
-    void toggleBlock(int comment);
     void askTechValue(int row, int column);
     void askRaster(int row);
-    void writeRaster(int row, const Raster& values);
-    void showParam(int column, bool on, float value);
-    template <class Generator>
-    void runGenerator();
+    Passport::Head passportHead() const;
+    Passport::Moment passportMoment() const;
 
-    // Running. The generators show their programs in the panels of the channels.
-    bool refused(const QString& reason); // a journal line, empty where nothing speaks against it
-    QVector<Launch> genTechnology();
-    QVector<Launch> genContour(WeldStage& weld);
-    QVector<Launch> genTestMove();
-    void showMotion(const MotionPrograms& programs);
-    bool write(const QVector<Launch>& launches); // false: not all were written, and that is told
-    bool start(const QVector<Launch>& launches); // false: broken off in a pause
-    QString launchPath(int channel) const;
-    bool writeProgram(const QString& path, const QString& text); // a failure is told in the journal
-    void execute(int channel, const QString& path);
-    bool runEdited(int channel, const QString& file); // false: not started
-
-    // The record of a run.
-    QString passportHead(const QDateTime& start) const;
-    QString passportWeld() const;
-    QString passportTitles() const;
-    QString beamSample();
-    void writePassport(const QString& text);
-    void followTechnology();
-    void endPassport();
-
-    // Files.
-    void chooseSave();
-    void chooseLoad();
-    QString contourText(const QString& name) const; // of its file, with the program's name; needs a scheme
-    QString contourRowText(int row) const;
-    QString techRowText(int row) const;
+    // What is kept. The text is that of the contour's file, with the program's name; it needs a scheme.
+    QString contourText(const QString& name) const;
     void loadHead(SaveFile& file);
-    void loadContourRows(SaveFile& file);
-    void loadTechRows(SaveFile& file);
-    void openProgram(int channel);
-    void saveProgram(int channel);
-    void loadFile(const QString& name, const QString& path, QLabel* label, QPlainTextEdit* edit);
-    void saveFile(const QString& name, const QString& path, QLabel* label, QPlainTextEdit* edit);
-    QPlainTextEdit* programEdit(int channel) const;
-    QLabel* programLabel(int channel) const;
+    void loadSettings();
+    void saveSettings() const;
+    void saveColumnWidths() const;
 
     std::unique_ptr<Ui::CONTOUR> ui;
-    std::unique_ptr<Schema> m_schema;  // null until the first init
+    ContourTable m_points;
+    TechTable m_tech;
+    FittedColumn* m_rasterColumn = nullptr;  // child of its table
+    std::array<ProgramTab*, 3> m_programs{}; // children, of the channels 1 to 3
+    WeldStart* m_start = nullptr;            // child
+    Passport m_passport;
     ContourKeeper* m_keeper = nullptr; // child; null while the contour of the last run is read
-    QString m_contourDir;              // all directories without the site's root
-    QString m_prgDir;
+    QString m_contourDir;              // without the site's root
     QString m_programName;
-
-    bool m_closed = false;
-    bool m_closedForward = true;
-    bool m_moveForward = true;
-    int m_currentPoint = -1;
-    float m_centerX = 0;
-    float m_centerY = 0;
-
-    bool m_focusOn = false;
-    bool m_yokeXOn = false;
-    bool m_yokeYOn = false;
-    float m_defaultIf = 700;
-    float m_defaultIx = 0;
-    float m_defaultIy = 0;
-    bool m_tableValid = true;
-    int m_rasterWidth = 0;  // px, the least for the raster column
-    bool m_fitting = false; // the column is being sized by the console itself
-
-    unsigned int m_ch1State = 0;
-    unsigned int m_ch2State = 0;
-    unsigned int m_ch3State = 0;
-    bool m_driveOn = false;
-    bool m_virtualMode = false;
-    bool m_axisMoving = false;
-    bool m_startUnanswered = false; // no channel has told of another state since the last start
-    WeldStage m_weld;
-    bool m_techRun = false;
     bool m_testMode = false; // the beam current is in the operator's hand
-
-    QFile m_ppf; // the record, open while a run is recorded
-    QString m_passportsDir;
-    QStringList m_passportAxes;
-    ElaSharedMemory m_elaShare;
-    float m_passportTime = 0; // s since its start
-    float m_moveTime = 0;     // s in motion
-    float m_segTime = 0;      // s in motion since the technology row in force
-    float m_segPath = 0;      // mm, path of that row
-    float m_curSpeed = 0;     // mm/min, its speed
-    float m_path = 0;         // mm, estimated
-    int m_curTechRow = 0;
+    MachineState m_machine;
 };

@@ -1,12 +1,10 @@
 #include "asklength.h"
 #include "confirm.h"
 #include "contour.h"
-#include "contouredit.h"
 #include "numpad.h"
 #include "schema.h"
 #include "touchmenu.h"
 #include "ui_contour.h"
-#include "weldgeometry.h"
 
 namespace {
 
@@ -17,12 +15,20 @@ constexpr float maxRingPoints = 10'000;
 
 const QString newProgramName = QStringLiteral("Программа сварки");
 
-QList<float> difference(const QList<float>& to, const QList<float>& from)
+std::optional<float> askDiameter(CONTOUR* panel) // mm
 {
-    QList<float> delta;
-    for (int i = 0; i < to.size() && i < from.size(); ++i)
-        delta << to[i] - from[i];
-    return delta;
+    return askLength(QStringLiteral("Диаметр, мм"), panel, 0,
+                     [panel](const QString& line) { emit panel->message(line, true); });
+}
+
+bool askNumber(CONTOUR* panel, const QString& title, PoLabel* label, int decimals, float minimum,
+               float maximum)
+{
+    Numpad numpad(title, panel, label->value(), decimals == 0, true, false);
+    if (numpad.exec() != QDialog::Accepted)
+        return false;
+    label->setValue(qBound(minimum, static_cast<float>(numpad.value()), maximum), decimals);
+    return true;
 }
 
 } // namespace
@@ -54,15 +60,9 @@ void CONTOUR::on_pbNew_clicked()
         setProgramName(newProgramName);
 }
 
-std::optional<float> CONTOUR::askDiameter()
-{
-    return askLength(QStringLiteral("Диаметр, мм"), this, 0,
-                     [this](const QString& line) { emit message(line, true); });
-}
-
 bool CONTOUR::newRound()
 {
-    const auto diameter = askDiameter();
+    const auto diameter = askDiameter(this);
     if (!diameter)
         return false;
     init(new SchemaXYZr(*diameter, 0, 0));
@@ -73,7 +73,7 @@ bool CONTOUR::newRound()
 
 bool CONTOUR::newRing()
 {
-    const auto diameter = askDiameter();
+    const auto diameter = askDiameter(this);
     if (!diameter)
         return false;
     Numpad points(QStringLiteral("Кол-во точек"), this, 1, true, true, false);
@@ -82,12 +82,7 @@ bool CONTOUR::newRing()
     const int n = static_cast<int>(qBound(1.0f, static_cast<float>(points.value()), maxRingPoints));
     emit message(QStringLiteral("[I]Новый контур 'Кольцевой стык' создан"), false);
     init(new SchemaCircle(*diameter, static_cast<float>(n)));
-    QList<float> point = coords();
-    for (int i = 0; i < n; ++i) {
-        point[0] = static_cast<float>(double(i) / n * 360);
-        addPoint(point);
-    }
-    setCurrentPoint(0);
+    m_points.layRing(n, coords());
     updateAfterEdit();
     return true;
 }
@@ -97,22 +92,8 @@ bool CONTOUR::newRing()
 void CONTOUR::on_pbIns_clicked()
 {
     emit message(QStringLiteral("[I]Нажата кнопка 'Вставить точку' панели Контур"), false);
-    const int row = m_moveForward + m_currentPoint;
-    Q_ASSERT(row >= 0);
-    const QList<float> live = coords();
-    if (m_currentPoint >= 0 && m_schema->distance(live, coords(m_currentPoint)) < samePlace)
+    if (!m_points.teach(coords()))
         return;
-    insertContourRow(row, live);
-    if (isXYZ()) {
-        const int last = ui->twContour->rowCount() - 1;
-        if (row > 0)
-            addParameters(row - 1, Frame::Line, 0, 0, 0, false);
-        // Only the last point of an open contour has no frame of its own: a point taught in between is
-        // travelled through, and its way on must count in the length that the beam is laid along.
-        const bool end = row > 0 && row == last && !m_closed;
-        addParameters(row, end ? Frame::End : Frame::Line, 0, 0, 0, false);
-    }
-    setCurrentPoint(row);
     updateD();
     updateAfterEdit();
 }
@@ -122,19 +103,17 @@ void CONTOUR::on_pbCorr_clicked()
     const int choice =
         touchMenu(ui->pbCorr, QStringLiteral("Сдвиг"),
                   {QStringLiteral("... текущей точки     "), QStringLiteral("... всего контура     ")});
-    if (choice < 0 || m_currentPoint < 0)
+    if (choice < 0 || m_points.current() < 0)
         return;
     if (choice == 0) {
-        movePoint(m_currentPoint, difference(coords(), coords(m_currentPoint)));
+        m_points.moveCurrentTo(coords());
         emit message(QStringLiteral("[I]Нажата кнопка 'Сдвиг точки' панели Контур"), false);
     } else {
         Confirm confirm(QStringLiteral("Подтверждение"), QStringLiteral("Выполнить сдвиг всего контура?"),
                         ui->pbCorr, confirmTimeout);
-        if (confirm.exec() != QDialog::Accepted || m_currentPoint < 0)
+        if (confirm.exec() != QDialog::Accepted || m_points.current() < 0)
             return;
-        const QList<float> delta = difference(coords(), coords(m_currentPoint));
-        for (int row = 0; row < ui->twContour->rowCount(); ++row)
-            movePoint(row, delta);
+        m_points.moveAllTo(coords());
         emit message(QStringLiteral("[I]Нажата кнопка 'Сдвиг всего контура' панели Контур"), false);
     }
     updateD();
@@ -144,14 +123,14 @@ void CONTOUR::on_pbCorr_clicked()
 void CONTOUR::on_pbCorrNgo_clicked()
 {
     emit message(QStringLiteral("[I]Нажата кнопка 'Сдвинуть и перейти' панели Контур"), false);
-    if (m_currentPoint < 0)
+    if (m_points.current() < 0)
         return;
-    movePoint(m_currentPoint, difference(coords(), coords(m_currentPoint)));
+    m_points.moveCurrentTo(coords());
     updateD();
     updateAfterEdit();
-    int next = m_currentPoint + 1;
-    if (next >= ui->twContour->rowCount())
-        next = m_closed ? 0 : ui->twContour->rowCount() - 1;
+    int next = m_points.current() + 1;
+    if (next > m_points.last())
+        next = m_points.closed() ? 0 : m_points.last();
     onContourCellClicked(next, 0);
 }
 
@@ -159,18 +138,10 @@ void CONTOUR::on_pbDel_clicked()
 {
     Confirm confirm(QStringLiteral("Подтверждение"), QStringLiteral("Удалить текущую точку из контура?"),
                     ui->pbDel, confirmTimeout);
-    if (confirm.exec() != QDialog::Accepted || m_currentPoint < 0)
+    if (confirm.exec() != QDialog::Accepted || m_points.current() < 0)
         return;
     emit message(QStringLiteral("[I]Нажата кнопка 'Удалить точку' панели Контур"), false);
-    ui->twContour->removeRow(m_currentPoint);
-    const int last = ui->twContour->rowCount() - 1;
-    // Nothing leads on from the point that is the last now, nor may an arc to the deleted one stay in it.
-    if (isXYZ() && last >= 0 && !m_closed)
-        addParameters(last, last > 0 ? Frame::End : Frame::Line, 0, 0, 0, false);
-    if (last < 0)
-        m_moveForward = true;
-    const int before = m_moveForward ? qMax(0, m_currentPoint - 1) : 0;
-    setCurrentPoint(qMin(before, last));
+    m_points.removeCurrent();
     updateD();
     updateAfterEdit();
 }
@@ -179,7 +150,7 @@ void CONTOUR::on_pbRing_clicked()
 {
     emit message(QStringLiteral("[I]Нажата кнопка 'Замкнуть контур' панели Контур"), false);
     bool forward = true;
-    if (!m_closed && isXYZ()) {
+    if (!m_points.closed() && m_points.isXYZ()) {
         const int choice =
             touchMenu(ui->pbRing, QStringLiteral("Замыкание контура"),
                       {QStringLiteral("Прямым ходом     "), QStringLiteral("Обратным ходом     ")});
@@ -187,36 +158,22 @@ void CONTOUR::on_pbRing_clicked()
             return;
         forward = choice == 0;
     }
-    m_closed = !m_closed;
-    m_closedForward = forward;
-    if (isXYZ() && ui->twContour->rowCount() > 0)
-        addParameters(ui->twContour->rowCount() - 1, m_closed ? Frame::Line : Frame::End, 0, 0, 0, false);
+    m_points.setClosed(!m_points.closed(), forward);
     updateAfterEdit();
 }
 
 void CONTOUR::on_pbInverse_clicked()
 {
     emit message(QStringLiteral("[I]Нажата кнопка 'Инверсия' панели Контур"), false);
-    WeldContour contour = contourValues();
-    invertContour(contour);
-    writeContour(contour);
+    m_points.invert();
     updateAfterEdit();
 }
 
 // --- numbers ---
 
-bool CONTOUR::askNumber(const QString& title, PoLabel* label, int decimals, float minimum, float maximum)
-{
-    Numpad numpad(title, this, label->value(), decimals == 0, true, false);
-    if (numpad.exec() != QDialog::Accepted)
-        return false;
-    label->setValue(qBound(minimum, static_cast<float>(numpad.value()), maximum), decimals);
-    return true;
-}
-
 void CONTOUR::on_nrings_clicked()
 {
-    if (!askNumber(QStringLiteral("Число проходов"), ui->nrings, 0, 1, maxPasses))
+    if (!askNumber(this, QStringLiteral("Число проходов"), ui->nrings, 0, 1, maxPasses))
         return;
     emit message(
         QStringLiteral("[I]Задано новое число проходов по контуру - %1").arg(double(ui->nrings->value())),
@@ -227,9 +184,21 @@ void CONTOUR::on_nrings_clicked()
 
 void CONTOUR::on_contourSpeed_clicked()
 {
-    if (!askNumber(QStringLiteral("Скорость, мм/мин"), ui->contourSpeed, 1, 0, maxSpeed))
+    if (!askNumber(this, QStringLiteral("Скорость, мм/мин"), ui->contourSpeed, 1, 0, maxSpeed))
         return;
     emit message(QStringLiteral("[I]Задана новая скорость перехода по контуру - %1 мм/мин")
                      .arg(double(ui->contourSpeed->value())),
                  false);
+}
+
+void CONTOUR::on_weldSpeed_clicked()
+{
+    if (!askNumber(this, QStringLiteral("Скорость сварки, мм/мин"), ui->weldSpeed, 1, 0, maxSpeed))
+        return;
+    emit message(
+        QStringLiteral("[I]Задана новая скорость сварки - %1 мм/мин").arg(double(ui->weldSpeed->value())),
+        false);
+    setParamValueInTable(TechTable::Speed, ui->weldSpeed->value(),
+                         TechTable::numbers[TechTable::Speed].decimals);
+    edited(); // also where all rows have it already
 }

@@ -1,6 +1,7 @@
 #include "contour.h"
 #include "filemanager.h"
 #include "filewriter.h"
+#include "programtab.h"
 #include "savefile.h"
 #include "schema.h"
 #include "site.h"
@@ -12,7 +13,6 @@
 namespace {
 
 const QString contourExt = QStringLiteral(".save");
-const QString programExt = QStringLiteral(".npg");
 
 QString twoDecimals(float value)
 {
@@ -28,29 +28,13 @@ Schema* schemaFor(const QString& id, float D, float P, int Aux)
     return new SchemaXYZ;
 }
 
-Raster readRaster(SaveFile& file)
-{
-    Raster raster;
-    raster.kind = Raster::On;
-    raster.type = file.integer();
-    raster.ampX = file.number();
-    raster.ampY = file.number();
-    raster.angle = file.integer();
-    raster.freq = file.integer();
-    raster.shiftX = file.number();
-    raster.shiftY = file.number();
-    raster.param = file.number();
-    raster.cw = file.integer();
-    return raster;
-}
-
 } // namespace
 
 // --- contours: saving ---
 
 void CONTOUR::save(const QString& name, const QString& path, bool updateName)
 {
-    if (!m_schema)
+    if (!schema())
         return;
     if (const auto trouble = writeFile(path + contourExt, contourText(name).toLocal8Bit())) {
         emit message(trouble->line, true);
@@ -66,37 +50,19 @@ QString CONTOUR::contourText(const QString& name) const
     QString text;
     QTextStream stream(&text);
     stream << name << '\n'
-           << m_schema->id() << '\n'
-           << m_schema->D() << ' ' << m_centerX << ' ' << m_centerY << '\n'
-           << ui->points->value() << ' ' << m_schema->Aux() << '\n'
-           << int(m_closed) << ' ' << ui->nrings->value() << '\n'
+           << schema()->id() << '\n'
+           << schema()->D() << ' ' << m_points.centerX() << ' ' << m_points.centerY() << '\n'
+           << ui->points->value() << ' ' << schema()->Aux() << '\n'
+           << int(m_points.closed()) << ' ' << ui->nrings->value() << '\n'
            << ui->weldSpeed->value() << '\n'
-           << ui->twContour->rowCount() << '\n';
-    for (int row = 0; row < ui->twContour->rowCount(); ++row)
-        stream << contourRowText(row) << '\n';
-    stream << ui->twTechTab->rowCount() << '\n';
-    for (int row = 0; row < ui->twTechTab->rowCount(); ++row)
-        stream << techRowText(row) << '\n';
+           << m_points.rowCount() << '\n';
+    for (int row = 0; row < m_points.rowCount(); ++row)
+        stream << m_points.line(row) << '\n';
+    stream << m_tech.rowCount() << '\n';
+    for (int row = 0; row < m_tech.rowCount(); ++row)
+        stream << m_tech.line(row) << '\n';
     stream.flush();
     return text;
-}
-
-QString CONTOUR::contourRowText(int row) const
-{
-    QStringList cells;
-    for (int column = 0; column < m_schema->axisNames().size(); ++column)
-        cells << ui->twContour->item(row, column)->text();
-    return contourLine(cells, isXYZ(), frame(row));
-}
-
-QString CONTOUR::techRowText(int row) const
-{
-    if (isComment(row))
-        return QStringLiteral("- ") + techText(row, 0);
-    QStringList cells;
-    for (int column = 0; column < 6; ++column)
-        cells << techText(row, column);
-    return techLine(cells, raster(row));
 }
 
 // --- contours: loading ---
@@ -110,12 +76,11 @@ void CONTOUR::load(const QString& name, const QString& path)
     SaveFile file(stream.readAll());
 
     loadHead(file);
-    loadContourRows(file);
-    loadTechRows(file);
+    m_points.load(file);
+    m_tech.load(file);
 
     emit message(QStringLiteral("[I]Загружен контур из файла %1.save").arg(path), true);
-    const int last = ui->twContour->rowCount() - 1;
-    setCurrentPoint(last >= 0 ? 0 : -1);
+    m_points.setCurrent(m_points.rowCount() > 0 ? 0 : -1);
     updateLength();
     updateEnables();
     updateTechTab();
@@ -136,90 +101,16 @@ void CONTOUR::loadHead(SaveFile& file)
     ui->weldSpeed->setValue(file.number(), 1);
 
     init(schemaFor(id, D, P, Aux));
-    if (m_schema->rotate())
-        showCircle(centerX, centerY);
-    m_closed = closed;
-    m_closedForward = true; // which kind of closure it was is not in the file
+    if (schema()->rotate()) {
+        m_points.setCenter(centerX, centerY);
+        showCircle();
+    }
+    m_points.setClosed(closed, true); // which kind of closure it was is not in the file
     ui->nrings->setValue(nrings, 0);
     ui->points->setValue(P, 0);
 }
 
-// All rows that are announced: those that a cut file lost stand in the table as zeros, for the setter to see.
-void CONTOUR::loadContourRows(SaveFile& file)
-{
-    const int rows = file.rowCount();
-    const int axes = m_schema->axisNames().size();
-    for (int row = 0; row < rows; ++row) {
-        QList<float> point;
-        for (int axis = 0; axis < axes; ++axis)
-            point << file.number();
-        insertContourRow(row, point);
-        if (!isXYZ())
-            continue;
-        Frame frame;
-        const QString type = file.word();
-        frame.type = type.toInt();
-        if (type != QLatin1String("0")) {
-            frame.direction = file.integer();
-            frame.plane = file.integer();
-            frame.radius = file.number();
-        }
-        writeFrame(row, frame);
-    }
-}
-
-void CONTOUR::loadTechRows(SaveFile& file)
-{
-    const int rows = file.rowCount();
-    for (int row = 0; row < rows && !file.atEnd(); ++row) {
-        if (file.word() == QLatin1String("-")) {
-            addComment(file.word());
-            continue;
-        }
-        TechRow values;
-        values.path = file.number();
-        values.Ir = file.number();
-        values.If = file.number();
-        values.Ix = file.number();
-        values.Iy = file.number();
-        values.speed = file.number();
-        const int kind = file.integer();
-        if (kind == Raster::On)
-            values.raster = readRaster(file);
-        else
-            values.raster.kind = kind == Raster::Off ? Raster::Off : Raster::Keep;
-        const int lastRow = ui->twTechTab->rowCount() - 1;
-        if (row == 0 || row == rows - 1) {
-            const int fixed = row == 0 ? 0 : lastRow;
-            writeTechRow(fixed, values);
-            markFixedRow(fixed);
-        } else {
-            insertTechRow(lastRow, values);
-        }
-    }
-}
-
 void CONTOUR::on_pbSave_clicked()
-{
-    chooseSave();
-}
-
-void CONTOUR::on_pbSave_2_clicked()
-{
-    chooseSave();
-}
-
-void CONTOUR::on_pbLoad_clicked()
-{
-    chooseLoad();
-}
-
-void CONTOUR::on_pbLoad_2_clicked()
-{
-    chooseLoad();
-}
-
-void CONTOUR::chooseSave()
 {
     emit message(QStringLiteral("[I]Нажата кнопка 'Сохранить контур'"), false);
     FileManager files(this, m_contourDir, contourExt, false);
@@ -227,7 +118,12 @@ void CONTOUR::chooseSave()
         save(files.name(), files.path(), true);
 }
 
-void CONTOUR::chooseLoad()
+void CONTOUR::on_pbSave_2_clicked()
+{
+    on_pbSave_clicked();
+}
+
+void CONTOUR::on_pbLoad_clicked()
 {
     emit message(QStringLiteral("[I]Нажата кнопка 'Загрузить контур'"), false);
     FileManager files(this, m_contourDir, contourExt, true);
@@ -235,83 +131,39 @@ void CONTOUR::chooseLoad()
         load(files.name(), files.path());
 }
 
+void CONTOUR::on_pbLoad_2_clicked()
+{
+    on_pbLoad_clicked();
+}
+
 // --- programs of the channels ---
-
-QPlainTextEdit* CONTOUR::programEdit(int channel) const
-{
-    return channel == 1 ? ui->teGcode : channel == 2 ? ui->teGcode_2 : ui->teGcode_3;
-}
-
-QLabel* CONTOUR::programLabel(int channel) const
-{
-    return channel == 1 ? ui->lbProgName1 : channel == 2 ? ui->lbProgName2 : ui->lbProgName3;
-}
-
-void CONTOUR::loadFile(const QString& name, const QString& path, QLabel* label, QPlainTextEdit* edit)
-{
-    QFile file(site().path(path + programExt));
-    if (!file.open(QIODevice::ReadOnly))
-        return;
-    QTextStream stream(file.read(SaveFile::maxBytes));
-    edit->setPlainText(stream.readAll());
-    emit message(QStringLiteral("[I]Выполнена загрузка программы ЧПУ из файла %1.npg").arg(path), false);
-    label->setText(name);
-}
-
-void CONTOUR::saveFile(const QString& name, const QString& path, QLabel* label, QPlainTextEdit* edit)
-{
-    if (const auto trouble = writeFile(path + programExt, edit->toPlainText().toLocal8Bit())) {
-        emit message(trouble->line, true);
-        return;
-    }
-    emit message(QStringLiteral("[I]Программа ЧПУ сохранена в файле %1.npg").arg(path), false);
-    label->setText(name);
-}
-
-void CONTOUR::openProgram(int channel)
-{
-    emit message(QStringLiteral("[I]Нажата кнопка 'Загрузить программу ЧПУ' панели 'Канал %1'").arg(channel),
-                 false);
-    FileManager files(this, m_prgDir + QStringLiteral("ch%1/").arg(channel), programExt, true);
-    if (files.exec() == QDialog::Accepted)
-        loadFile(files.name(), files.path(), programLabel(channel), programEdit(channel));
-}
-
-void CONTOUR::saveProgram(int channel)
-{
-    emit message(QStringLiteral("[I]Нажата кнопка 'Сохранить программу ЧПУ' панели 'Канал %1'").arg(channel),
-                 false);
-    FileManager files(this, m_prgDir + QStringLiteral("ch%1/").arg(channel), programExt, false);
-    if (files.exec() == QDialog::Accepted)
-        saveFile(files.name(), files.path(), programLabel(channel), programEdit(channel));
-}
 
 void CONTOUR::on_pbPrgOpen_1_clicked()
 {
-    openProgram(1);
+    m_programs[0]->open();
 }
 
 void CONTOUR::on_pbPrgOpen_2_clicked()
 {
-    openProgram(2);
+    m_programs[1]->open();
 }
 
 void CONTOUR::on_pbPrgOpen_3_clicked()
 {
-    openProgram(3);
+    m_programs[2]->open();
 }
 
 void CONTOUR::on_pbPrgSave_1_clicked()
 {
-    saveProgram(1);
+    m_programs[0]->save();
 }
 
 void CONTOUR::on_pbPrgSave_2_clicked()
 {
-    saveProgram(2);
+    m_programs[1]->save();
 }
 
 void CONTOUR::on_pbPrgSave_3_clicked()
 {
-    saveProgram(3);
+    m_programs[2]->save();
 }

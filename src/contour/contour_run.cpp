@@ -1,83 +1,20 @@
 #include "consolehost.h"
 #include "contour.h"
 #include "drivecomm.h"
-#include "programfile.h"
-#include "requiredpause.h"
-#include "schema.h"
-#include "site.h"
+#include "programtab.h"
 #include "ui_contour.h"
-
-#include <algorithm>
-
-// A program to be started on its channel.
-struct Launch
-{
-    int channel;
-    QString program;
-    std::chrono::microseconds pause; // behind its start
-};
-
-namespace {
-
-// Channel 1 last: it gives the event that the others wait for.
-QVector<Launch> motion(const MotionPrograms& programs, std::chrono::microseconds pause)
-{
-    QVector<Launch> launches;
-    if (!programs.channel2.isEmpty())
-        launches.append({2, programs.channel2, pause});
-    launches.append({1, programs.channel1, {}});
-    return launches;
-}
-
-} // namespace
+#include "weldstart.h"
 
 void CONTOUR::run(int channel, const QString& text)
 {
-    const QVector<Launch> launches{{channel, text, {}}};
-    if (write(launches))
-        start(launches);
+    m_start->run(channel, text);
 }
 
-QString CONTOUR::launchPath(int channel) const
+void CONTOUR::command(const QString& text)
 {
-    return m_prgDir + QStringLiteral("_temp%1.npg").arg(channel);
-}
-
-// All programs are written before the first is started: a channel whose partner's program is missing would
-// wait for it at its event for ever.
-bool CONTOUR::write(const QVector<Launch>& launches)
-{
-    return std::all_of(launches.begin(), launches.end(), [this](const Launch& launch) {
-        return writeProgram(launchPath(launch.channel), launch.program);
-    });
-}
-
-bool CONTOUR::start(const QVector<Launch>& launches)
-{
-    for (int i = 0; i < launches.size(); ++i) {
-        if (i > 0 && !RequiredPause::wait(launches[i - 1].pause)) {
-            emit message(QStringLiteral("[W]Пуск прерван, канал %1 не запущен").arg(launches[i].channel),
-                         true);
-            return false;
-        }
-        execute(launches[i].channel, launchPath(launches[i].channel));
-    }
-    return true;
-}
-
-bool CONTOUR::writeProgram(const QString& path, const QString& text)
-{
-    const auto trouble = writeProgramFile(path, text);
-    if (trouble)
-        emit message(*trouble, true);
-    return !trouble;
-}
-
-void CONTOUR::execute(int channel, const QString& path)
-{
-    m_startUnanswered = true;
+    m_machine.startUnanswered = true;
     if (ConsoleHost* window = host())
-        window->drives()->command(QStringLiteral("EXEC_%1(%2)").arg(QString::number(channel), path));
+        window->drives()->command(text);
 }
 
 // --- the weld ---
@@ -85,33 +22,20 @@ void CONTOUR::execute(int channel, const QString& path)
 void CONTOUR::on_pbGcode_clicked()
 {
     emit message(QStringLiteral("[I]Нажата кнопка 'ПУСК' панели Технология"), false);
-    if (!m_schema) {
+    if (!schema()) {
         emit message(QStringLiteral("[A]Ошибка! Контур не создан, пуск невозможен!"), true);
         return;
     }
     if (refused(tooLongText(programLines(tables()))))
         return;
-    WeldStage weld = m_weld;
-    const bool goesOn = weld.stopsSeen >= weld.stage;
-    QVector<Launch> launches;
-    if (goesOn) {
-        // Channel 3 still runs and stands at its event: only the motion goes on.
-        weld.stopsSeen = 0;
-        ++weld.stage;
-        launches = genContour(weld);
-    } else if (m_testMode) {
-        launches = genTestMove();
-    } else {
-        weld = WeldStage();
-        launches = genTechnology() + genContour(weld);
-    }
-    if (!write(launches))
-        return;                     // the next press does the same
-    if (!goesOn && !m_ppf.isOpen()) // a record keeps the form that it began with
-        m_techRun = !m_testMode;
-    m_weld = WeldStage(); // a start that is broken off is nothing to go on with
-    if (start(launches))
-        m_weld = weld;
+    const bool goesOn = m_start->goesOn();
+    const WeldStart::Outcome outcome = m_testMode && !goesOn
+                                           ? m_start->testMove(contourValues(), ui->weldSpeed->value())
+                                           : m_start->weld(tables());
+    if (outcome == WeldStart::NotWritten)
+        return;
+    if (!goesOn)
+        m_passport.setForm(m_testMode ? Passport::Short : Passport::Long);
     updateGcode();
 }
 
@@ -122,95 +46,46 @@ bool CONTOUR::refused(const QString& reason)
     return !reason.isEmpty();
 }
 
-// Channel 3 must wait for its event before the others start.
-QVector<Launch> CONTOUR::genTechnology()
-{
-    const QString text = technologyProgram(tables());
-    ui->teGcode_3->setPlainText(text);
-    ui->lbProgName3->setText(QStringLiteral("Технология"));
-    return {{3, text, site().pauses.beforeContour}};
-}
-
-QVector<Launch> CONTOUR::genContour(WeldStage& weld)
-{
-    const MotionPrograms programs = contourPrograms(tables(), weld);
-    const QString doubt = doubtText(programs.doubt);
-    if (weld.stage == 1 && !doubt.isEmpty()) // what follows a stop was told with the start
-        emit message(doubt, true);
-    showMotion(programs);
-    return motion(programs, site().pauses.beforeManipulator);
-}
-
-QVector<Launch> CONTOUR::genTestMove()
-{
-    const MotionPrograms programs = testMovePrograms(contourValues(), ui->weldSpeed->value());
-    showMotion(programs);
-    return motion(programs, site().pauses.navigation);
-}
-
-void CONTOUR::showMotion(const MotionPrograms& programs)
-{
-    if (m_schema->circle()) {
-        ui->teGcode_2->setPlainText(programs.channel2);
-        ui->lbProgName2->setText(QStringLiteral("Перемещение изделия"));
-    }
-    ui->teGcode->setPlainText(programs.channel1);
-    ui->lbProgName1->setText(QStringLiteral("Перемещение манипулятора"));
-}
-
 // --- touching a point ---
 
 void CONTOUR::onContourCellClicked(int row, int column)
 {
-    Q_ASSERT(m_schema);
-    setCurrentPoint(m_currentPoint); // the mark follows the machine, not the finger
-    if (column == frameColumn()) {
+    const QList<float> position = coords();
+    const int current = m_points.current();
+    m_points.setCurrent(current); // the mark follows the machine, not the finger
+    if (column == m_points.frameColumn()) {
         onContourCellDoubleClicked(row, column);
         return;
     }
     constexpr int stepLines = 4; // in both channels
-    if (refused(tooLongText(stepLines * qAbs(qint64(row) - qMax(0, m_currentPoint)))))
+    if (refused(tooLongText(stepLines * qAbs(qint64(row) - qMax(0, current)))))
         return;
-    const bool before = m_moveForward;
-    if (row != m_currentPoint)
-        m_moveForward = m_currentPoint < row;
-    const auto launches =
-        motion(navigationPrograms(contourValues(), m_currentPoint, row, coords(), ui->contourSpeed->text()),
-               site().pauses.navigation);
-    if (!write(launches) || !start(launches))
-        m_moveForward = before; // the way was not gone, or not to its end
+    WeldContour contour = contourValues();
+    if (row != current)
+        contour.moveForward = current < row;
+    if (m_start->walk(contour, current, row, position, ui->contourSpeed->text()) == WeldStart::Started)
+        m_points.setMovesForward(contour.moveForward); // else the way was not gone, or not to its end
 }
 
 // --- the panels of the channels ---
 
 void CONTOUR::on_pbRun_clicked()
 {
-    if (!runEdited(1, QStringLiteral("_temp.npg")))
+    QString against;
+    if (m_passport.isOpen()) // a record follows one run to its end
+        against = QStringLiteral("[A]Ошибка! Паспорт предыдущего пуска ещё не закрыт, пуск невозможен!");
+    if (!m_programs[0]->run(against))
         return;
-    m_techRun = false;
+    m_passport.setForm(Passport::Short);
     startPassport();
 }
 
 void CONTOUR::on_pbRun_2_clicked()
 {
-    runEdited(2, QStringLiteral("_temp2.npg"));
+    m_programs[1]->run();
 }
 
 void CONTOUR::on_pbRun_3_clicked()
 {
-    runEdited(3, QStringLiteral("_temp3.npg"));
-}
-
-bool CONTOUR::runEdited(int channel, const QString& file)
-{
-    emit message(QStringLiteral("[I]Нажата кнопка 'Пуск программы' панели 'Канал %1'").arg(channel), false);
-    if (channel == 1 && m_ppf.isOpen()) { // a record follows one run to its end
-        emit message(QStringLiteral("[A]Ошибка! Паспорт предыдущего пуска ещё не закрыт, пуск невозможен!"),
-                     true);
-        return false;
-    }
-    if (!writeProgram(m_prgDir + file, programEdit(channel)->toPlainText()))
-        return false;
-    execute(channel, m_prgDir + file);
-    return true;
+    m_programs[2]->run();
 }

@@ -18,15 +18,15 @@ TechSettings::TechSettings(CONTOUR* contour, QWidget* button)
 
 TechSettings::~TechSettings() = default;
 
-void TechSettings::setCurrents(bool test, bool focus, bool yokeX, bool yokeY, float If, float Ix, float Iy)
+void TechSettings::setCurrents(bool test, const TechDefaults& defaults)
 {
     ui->cbTestMode->setChecked(test);
-    ui->cbFocus->setChecked(focus);
-    ui->cbYokeX->setChecked(yokeX);
-    ui->cbYokeY->setChecked(yokeY);
-    ui->If->setValue(If, 0);
-    ui->Ix->setValue(Ix, 1);
-    ui->Iy->setValue(Iy, 1);
+    ui->cbFocus->setChecked(defaults.focusOn);
+    ui->cbYokeX->setChecked(defaults.yokeXOn);
+    ui->cbYokeY->setChecked(defaults.yokeYOn);
+    ui->If->setValue(defaults.If, 0);
+    ui->Ix->setValue(defaults.Ix, 1);
+    ui->Iy->setValue(defaults.Iy, 1);
 }
 
 void TechSettings::setRoundParams(float D, float centerX, float centerY, int plane)

@@ -6,6 +6,7 @@
 
 class CONTOUR;
 class PoLabel;
+struct TechDefaults;
 namespace Ui {
 class TechSettings;
 }
@@ -20,7 +21,7 @@ public:
     ~TechSettings() override;
 
     // Currents in mA; the flags show the columns of focus and deflection.
-    void setCurrents(bool test, bool focus, bool yokeX, bool yokeY, float If, float Ix, float Iy);
+    void setCurrents(bool test, const TechDefaults& defaults);
     void setRoundParams(float D, float centerX, float centerY, int plane); // mm; plane -1 for none
     void setRoundEnabled(bool enabled);
 

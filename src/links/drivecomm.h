@@ -23,6 +23,8 @@ class DriveStatus : public QThread
 public:
     using QThread::QThread;
 
+    static constexpr unsigned int channelRuns = 3; // state of a channel that executes a program
+
 signals:
     // Channels.
     void changedChannelState1(unsigned int state);

@@ -24,7 +24,6 @@
 namespace {
 
 constexpr int kConfirmTime = 5;                          // s; no answer counts as no
-constexpr uint kRunning = 3;                             // state of a channel that executes a program
 const float kSpeedShares[] = {2.5F, 5, 10, 25, 50, 100}; // % of the maximum
 
 } // namespace
@@ -172,7 +171,7 @@ void Gui::fixedMove(VirtualIndex index)
                      virtualAxis.coordLabel);
     connect(&m_drives, &DriveTCPthread::changedDrivesOn, &dialog, &FixedMove::onDriveState);
     connect(&m_drives, &DriveTCPthread::changedChannelState1, &dialog, &FixedMove::onChannelState);
-    dialog.onDriveState(m_drivesOn && m_channel1State != kRunning);
+    dialog.onDriveState(m_drivesOn && m_channel1State != DriveStatus::channelRuns);
     dialog.exec();
 }
 

@@ -57,7 +57,6 @@ const ChannelState kChannelStates[] = {
     {"готовность", "[I]Канал %1: готовность к старту программы"},
     {"ожидание\nпродолжения", "[I]Канал %1: готовность к продолжению программы"},
 };
-constexpr uint kRunning = 3;
 
 constexpr uint kAbnormalEnd = 0xFFFFFFFF; // reported in the place of a regime
 
@@ -120,7 +119,7 @@ void Gui::drawChannelState(int channel, PoLabel* label, uint state)
     const ChannelState& shown = kChannelStates[known ? state : 0];
     const QString text = QString::fromUtf8(shown.text);
     label->setText(known ? text : text.arg(state));
-    setWindowColour(label, state == kRunning ? kActive : kRest);
+    setWindowColour(label, state == DriveStatus::channelRuns ? kActive : kRest);
     if (shown.line)
         prgMessage(QString::fromUtf8(shown.line).arg(channel), true);
 }

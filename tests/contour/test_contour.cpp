@@ -1,34 +1,24 @@
-#include "contouredit.h"
 #include "contourfixture.h"
-#include "deathtest.h"
 #include "schema.h"
-#include "weldgeometry.h"
 
 #include <QPlainTextEdit>
-#include <QtMath>
 
-class TestContour : public QObject
+class TestContour : public ContourTest
 {
     Q_OBJECT
 
 private slots:
-    void init();
-    void cleanup();
+    void init() { begin(); }
+    void cleanup() { end(); }
 
-    void newContour_data();
     void newContour();
     void cancelledOrRefusedNumberLeavesTheContour();
-    void buttonsFollowTheMachine_data();
     void buttonsFollowTheMachine();
     void teaching();
-    void pointBetweenIsTravelledThrough();
     void shifting();
-    void ringAngleWraps();
-    void deleting_data();
     void deleting();
     void closing();
     void inversion();
-    void inversionKeepsEachFrameOnItsStretch();
     void taughtCircle();
     void newDiameterMovesThePoints();
 
@@ -38,10 +28,6 @@ private slots:
     void pointNumberMovesTheMark();
 
 private:
-    std::unique_ptr<SiteFixture> m_site;
-    std::unique_ptr<ContourWindow> m_window;
-    CONTOUR* m_contour = nullptr;
-
     QList<float> point(float x, float y, float z) const { return {x, y, z}; }
     QStringList frames() const { return m_window->column(m_window->points(), 3); }
     QStringList xs() const { return m_window->column(m_window->points(), 0); }
@@ -56,67 +42,42 @@ private:
     }
 };
 
-void TestContour::init()
-{
-    m_site = std::make_unique<SiteFixture>();
-    m_window = std::make_unique<ContourWindow>();
-    m_contour = m_window->open();
-    m_window->ready();
-}
-
-void TestContour::cleanup()
-{
-    m_window.reset();
-    m_site.reset();
-}
-
 // --- contour table ---
-
-void TestContour::newContour_data()
-{
-    QTest::addColumn<int>("entry");
-    QTest::addColumn<QStringList>("numbers");
-    QTest::addColumn<QString>("header");
-    QTest::addColumn<QStringList>("columns");
-    QTest::addColumn<QString>("journal");
-    QTest::newRow("lines") << 0 << QStringList() << "<b>Линейная интерполяция</b>"
-                           << QStringList{"LX", "LY", "Z", "Параметры"}
-                           << "[I]Новый контур 'Смешаная интерполяция XYZ' создан";
-    QTest::newRow("circle") << 1 << QStringList{"120.5"} << "<b>Круговая интерполяция</b><pre>D=120.5</>"
-                            << QStringList{"LX", "LY", "Z"}
-                            << "[I]Новый контур 'Круговая интерполяция' создан";
-    QTest::newRow("ring") << 2 << QStringList{"250", "4"} << "<b>Кольцевой стык</b><pre>D=250</>"
-                          << QStringList{"V", "LX", "LY", "Z"} << "[I]Новый контур 'Кольцевой стык' создан";
-}
 
 void TestContour::newContour()
 {
-    QFETCH(int, entry);
-    QFETCH(QStringList, numbers);
     m_window->place(1.5, -2.25, 3);
-    QList<std::function<bool()>> given{Answers::entry(entry)};
-    for (const QString& number : qAsConst(numbers))
-        given << Answers::number(number);
-    Answers answers(given);
-    m_window->press("pbNew");
-    QVERIFY(answers.allGiven());
+    struct
+    {
+        QStringList numbers;
+        const char *header, *columns, *journal;
+    } const entries[] = {
+        {{}, "<b>Линейная интерполяция</b>", "LX LY Z Параметры", "Смешаная интерполяция XYZ"},
+        {{"120.5"}, "<b>Круговая интерполяция</b><pre>D=120.5</>", "LX LY Z", "Круговая интерполяция"},
+        {{"250", "4"}, "<b>Кольцевой стык</b><pre>D=250</>", "V LX LY Z", "Кольцевой стык"}};
+    for (int entry = 0; entry < 3; ++entry) {
+        QList<Answer> given{Answers::entry(entry)};
+        for (const QString& number : entries[entry].numbers)
+            given << Answers::number(number);
+        Answers answers(given);
+        m_window->press("pbNew");
+        QVERIFY(answers.allGiven());
 
-    QTEST(m_window->text("lblConsts"), "header");
-    QStringList columns;
-    for (int i = 0; i < m_window->points()->columnCount(); ++i)
-        columns << m_window->points()->horizontalHeaderItem(i)->text();
-    QTEST(columns, "columns");
-    QTEST(m_window->journal.last(), "journal");
-    QCOMPARE(m_window->shownName, QStringLiteral("Программа сварки"));
-    QCOMPARE(m_window->find("frmRotate")->isVisibleTo(m_contour->widget(1)), entry == 1);
-    QCOMPARE(m_window->points()->rowCount(), entry == 2 ? 4 : 0);
-    if (entry == 2) {
-        QCOMPARE(xs(), (QStringList{"0.00", "90.00", "180.00", "270.00"}));
-        QCOMPARE(m_window->cell(m_window->points(), 3, 2), QStringLiteral("-2.25"));
-        QCOMPARE(selectedRow(), 0);
+        QCOMPARE(m_window->text("lblConsts"), QString(entries[entry].header));
+        QStringList columns;
+        for (int i = 0; i < m_window->points()->columnCount(); ++i)
+            columns << m_window->points()->horizontalHeaderItem(i)->text();
+        QCOMPARE(columns.join(' '), QString(entries[entry].columns));
+        QCOMPARE(m_window->journal.last(),
+                 QString("[I]Новый контур '%1' создан").arg(entries[entry].journal));
+        QCOMPARE(m_window->shownName, QString("Программа сварки"));
+        QCOMPARE(m_window->find("frmRotate")->isVisibleTo(m_contour->widget(1)), entry == 1);
+        QCOMPARE(m_window->points()->rowCount(), entry == 2 ? 4 : 0);
+        QCOMPARE(m_window->tech()->rowCount(), 2);
     }
-    QCOMPARE(m_window->tech()->rowCount(), 2);
-    QVERIFY(m_contour->tableValid());
+    QCOMPARE(xs(), (QStringList{"0.00", "90.00", "180.00", "270.00"}));
+    QCOMPARE(m_window->cell(m_window->points(), 3, 2), QString("-2.25"));
+    QCOMPARE(selectedRow(), 0);
 }
 
 void TestContour::cancelledOrRefusedNumberLeavesTheContour()
@@ -137,65 +98,44 @@ void TestContour::cancelledOrRefusedNumberLeavesTheContour()
     QCOMPARE(m_window->shownName, QStringLiteral("mine"));
 }
 
-void TestContour::buttonsFollowTheMachine_data()
-{
-    QTest::addColumn<bool>("drives");
-    QTest::addColumn<bool>("transformed");
-    QTest::addColumn<unsigned int>("channel1");
-    QTest::addColumn<QString>("enabled"); // New Ins Corr corrNgo Del inveRse rinG
-    QTest::newRow("ready") << true << true << 1U << "NICODRG";
-    QTest::newRow("drives off") << false << true << 1U << "NDRG";
-    QTest::newRow("own axes") << true << false << 1U << "NDRG";
-    QTest::newRow("program runs") << true << true << 3U << "";
-}
-
 void TestContour::buttonsFollowTheMachine()
 {
     laySampleWeld(*m_window);
-    QFETCH(bool, drives);
-    QFETCH(bool, transformed);
-    QFETCH(unsigned int, channel1);
-    m_contour->onDriveState(drives);
-    m_contour->onVirtualMode(transformed);
-    m_contour->onChannel1State(channel1);
+    struct
+    {
+        bool drives, transformed;
+        unsigned int channel1;
+        const char* enabled; // New Ins Corr corrNgo Del inveRse rinG
+    } const cases[] = {{true, true, 1, "NICODRG"},
+                       {false, true, 1, "NDRG"},
+                       {true, false, 1, "NDRG"}, // the axes are its own
+                       {true, true, 3, ""}};     // a program runs
     const std::pair<char, const char*> buttons[] = {{'N', "pbNew"},     {'I', "pbIns"}, {'C', "pbCorr"},
                                                     {'O', "pbCorrNgo"}, {'D', "pbDel"}, {'R', "pbInverse"},
                                                     {'G', "pbRing"}};
-    QString enabled;
-    for (const auto& [mark, name] : buttons)
-        enabled += m_window->find(name)->isEnabled() ? QString(QLatin1Char(mark)) : QString();
-    QTEST(enabled, "enabled");
-    QVERIFY(m_window->find("pbGcode")->isEnabled());
-    QVERIFY(m_window->find("pbRun")->isEnabled());
+    for (const auto& now : cases) {
+        m_contour->onDriveState(now.drives);
+        m_contour->onVirtualMode(now.transformed);
+        m_contour->onChannel1State(now.channel1);
+        QString enabled;
+        for (const auto& [mark, name] : buttons)
+            enabled += m_window->find(name)->isEnabled() ? QString(QLatin1Char(mark)) : QString();
+        QCOMPARE(enabled, QString(now.enabled));
+        QVERIFY(m_window->find("pbGcode")->isEnabled() && m_window->find("pbRun")->isEnabled());
+    }
 }
 
 void TestContour::teaching()
 {
     m_window->choose("pbNew", 0);
     m_window->teach(0, 0, 0);
-    QCOMPARE(frames(), QStringList{"Прямая"});
     m_window->teach(30, 40, 0);
     m_window->teach(30, 40, 12.345f);
-    QCOMPARE(frames(), (QStringList{"Прямая", "Прямая", "Конец"}));
-    QCOMPARE(m_window->column(m_window->points(), 2), (QStringList{"0.00", "0.00", "12.35"}));
     QCOMPARE(m_window->text("points"), QStringLiteral("3"));
     QCOMPARE(m_window->text("length"), QStringLiteral("62.35"));
     QCOMPARE(m_window->cell(m_window->tech(), 1, 0), QStringLiteral("62.35"));
     QCOMPARE(selectedRow(), 2);
-
-    m_window->teach(30, 40, 12.345f); // the machine already stands there
-    QCOMPARE(m_window->points()->rowCount(), 3);
     QCOMPARE(m_contour->coords(2), point(30, 40, 12.35f));
-}
-
-void TestContour::pointBetweenIsTravelledThrough()
-{
-    laySampleWeld(*m_window);
-    m_contour->onChangedPointNo(0);
-    m_window->teach(50, 30, 0);
-    QCOMPARE(xs(), (QStringList{"0.00", "50.00", "100.00"}));
-    QCOMPARE(frames(), (QStringList{"Прямая", "Прямая", "Конец"}));
-    QCOMPARE(total(), 116.62f);
 }
 
 void TestContour::shifting()
@@ -214,30 +154,7 @@ void TestContour::shifting()
     m_window->press("pbCorr");
     QCOMPARE(m_contour->coords(0), point(10, 0, 0));
     QCOMPARE(m_contour->coords(1), point(120, 5, 1));
-    QCOMPARE(m_window->journal.last(),
-             QStringLiteral("[I]Нажата кнопка 'Сдвиг всего контура' панели Контур"));
-}
-
-void TestContour::ringAngleWraps()
-{
-    m_window->newRing(QStringLiteral("100"), QStringLiteral("4"));
-    m_contour->movePoint(3, {100, 0, 0, 0});
-    m_contour->movePoint(1, {-100, 1, 0, 0});
-    m_contour->movePoint(2, {180, 0, 0, 0});
-    QCOMPARE(xs(), (QStringList{"0.00", "350.00", "360.00", "10.00"}));
-    QCOMPARE(m_contour->calcDistance(0, m_contour->coords(1), m_contour->coords(3)), 100 * M_PI / 18);
-}
-
-void TestContour::deleting_data()
-{
-    QTest::addColumn<int>("current");
-    QTest::addColumn<bool>("forward");
-    QTest::addColumn<QStringList>("left");
-    QTest::addColumn<int>("marked");
-    QTest::newRow("last") << 2 << true << QStringList{"0.00", "10.00"} << 1;
-    QTest::newRow("middle") << 1 << true << QStringList{"0.00", "20.00"} << 0;
-    QTest::newRow("first") << 0 << true << QStringList{"10.00", "20.00"} << 0;
-    QTest::newRow("going back") << 1 << false << QStringList{"0.00", "20.00"} << 0;
+    QCOMPARE(m_window->journal.last(), QString("[I]Нажата кнопка 'Сдвиг всего контура' панели Контур"));
 }
 
 void TestContour::deleting()
@@ -245,23 +162,15 @@ void TestContour::deleting()
     m_window->choose("pbNew", 0);
     for (int i = 0; i < 3; ++i)
         m_window->teach(10.0f * float(i), 0, 0);
-    QFETCH(bool, forward);
-    QFETCH(int, current);
-    m_contour->onChangedPointNo(forward ? 0 : 2);
-    m_contour->onContourCellClicked(forward ? 1 : 0, 0);
-    m_contour->onChangedPointNo(unsigned(current));
-    Answers answers({Answers::confirm(true)});
-    m_window->press("pbDel");
-    QTEST(xs(), "left");
-    QTEST(selectedRow(), "marked");
-    QCOMPARE(frames(), (QStringList{"Прямая", "Конец"}));
-    for (int i = 0; i < 2; ++i) {
-        Answers again({Answers::confirm(true)});
+    m_contour->onContourCellClicked(1, 0); // a walk back: the mark goes to the beginning
+    for (const bool yes : {false, true}) {
+        Answers answers({Answers::confirm(yes)});
         m_window->press("pbDel");
+        QVERIFY(answers.allGiven());
+        QCOMPARE(selectedRow(), yes ? 0 : 2);
     }
-    QCOMPARE(m_window->points()->rowCount(), 0);
-    m_window->teach(7, 0, 0); // the empty table takes a first point again
-    QCOMPARE(xs(), QStringList{"7.00"});
+    QCOMPARE(xs(), (QStringList{"0.00", "10.00"}));
+    QCOMPARE(total(), 10.0f);
 }
 
 void TestContour::closing()
@@ -278,10 +187,7 @@ void TestContour::closing()
     QCOMPARE(m_window->text("lblLength"), QStringLiteral("Длина прохода,\nмм"));
     QCOMPARE(m_window->text("length"), QStringLiteral("300.00")); // 100 + 75 and back by 125
     QCOMPARE(frames().last(), QStringLiteral("Прямая"));
-    {
-        Answers answers({Answers::number(QStringLiteral("3"))});
-        m_window->press("nrings");
-    }
+    m_window->enter("nrings", "3");
     QCOMPARE(m_window->journal.last(), QStringLiteral("[I]Задано новое число проходов по контуру - 3"));
     QCOMPARE(total(), 900.0f);
 
@@ -293,10 +199,7 @@ void TestContour::closing()
     m_window->choose("pbRing", 1);
     QCOMPARE(ring->text(), QStringLiteral("Замкнут\nобратным\nходом"));
     QCOMPARE(m_window->text("length"), QStringLiteral("350.00"));
-    {
-        Answers answers({Answers::number(QStringLiteral("0"))});
-        m_window->press("nrings");
-    }
+    m_window->enter("nrings", "0");
     QCOMPARE(m_window->text("nrings"), QStringLiteral("1"));
 
     m_window->newRing(QStringLiteral("100"), QStringLiteral("3"));
@@ -307,9 +210,6 @@ void TestContour::closing()
 
 void TestContour::inversion()
 {
-    m_window->newRing(QStringLiteral("100"), QStringLiteral("4"));
-    m_window->press("pbInverse");
-    QCOMPARE(xs(), (QStringList{"0.00", "270.00", "180.00", "90.00"}));
     laySampleWeld(*m_window);
     m_contour->addParameters(0, Frame::Arc, 1, 0, 80, true);
     const float before = total();
@@ -317,37 +217,6 @@ void TestContour::inversion()
     QCOMPARE(xs(), (QStringList{"100.00", "0.00"}));
     QCOMPARE(frames(), (QStringList{"Дуга, r=80.0, пр. ч.с., пл-XY", "Конец"}));
     QCOMPARE(total(), before);
-}
-
-void TestContour::inversionKeepsEachFrameOnItsStretch()
-{
-    // Frame 1 runs from a to b, 2 from b to c, 3 from c to d, 4 (when closed) from d to a.
-    for (const bool closed : {false, true}) {
-        const SchemaXYZ schema;
-        WeldContour contour;
-        contour.schema = &schema;
-        contour.closed = closed;
-        for (int i = 0; i < 4; ++i) {
-            ContourRow row{{float(i), 0, 0}, {}};
-            row.frame.type = i < 3 || closed ? Frame::Arc : Frame::End;
-            row.frame.radius = i < 3 || closed ? float(i + 1) : 0;
-            contour.rows.append(row);
-        }
-        const QVector<ContourRow> before = contour.rows;
-        invertContour(contour);
-        QString points;
-        QString radii;
-        for (const ContourRow& row : qAsConst(contour.rows)) {
-            points += QChar('a' + int(row.coords[0]));
-            radii += QString::number(double(row.frame.radius));
-        }
-        QCOMPARE(points + ' ' + radii, QString(closed ? "adcb 4321" : "dcba 3210"));
-        invertContour(contour);
-        for (int i = 0; i < 4; ++i) {
-            QCOMPARE(contour.rows[i].coords, before[i].coords);
-            QCOMPARE(contour.rows[i].frame.radius, before[i].frame.radius);
-        }
-    }
 }
 
 void TestContour::taughtCircle()
@@ -364,15 +233,6 @@ void TestContour::taughtCircle()
              QStringLiteral("10.00 20.00"));
     QCOMPARE(m_window->points()->item(1, 0)->foreground().color(), QColor(Qt::black));
     QCOMPARE(m_window->text("length"), QStringLiteral("157.08"));
-
-    m_window->newRound(QStringLiteral("40"));
-    for (int i = 0; i < 3; ++i)
-        m_window->teach(10.0f * float(i), 0, 0); // no circle goes through a straight line
-    QCOMPARE(m_contour->schema()->D(), 40.0f);
-    for (const QString& cell :
-         m_window->column(m_window->points(), 0) + QStringList(m_window->text("length")))
-        QVERIFY2(!cell.contains(QLatin1String("nan")) && !cell.contains(QLatin1String("inf")),
-                 qPrintable(cell));
 }
 
 void TestContour::newDiameterMovesThePoints()
@@ -381,14 +241,8 @@ void TestContour::newDiameterMovesThePoints()
     m_window->teach(60, 20, 5);
     m_window->teach(10, 70, 5);
     m_window->teach(-40, 20, 5);
-    const auto touch = [] {
-        auto* label = Answers::shown<QLabel>("diameter");
-        if (label)
-            QTimer::singleShot(0, label, [label] { QTest::mouseClick(label, Qt::LeftButton); });
-        return label != nullptr;
-    };
     for (const char* diameter : {"0", "50"}) { // none collapses the points onto the centre
-        Answers answers({touch, Answers::number(QLatin1String(diameter)), Answers::button("pbSettingsDone")});
+        Answers answers(typed("diameter", diameter) + QList<Answer>{Answers::button("pbSettingsDone")});
         m_window->press("pbSettings");
         QVERIFY(answers.allGiven());
         if (diameter == QLatin1String("0"))

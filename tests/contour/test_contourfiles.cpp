@@ -3,6 +3,7 @@
 #include "fulldisk.h"
 #include "savefile.h"
 #include "schema.h"
+#include "weldroles.h"
 
 #include <QLineEdit>
 #include <QListWidget>
@@ -41,38 +42,33 @@ const char* const circleFile = "circle\nXYZr\n100 10.125 -20.5\n3 1\n0 1\n300\n3
 
 } // namespace
 
-class TestContourFiles : public QObject
+class TestContourFiles : public ContourTest
 {
     Q_OBJECT
 
 private slots:
-    void init();
-    void cleanup();
+    void init() { begin(); }
+    void cleanup() { end(); }
 
-    void savedText_data();
     void savedText();
     void whatIsLoaded();
-    void backwardClosureComesBackForward();
-    void switchedOffRowComesBackOn();
+    void whatAFileDoesNotKeep();
     void directionOfARingComesBack();
     void circleComesBack();
-    void missingFileChangesNothing();
-    void fullDiskIsTold();
+    void whatFailsChangesNothing();
     void workIsKeptWhileItGoesOn();
 
     void fileCutAtEveryByte();
     void lostRowsAreZeros();
     void noise();
-    void hugeCounts_data();
     void hugeCounts();
     void tokens();
 
     void programFiles();
     void fileDialogLists();
     void fileDialogWalksTheProgramFolders();
-    void fileDialogAsksBeforeItOverwrites();
+    void fileDialogAsksBeforeItOverwritesOrDeletes();
     void fileDialogTakesANewName();
-    void fileDialogDeletes();
 
 private:
     void write(const QString& name, const QByteArray& text) const
@@ -82,62 +78,40 @@ private:
         file.write(text);
     }
     void load(const QString& name) { m_contour->load(name, folder + name); }
+    void given(const QString& name, const QByteArray& text)
+    {
+        write(name, text);
+        load(name);
+    }
     QByteArray saved(const QString& name) const
     {
         return m_site->read(folder + name + QStringLiteral(".save"));
     }
     QString cell(int row, int column) const { return m_window->cell(m_window->tech(), row, column); }
-
-    std::unique_ptr<SiteFixture> m_site;
-    std::unique_ptr<ContourWindow> m_window;
-    CONTOUR* m_contour = nullptr;
 };
-
-void TestContourFiles::init()
-{
-    m_site = std::make_unique<SiteFixture>();
-    m_window = std::make_unique<ContourWindow>();
-    m_contour = m_window->open();
-}
-
-void TestContourFiles::cleanup()
-{
-    m_window.reset();
-    m_site.reset();
-}
 
 // --- contours ---
 
-void TestContourFiles::savedText_data()
-{
-    QTest::addColumn<QByteArray>("file");
-    QTest::newRow("lines and arcs") << QByteArray(lineFile);
-    QTest::newRow("ring") << QByteArray(ringFile);
-    QTest::newRow("circle") << QByteArray(circleFile).replace("10.125", "10.13");
-}
-
 void TestContourFiles::savedText()
 {
-    QFETCH(QByteArray, file);
-    const QString name = QString::fromUtf8(file.left(file.indexOf('\n')));
-    write(QStringLiteral("given"), file);
-    load(QStringLiteral("given"));
-    m_contour->save(name, folder + QStringLiteral("again"), true);
-    // The last path follows from the contour; all else comes out as it went in.
-    QByteArray expected = file;
-    const int last = expected.lastIndexOf("+ 0.00");
-    const QByteArray length = cell(m_window->tech()->rowCount() - 1, 0).toLatin1();
-    expected.replace(last, 6, "+ " + length);
-    QCOMPARE(QString::fromUtf8(saved(QStringLiteral("again"))), QString::fromUtf8(expected));
-    QCOMPARE(m_window->shownName, name);
-    QCOMPARE(m_window->journal.last(),
-             QStringLiteral("[I]Контур сохранён в файле /home/oper/bin/contours/again.save"));
+    for (QByteArray file : {QByteArray(lineFile), QByteArray(ringFile), QByteArray(circleFile)}) {
+        file.replace("10.125", "10.13");
+        const QString name = QString::fromUtf8(file.left(file.indexOf('\n')));
+        given("given", file);
+        m_contour->save(name, folder + "again", true);
+        // The last path follows from the contour; all else comes out as it went in.
+        const QByteArray length = cell(m_window->tech()->rowCount() - 1, 0).toLatin1();
+        file.replace(file.lastIndexOf("+ 0.00"), 6, "+ " + length);
+        QCOMPARE(QString::fromUtf8(saved("again")), QString::fromUtf8(file));
+        QCOMPARE(m_window->shownName, name);
+        QCOMPARE(m_window->journal.last(),
+                 QStringLiteral("[I]Контур сохранён в файле /home/oper/bin/contours/again.save"));
+    }
 }
 
 void TestContourFiles::whatIsLoaded()
 {
-    write(QStringLiteral("line"), lineFile);
-    load(QStringLiteral("line"));
+    given("line", lineFile);
     QCOMPARE(m_window->journal.last(),
              QStringLiteral("[I]Загружен контур из файла /home/oper/bin/contours/line.save"));
     QCOMPARE(m_window->shownName, QStringLiteral("line"));
@@ -154,39 +128,27 @@ void TestContourFiles::whatIsLoaded()
     QVERIFY(fixed->font().italic() && fixed->font().bold());
     QVERIFY(qAbs(fixed->text().toFloat() - 2 * m_window->text("length").toFloat()) < 0.02f);
 
-    write(QStringLiteral("odd"), QByteArray(lineFile).replace("XYZ\n", "what\n"));
-    load(QStringLiteral("odd"));
+    given("odd", QByteArray(lineFile).replace("XYZ\n", "what\n"));
     QCOMPARE(m_contour->schema()->id(), QStringLiteral("XYZ"));
     QCOMPARE(m_window->points()->rowCount(), 3);
 }
 
-void TestContourFiles::backwardClosureComesBackForward()
+void TestContourFiles::whatAFileDoesNotKeep()
 {
-    m_window->ready();
-    m_window->choose("pbNew", 0);
-    m_window->teach(0, 0, 0);
-    m_window->teach(100, 0, 0);
-    m_window->choose("pbRing", 1);
-    m_contour->save(QStringLiteral("back"), folder + QStringLiteral("back"), true);
-    load(QStringLiteral("back"));
-    QCOMPARE(m_window->find<QAbstractButton>("pbRing")->text(), QStringLiteral("Замкнут\nпрямым\nходом"));
-}
-
-void TestContourFiles::switchedOffRowComesBackOn()
-{
-    write(QStringLiteral("line"), lineFile);
-    load(QStringLiteral("line"));
-    m_window->touchCell(m_window->tech(), 1, 0);
+    given("line", lineFile);
+    m_window->press("pbRing");
+    m_window->choose("pbRing", 1);               // closed backward
+    m_window->touchCell(m_window->tech(), 1, 0); // a row switched off
     QCOMPARE(m_window->tech()->item(2, 0)->data(OnRole).toBool(), false);
-    m_contour->save(QStringLiteral("line"), folder + QStringLiteral("line"), true);
-    load(QStringLiteral("line"));
+    m_contour->save("line", folder + "line", true);
+    load("line");
+    QCOMPARE(m_window->find<QAbstractButton>("pbRing")->text(), QStringLiteral("Замкнут\nпрямым\nходом"));
     QCOMPARE(m_window->tech()->item(2, 0)->data(OnRole).toBool(), true);
 }
 
 void TestContourFiles::directionOfARingComesBack()
 {
-    write(QStringLiteral("ring"), ringFile);
-    load(QStringLiteral("ring"));
+    given("ring", ringFile);
     QCOMPARE(m_window->text("length"), QStringLiteral("785.40"));
     // The last stretch runs from 90 back to 0 and not over 360: a row in its middle cuts it at 45 degrees.
     m_contour->addLinearTackPoint(785.4f - 785.4f / 8, 0, 900);
@@ -196,8 +158,7 @@ void TestContourFiles::directionOfARingComesBack()
 
 void TestContourFiles::circleComesBack()
 {
-    write(QStringLiteral("circle"), circleFile);
-    load(QStringLiteral("circle"));
+    given("circle", circleFile);
     QCOMPARE(m_window->text("centerX"), QStringLiteral("10.13"));
     QCOMPARE(m_window->text("centerY"), QStringLiteral("-20.50"));
     QCOMPARE(m_window->text("diameter"), QStringLiteral("100.00"));
@@ -205,49 +166,25 @@ void TestContourFiles::circleComesBack()
     QCOMPARE(m_window->text("length"), QStringLiteral("157.08"));
 
     // Closing and turning around move no point: the circle of the file stands.
-    write(QStringLiteral("circle"), QByteArray(circleFile).replace("10.00 0.00", "10.00 5.00"));
-    load(QStringLiteral("circle"));
+    given("circle", QByteArray(circleFile).replace("10.00 0.00", "10.00 5.00"));
     m_window->press("pbRing");
     m_window->press("pbInverse");
     QCOMPARE(m_window->text("diameter"), QStringLiteral("100.00"));
     QCOMPARE(m_window->text("length"), QStringLiteral("314.16"));
 }
 
-void TestContourFiles::missingFileChangesNothing()
+void TestContourFiles::whatFailsChangesNothing()
 {
-    write(QStringLiteral("line"), lineFile);
-    load(QStringLiteral("line"));
-    const QStringList journal = m_window->journal;
-    load(QStringLiteral("nothing"));
-    QCOMPARE(m_window->journal, journal);
-    QCOMPARE(m_window->points()->rowCount(), 3);
-    QCOMPARE(m_window->shownName, QStringLiteral("line"));
-}
-
-void TestContourFiles::fullDiskIsTold()
-{
-    write(QStringLiteral("line"), lineFile);
-    load(QStringLiteral("line"));
-    write(QStringLiteral("kept"), "former");
-    m_window->find<QPlainTextEdit>("teGcode")->setPlainText(QString(1000, QLatin1Char('x')));
-    const FullDisk full(100);
+    given("line", lineFile);
+    write("kept", "former");
     m_window->journal.clear();
-    m_contour->save(QStringLiteral("new name"), folder + QStringLiteral("kept"), true);
-    Answers answers({Answers::button("pbSave_as"), [] {
-                         auto* name = Answers::shown<QLineEdit>("leSaveAsNewProgName");
-                         if (name)
-                             QTest::keyClicks(name, QStringLiteral("p\r"));
-                         return name != nullptr;
-                     }});
-    m_window->press("pbPrgSave_1");
-    QVERIFY(answers.allGiven());
-    QCOMPARE(m_window->journal.filter(QStringLiteral("[A]")),
-             (QStringList{QStringLiteral("[A]Файл /home/oper/bin/contours/kept.save не записан"),
-                          QStringLiteral("[A]Файл /programs/ch1/p.npg не записан")}));
-    QCOMPARE(m_window->journal.size(), 3);
-    QCOMPARE(saved(QStringLiteral("kept")), QByteArray("former"));
+    load("nothing");
+    QCOMPARE(m_window->points()->rowCount(), 3);
+    const FullDisk full(100);
+    m_contour->save("new name", folder + "kept", true);
+    QCOMPARE(m_window->journal, QStringList("[A]Файл /home/oper/bin/contours/kept.save не записан"));
+    QCOMPARE(saved("kept"), QByteArray("former"));
     QCOMPARE(m_window->shownName, QStringLiteral("line"));
-    QCOMPARE(m_window->text("lbProgName1"), QString());
 }
 
 // What is taught outlives a fall of the console that comes ten seconds later; a contour that nobody touched
@@ -286,8 +223,7 @@ void TestContourFiles::fileCutAtEveryByte()
         const QByteArray file(whole);
         const int step = whole == lineFile ? 1 : 5;
         for (int length = 0; length < file.size(); length += step) {
-            write(QStringLiteral("cut"), file.left(length));
-            load(QStringLiteral("cut"));
+            given("cut", file.left(length));
             QVERIFY(m_window->points()->rowCount() <= 4);
             QVERIFY(m_window->tech()->rowCount() >= 2 && m_window->tech()->rowCount() <= 6);
         }
@@ -297,8 +233,7 @@ void TestContourFiles::fileCutAtEveryByte()
 void TestContourFiles::lostRowsAreZeros()
 {
     const QByteArray file(lineFile);
-    write(QStringLiteral("cut"), file.left(file.indexOf("-2.50")));
-    load(QStringLiteral("cut"));
+    given("cut", file.left(file.indexOf("-2.50")));
     QCOMPARE(m_window->column(m_window->points(), 0), (QStringList{"0.00", "100.00", "0.00"}));
     QCOMPARE(m_window->column(m_window->points(), 3), (QStringList{"Прямая", "Конец", "Конец"}));
     QCOMPARE(m_window->tech()->rowCount(), 2);
@@ -318,8 +253,7 @@ void TestContourFiles::noise()
             else
                 file += words[random.bounded(int(std::size(words)))] + ' ';
         }
-        write(QStringLiteral("noise"), file);
-        load(QStringLiteral("noise"));
+        given("noise", file);
         QVERIFY(m_window->points()->rowCount() <= 400);
         for (const QString& shown : m_window->column(m_window->points(), 0))
             QVERIFY2(!shown.contains(QLatin1String("nan")) && !shown.contains(QLatin1String("inf")),
@@ -327,24 +261,18 @@ void TestContourFiles::noise()
     }
 }
 
-void TestContourFiles::hugeCounts_data()
-{
-    QTest::addColumn<QByteArray>("file");
-    QTest::addColumn<int>("points");
-    QTest::newRow("points") << QByteArray("n\nXYZ\n-1 0 0\n0 -1\n1 1e30\n600\n1000000000\n1 2 3 0\n4 5 6 0")
-                            << int(SaveFile::maxRows);
-    QTest::newRow("negative") << QByteArray("n\nXYZ\n-1 0 0\n0 -1\n1 -4\n600\n-5\n-7\n") << 0;
-    QTest::newRow("rows") << QByteArray("n\nXYZ\n-1 0 0\n0 -1\n0 1\n600\n0\n1999999999\n+ 1 2 3\n") << 0;
-}
-
 void TestContourFiles::hugeCounts()
 {
-    QFETCH(QByteArray, file);
-    write(QStringLiteral("huge"), file);
-    load(QStringLiteral("huge"));
-    QTEST(m_window->points()->rowCount(), "points");
-    QCOMPARE(m_window->tech()->rowCount(), 2);
-    QVERIFY(m_window->text("nrings").toInt() >= 1 && m_window->text("nrings").toInt() <= 1000);
+    const std::pair<const char*, int> files[] = {
+        {"n\nXYZ\n-1 0 0\n0 -1\n1 1e30\n600\n1000000000\n1 2 3 0\n4 5 6 0", SaveFile::maxRows},
+        {"n\nXYZ\n-1 0 0\n0 -1\n1 -4\n600\n-5\n-7\n", 0},
+        {"n\nXYZ\n-1 0 0\n0 -1\n0 1\n600\n0\n1999999999\n+ 1 2 3\n", 0}};
+    for (const auto& [file, points] : files) {
+        given("huge", file);
+        QCOMPARE(m_window->points()->rowCount(), points);
+        QCOMPARE(m_window->tech()->rowCount(), 2);
+        QVERIFY(m_window->text("nrings").toInt() >= 1 && m_window->text("nrings").toInt() <= 1000);
+    }
 }
 
 void TestContourFiles::tokens()
@@ -368,37 +296,34 @@ void TestContourFiles::tokens()
 void TestContourFiles::programFiles()
 {
     auto* edit = m_window->find<QPlainTextEdit>("teGcode_2");
-    const QString program = QStringLiteral("N1 $2\nN2 M30\n");
-    edit->setPlainText(program);
-    {
-        Answers answers({Answers::button("pbSave_as"), [] {
-                             auto* name = Answers::shown<QLineEdit>("leSaveAsNewProgName");
-                             if (!name)
-                                 return false;
-                             QTest::keyClicks(name, QStringLiteral("turn"));
-                             QTest::keyClick(name, Qt::Key_Return);
-                             return true;
-                         }});
-        m_window->press("pbPrgSave_2");
-        QVERIFY(answers.allGiven());
-    }
-    QCOMPARE(QString::fromUtf8(m_site->read(QStringLiteral("/programs/ch2/turn.npg"))), program);
-    QCOMPARE(m_window->text("lbProgName2"), QStringLiteral("turn"));
-    QCOMPARE(m_window->journal.last(),
-             QStringLiteral("[I]Программа ЧПУ сохранена в файле /programs/ch2/turn.npg"));
-    edit->clear();
-    Answers answers({[] {
+    edit->setPlainText("N1 $2");
+    Answers answers({Answers::button("pbSave_as"),
+                     [] {
+                         auto* name = Answers::shown<QLineEdit>("leSaveAsNewProgName");
+                         if (name)
+                             QTest::keyClicks(name, "turn\r");
+                         return name != nullptr;
+                     },
+                     [] {
                          auto* list = Answers::shown<QListWidget>("listWidget_prog");
                          if (list)
                              list->setCurrentRow(1); // after ".."
                          return list != nullptr;
                      },
-                     Answers::button("pbLoad")});
+                     Answers::button("pbLoad"), Answers::cancel(), Answers::cancel(), Answers::cancel(),
+                     Answers::cancel()});
+    m_window->press("pbPrgSave_2");
+    QCOMPARE(m_site->read("/programs/ch2/turn.npg"), QByteArray("N1 $2"));
+    QCOMPARE(m_window->text("lbProgName2"), QString("turn"));
+    edit->clear();
     m_window->press("pbPrgOpen_2");
+    QCOMPARE(edit->toPlainText(), QString("N1 $2"));
+    for (const char* button : {"pbPrgSave_1", "pbPrgSave_3", "pbPrgOpen_1", "pbPrgOpen_3"})
+        m_window->press(button);
     QVERIFY(answers.allGiven());
-    QCOMPARE(edit->toPlainText(), program);
+    QCOMPARE(m_window->journal.filter("Сохранить программу ЧПУ' панели 'Канал").size(), 3);
     QCOMPARE(m_window->journal.last(),
-             QStringLiteral("[I]Выполнена загрузка программы ЧПУ из файла /programs/ch2/turn.npg"));
+             QString("[I]Нажата кнопка 'Загрузить программу ЧПУ' панели 'Канал 3'"));
 }
 
 namespace {
@@ -474,7 +399,7 @@ void TestContourFiles::fileDialogWalksTheProgramFolders()
     QCOMPARE(dialog.path(), QStringLiteral("/programs/ch3/p"));
 }
 
-void TestContourFiles::fileDialogAsksBeforeItOverwrites()
+void TestContourFiles::fileDialogAsksBeforeItOverwritesOrDeletes()
 {
     write(QStringLiteral("old"), lineFile);
     FileManager dialog(m_contour, folder, QStringLiteral(".save"), false);
@@ -484,6 +409,14 @@ void TestContourFiles::fileDialogAsksBeforeItOverwrites()
         QVERIFY(answers.allGiven());
         QCOMPARE(dialog.name(), yes ? QStringLiteral("old") : QString());
     }
+    for (bool yes : {false, true}) {
+        touchItem(dialog, QStringLiteral("old"), false);
+        Answers answers({Answers::confirm(yes)});
+        dialog.findChild<QAbstractButton*>(QStringLiteral("pbDelete"))->click();
+        QVERIFY(answers.allGiven());
+        QCOMPARE(listed(dialog), yes ? QStringList() : QStringList{"old"});
+    }
+    QVERIFY(saved(QStringLiteral("old")).isEmpty());
 }
 
 void TestContourFiles::fileDialogTakesANewName()
@@ -498,20 +431,6 @@ void TestContourFiles::fileDialogTakesANewName()
     QTest::keyClicks(name, QStringLiteral("../a"));
     QTest::keyClick(name, Qt::Key_Return);
     QCOMPARE(dialog.path(), folder + QStringLiteral("..a")); // it stays in its folder
-}
-
-void TestContourFiles::fileDialogDeletes()
-{
-    write(QStringLiteral("old"), lineFile);
-    FileManager dialog(m_contour, folder, QStringLiteral(".save"), true);
-    for (bool yes : {false, true}) {
-        touchItem(dialog, QStringLiteral("old"), false);
-        Answers answers({Answers::confirm(yes)});
-        dialog.findChild<QAbstractButton*>(QStringLiteral("pbDelete"))->click();
-        QVERIFY(answers.allGiven());
-        QCOMPARE(listed(dialog), yes ? QStringList() : QStringList{"old"});
-    }
-    QVERIFY(saved(QStringLiteral("old")).isEmpty());
 }
 
 QTEST_MAIN(TestContourFiles)

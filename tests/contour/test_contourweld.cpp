@@ -1,34 +1,30 @@
 #include "contourfixture.h"
 #include "deathtest.h"
+#include "fulldisk.h"
 #include "schema.h"
 #include "widgets.h"
 
 #include <QPlainTextEdit>
 #include <QSettings>
-
-namespace {
-
-const QColor offGray(192, 192, 192);
-
-} // namespace
+#include <QTextCodec>
 
 // What is laid along the contour and how it is started: technology table, settings and programs.
-class TestContourWeld : public QObject
+class TestContourWeld : public ContourTest
 {
     Q_OBJECT
 
 private slots:
-    void init();
-    void cleanup();
+    void init() { begin(); }
+    void cleanup() { end(); }
 
     void stopsAndContinuation();
-    void startWithoutLinkWritesTheFiles();
     void allChannelsOrNone();
     void withoutAContour();
     void editedProgramIsRun();
+    void recordOfAProgram();
+    void recordOfAWeld();
 
     void techRows();
-    void pointsOfTheContourInTheTable_data();
     void pointsOfTheContourInTheTable();
     void manyPointsAtOnce();
     void tooLongProgramIsNotMade();
@@ -36,36 +32,17 @@ private slots:
     void commentSwitchesItsBlock();
     void insertedRowTakesTheXDefaultTwice();
     void rasterOfARow();
-    void settingsOfTheTable();
     void settingsDialog();
     void anotherPlaneIsAnotherWay();
-    void techAssertions();
 
     void rightsOfTheUser();
     void settingsSurvive();
 
 private:
-    std::unique_ptr<SiteFixture> m_site;
-    std::unique_ptr<ContourWindow> m_window;
-    CONTOUR* m_contour = nullptr;
-
     void ringOf99(const char* passes);
+    QString record() const; // the whole file of the only one
     QStringList xs() const { return m_window->column(m_window->points(), 0); }
 };
-
-void TestContourWeld::init()
-{
-    m_site = std::make_unique<SiteFixture>();
-    m_window = std::make_unique<ContourWindow>();
-    m_contour = m_window->open();
-    m_window->ready();
-}
-
-void TestContourWeld::cleanup()
-{
-    m_window.reset();
-    m_site.reset();
-}
 
 // --- starting ---
 
@@ -90,6 +67,11 @@ void TestContourWeld::stopsAndContinuation()
         QTRY_COMPARE(m_window->commands(), expected);
     };
     press(QStringLiteral("ПУСК"), whole);
+    QVERIFY(m_window->journal.contains(QStringLiteral("[I]Нажата кнопка 'ПУСК' панели Технология")));
+    QCOMPARE(m_window->find<QPlainTextEdit>("teGcode")->toPlainText().toUtf8(),
+             m_site->read(QStringLiteral("/programs/_temp1.npg")));
+    QCOMPARE(m_window->text("lbProgName1"), QStringLiteral("Перемещение манипулятора"));
+    QCOMPARE(m_window->text("lbProgName3"), QStringLiteral("Технология"));
     m_contour->onChannel1State(3);
     QCOMPARE(start->text(), QStringLiteral("ПУСК")); // while the program still runs
     m_contour->onChannel1State(1);
@@ -100,18 +82,6 @@ void TestContourWeld::stopsAndContinuation()
     QCOMPARE(start->text(), QStringLiteral("ДАЛЕЕ"));
     m_window->choose("pbNew", 0); // nothing of the stopped weld can go on with another contour
     QCOMPARE(start->text(), QStringLiteral("ПУСК"));
-}
-
-void TestContourWeld::startWithoutLinkWritesTheFiles()
-{
-    laySampleWeld(*m_window);
-    m_window->press("pbGcode");
-    QVERIFY(!m_site->read(QStringLiteral("/programs/_temp1.npg")).isEmpty());
-    QVERIFY(!m_site->read(QStringLiteral("/programs/_temp3.npg")).isEmpty());
-    QCOMPARE(m_window->find<QPlainTextEdit>("teGcode")->toPlainText().toUtf8(),
-             m_site->read(QStringLiteral("/programs/_temp1.npg")));
-    QCOMPARE(m_window->text("lbProgName1"), QStringLiteral("Перемещение манипулятора"));
-    QCOMPARE(m_window->text("lbProgName3"), QStringLiteral("Технология"));
 }
 
 // No channel is left waiting for one whose program is missing, and the next press starts the same.
@@ -175,21 +145,95 @@ void TestContourWeld::withoutAContour()
 void TestContourWeld::editedProgramIsRun()
 {
     QVERIFY(m_window->linkUp());
-    const char* const edits[] = {"teGcode", "teGcode_2", "teGcode_3"};
-    const char* const buttons[] = {"pbRun", "pbRun_2", "pbRun_3"};
-    const char* const files[] = {"_temp.npg", "_temp2.npg", "_temp3.npg"};
-    QStringList expected;
-    for (int i = 0; i < 3; ++i) {
-        const QString program = QStringLiteral("N1 $%1\nN2 M30").arg(i + 1);
-        m_window->find<QPlainTextEdit>(edits[i])->setPlainText(program);
-        m_window->press(buttons[i]);
-        const QString path = QStringLiteral("/programs/") + QLatin1String(files[i]);
-        QCOMPARE(QString::fromUtf8(m_site->read(path)), program);
-        expected << QStringLiteral("EXEC_%1(%2)").arg(QString::number(i + 1), path);
-        QCOMPARE(m_window->journal.last(),
-                 QStringLiteral("[I]Нажата кнопка 'Пуск программы' панели 'Канал %1'").arg(i + 1));
+    m_window->find<QPlainTextEdit>("teGcode")->setPlainText("N1 $1");
+    m_window->find<QPlainTextEdit>("teGcode_2")->setPlainText("N1 $2");
+    m_window->find<QPlainTextEdit>("teGcode_3")->setPlainText("N1 $3");
+    for (const char* button : {"pbRun", "pbRun_2", "pbRun_3"})
+        m_window->press(button);
+    QTRY_COMPARE(m_window->commands(),
+                 QStringList({"EXEC_1(/programs/_temp.npg)", "EXEC_2(/programs/_temp2.npg)",
+                              "EXEC_3(/programs/_temp3.npg)"}));
+    QCOMPARE(m_site->read("/programs/_temp.npg") + m_site->read("/programs/_temp2.npg") +
+                 m_site->read("/programs/_temp3.npg"),
+             QByteArray("N1 $1N1 $2N1 $3"));
+}
+
+QString TestContourWeld::record() const
+{
+    const QString folder = QStringLiteral("/home/oper/bin/passports/");
+    const QStringList files = QDir(site().path(folder)).entryList({"*-Программа сварки.csv"}, QDir::Files);
+    return QTextCodec::codecForName("Windows-1251")->toUnicode(m_site->read(folder + files.value(0)));
+}
+
+void TestContourWeld::recordOfAProgram()
+{
+    laySampleWeld(*m_window);
+    m_window->press("pbGcode"); // a weld before it leaves nothing of its form
+    m_contour->onChannel1State(2);
+    m_window->find<QPlainTextEdit>("teGcode")->setPlainText("N1 $1");
+    {
+        const FullDisk full(1);
+        m_window->press("pbRun"); // nothing was started that could be recorded
+        QCOMPARE(record(), QString());
     }
-    QTRY_COMPARE(m_window->commands(), expected);
+    m_window->tech()->setCurrentCell(2, 0);
+    m_window->press("pbRun");
+    QVERIFY(record().endsWith("\n0.0;0.00;100.00;0.00;0.00;0.00;0.00;0.00;0.00;0.00;")); // there at once
+    QCOMPARE(m_window->tech()->currentRow(), 0);
+    QTRY_COMPARE(m_window->tech()->currentRow(), 3); // two samples: the channel never rose
+    m_window->tech()->setCurrentCell(2, 0);
+    QTest::qWait(150); // it is closed: no tick comes any more
+    QVERIFY(record().contains(";0.1;0.00;100.00;") && !record().contains(";0.2;"));
+    QCOMPARE(m_window->tech()->currentRow(), 2);
+
+    m_contour->onChannel1State(3);
+    m_window->press("pbRun");
+    m_window->press("pbRun"); // a record follows one run to its end
+    QCOMPARE(m_window->journal.last(),
+             QStringLiteral("[A]Ошибка! Паспорт предыдущего пуска ещё не закрыт, пуск невозможен!"));
+}
+
+// No button starts such a record yet.
+void TestContourWeld::recordOfAWeld()
+{
+    m_window->choose("pbNew", 0);
+    m_window->teach(0, 0, 0);
+    m_window->teach(3, 0, 0);
+    m_window->choose("pbRing", 0);
+    m_window->enter("nrings", "2");
+    m_window->enter("weldSpeed", "1200");
+    m_contour->addTechPoint(2, 20, 1200);
+    m_contour->addComment(QStringLiteral("Технол.останов"));
+    m_contour->addTechPoint(1, 0, 1200);
+    m_window->press("pbGcode");
+    QCOMPARE(m_window->find<QAbstractButton>("pbGcode")->text(), QStringLiteral("ДАЛЕЕ"));
+    for (const char* edit : {"teGcode", "teGcode_2", "teGcode_3"})
+        m_window->find<QPlainTextEdit>(edit)->setPlainText(edit);
+    m_contour->onChannel3State(3);
+    m_contour->onAxisMoving(true);
+    QList<int> rows;
+    connect(m_window->tech(), &QTableWidget::currentCellChanged, this, [&rows](int row) { rows << row; });
+    m_contour->startPassport();
+    const QString head = record();
+    QVERIFY(head.startsWith(QStringLiteral("\"Программа сварки\"\n\"Дата: ")));
+    QVERIFY(head.contains(
+        QStringLiteral("\n\"Длина прохода: 6.00 мм\"\n\"Число проходов: 2\"\n\"Скорость: 1200.0 мм/мин\"\n\n"
+                       "\"Контур:\"\n\"0.00 0.00 0.00 Прямая \"\n\"3.00 0.00 0.00 Прямая \"\n"
+                       "\"Технология:\"\n\"+ 0.00 0.0 700 1200.0 2 \";\n\"+ 2.00 20.0 700 1200.0 2 \";\n"
+                       "\"- Технол.останов\";\n\"+ 3.00 0.0 700 1200.0 2 \";\n"
+                       "\"+ 12.00 0.0 700 1200.0 2 \";\n\n"
+                       "\"ПРОГРАММА ПЕРЕМЕЩЕНИЯ (канал 1)\"\n\"teGcode\";\n"
+                       "\"ПРОГРАММА ВРАЩЕНИЯ ДЕТАЛИ (канал 2)\"\n\"teGcode_2\";\n\n"
+                       "\"ПРОГРАММА СВАРКИ (канал 3)\"\n\"teGcode_3\";\n\n\"Время\";")));
+    QVERIFY(head.endsWith(";1.2e-03;\n"));
+    QTRY_VERIFY(record().contains("\n0.7;12.00;3.00;0.00;")); // both passes, and no further
+    QCOMPARE(rows, QList<int>({0, 1, 3, 4}));
+    m_contour->onChannel1State(1); // which channel 3 outlives
+    m_window->tech()->setCurrentCell(1, 0);
+    QTRY_VERIFY(record().contains("\n1.1;12.00;"));
+    m_contour->onChannel3State(1);
+    QTRY_COMPARE(m_window->tech()->currentRow(), 4);
+    QCOMPARE(m_window->find<QAbstractButton>("pbGcode")->text(), QStringLiteral("ПУСК"));
 }
 
 // --- technology ---
@@ -197,27 +241,17 @@ void TestContourWeld::editedProgramIsRun()
 void TestContourWeld::techRows()
 {
     laySampleWeld(*m_window);
-    m_contour->addLinearTackPoint(95, 800, 1200);
-    m_contour->addPointToTech(50);
     QTableWidget* tech = m_window->tech();
-    QCOMPARE(m_window->column(tech, 0), (QStringList{"0.00", "10.00", "50.00", "90.00", "95.00", "100.00"}));
-    QCOMPARE(m_window->column(tech, 1), (QStringList{"0.0", "20.0", "0.0", "20.0", "800.0", "0.0"}));
-    QCOMPARE(m_window->column(tech, 5)[4], QStringLiteral("1200.0"));
-
-    m_contour->addComment(QStringLiteral("Прихватки"));
-    m_contour->addTechPoint(1, 0, 600); // counts from the row above the comment
-    QCOMPARE(m_window->cell(tech, 6, 0), QStringLiteral("96.00"));
-
     tech->setCurrentCell(0, 0);
     QVERIFY(!m_window->find("pbInsTechPoint")->isEnabled());
     QVERIFY(!m_window->find("pbDelTechPoint")->isEnabled());
     tech->setCurrentCell(tech->rowCount() - 1, 0);
     QVERIFY(m_window->find("pbInsTechPoint")->isEnabled());
     QVERIFY(!m_window->find("pbDelTechPoint")->isEnabled());
-    tech->setCurrentCell(5, 0);
+    m_contour->addPointToTech(50);
+    tech->setCurrentCell(3, 0);
     m_window->press("pbDelTechPoint");
-    QCOMPARE(m_window->column(tech, 0),
-             (QStringList{"0.00", "10.00", "50.00", "90.00", "95.00", "96.00", "100.00"}));
+    QCOMPARE(m_window->column(tech, 0), (QStringList{"0.00", "10.00", "50.00", "100.00"}));
 
     Answers answers({Answers::number(QStringLiteral("12.345"))});
     m_window->touchCell(tech, 1, 0);
@@ -226,41 +260,23 @@ void TestContourWeld::techRows()
     QVERIFY(!QApplication::activeModalWidget());
 }
 
-void TestContourWeld::pointsOfTheContourInTheTable_data()
-{
-    QTest::addColumn<bool>("all");
-    QTest::addColumn<bool>("everyPass");
-    QTest::addColumn<QStringList>("paths");
-    QTest::newRow("all, every pass") << true << true
-                                     << QStringList{"0.00",   "100.00", "175.00", "300.00", "400.00",
-                                                    "475.00", "600.00", "700.00", "775.00"};
-    QTest::newRow("all once") << true << false << QStringList{"0.00", "100.00", "175.00"};
-    QTest::newRow("one, every pass") << false << true << QStringList{"100.00", "400.00", "1000.00"};
-    QTest::newRow("one, second pass") << false << false << QStringList{"400.00"};
-}
-
+// The dialog's test has all points on every pass, and one on a pass.
 void TestContourWeld::pointsOfTheContourInTheTable()
 {
-    m_window->choose("pbNew", 0);
-    m_window->teach(0, 0, 0);
-    m_window->teach(100, 0, 0);
-    m_window->teach(100, 75, 0);
-    m_window->choose("pbRing", 0); // 300 mm a pass
-    Answers answers({Answers::number(QStringLiteral("3"))});
-    m_window->press("nrings");
-    QFETCH(bool, all);
-    QFETCH(bool, everyPass);
-    m_contour->addContourPoint(all, everyPass, 2, 2);
-    QStringList paths = m_window->column(m_window->tech(), 0);
-    paths.removeLast();
-    paths.removeFirst();
-    std::sort(paths.begin(), paths.end(),
-              [](const QString& a, const QString& b) { return a.toFloat() < b.toFloat(); });
-    QTEST(paths, "paths");
-    QCOMPARE(deathOf([this] {
-                 m_contour->addContourPoint(false, false, 1, 4);
-             }).contains("rotate <= nrings->value()"),
-             true);
+    for (const bool all : {true, false}) {
+        m_window->choose("pbNew", 0);
+        m_window->teach(0, 0, 0);
+        m_window->teach(100, 0, 0);
+        m_window->teach(100, 75, 0);
+        m_window->choose("pbRing", 0); // 300 mm a pass
+        m_window->enter("nrings", "3");
+        m_contour->addContourPoint(all, !all, 2, 2);
+        QCOMPARE(m_window->column(m_window->tech(), 0).join(' '),
+                 QString(all ? "0.00 0.00 100.00 175.00 900.00" : "0.00 1000.00 100.00 400.00 900.00"));
+    }
+    QVERIFY(deathOf([this] {
+                m_contour->addContourPoint(false, false, 1, 4);
+            }).contains("rotate <= nrings->value()"));
 }
 
 // Passes of a ring of 99 points.
@@ -268,8 +284,7 @@ void TestContourWeld::ringOf99(const char* passes)
 {
     m_window->newRing("100", "99");
     m_window->press("pbRing");
-    Answers answers({Answers::number(passes)});
-    m_window->press("nrings");
+    m_window->enter("nrings", passes);
 }
 
 void TestContourWeld::manyPointsAtOnce()
@@ -284,15 +299,6 @@ void TestContourWeld::manyPointsAtOnce()
     m_contour->addContourPoint(true, true, 1, 1);
     QCOMPARE(m_window->tech()->rowCount(), 3962);
     QCOMPARE(m_window->tech()->currentRow(), 3961);
-    QVERIFY(m_contour->tableValid());
-
-    // An end that the table shows rounded down is not beyond it.
-    m_window->choose("pbNew", 0);
-    m_window->teach(0, 0, 0);
-    m_window->teach(100, 5, 0);
-    m_contour->addTechPoint(10, 0, 600);
-    m_contour->addContourPoint(false, false, 2, 1);
-    QCOMPARE(m_window->column(m_window->tech(), 0).join(' '), QString("0.00 10.00 100.12 100.12"));
 }
 
 void TestContourWeld::tooLongProgramIsNotMade()
@@ -312,33 +318,13 @@ void TestContourWeld::tooLongProgramIsNotMade()
 void TestContourWeld::invalidTableIsToldAndMarked()
 {
     laySampleWeld(*m_window);
-    QTableWidget* tech = m_window->tech();
-    const auto red = [&] {
-        QString marks;
-        for (int row = 0; row < tech->rowCount(); ++row)
-            marks += tech->item(row, 0)->foreground().color() == QColor(Qt::red) ? 'r' : '.';
-        return marks;
-    };
-    const QString alarm = QStringLiteral("[A]Ошибка заполнения технологической таблицы!");
-    QCOMPARE(red(), QStringLiteral("...."));
-    {
-        Answers answers({Answers::number(QStringLiteral("120"))});
-        m_window->touchCell(tech, 2, 0); // beyond the end of the path
+    m_window->journal.clear();
+    for (const char* path : {"50", "120"}) { // of 100
+        Answers answers({Answers::number(path)});
+        m_window->touchCell(m_window->tech(), 2, 0);
     }
-    QCOMPARE(red(), QStringLiteral("..r."));
-    QCOMPARE(m_window->journal.last(), alarm);
-    {
-        Answers answers({Answers::number(QStringLiteral("10"))});
-        m_window->touchCell(tech, 2, 0); // the same place and the same currents: a change of speed
-    }
-    QVERIFY(m_contour->tableValid());
-    QCOMPARE(red(), QStringLiteral("...."));
-    {
-        Answers answers({Answers::number(QStringLiteral("21"))});
-        m_window->touchCell(tech, 2, 1); // the current jumps
-    }
-    QVERIFY(!m_contour->tableValid());
-    QCOMPARE(red(), QStringLiteral(".rr."));
+    QCOMPARE(m_window->tech()->item(2, 0)->foreground().color(), QColor(Qt::red));
+    QCOMPARE(m_window->journal, QStringList("[A]Ошибка заполнения технологической таблицы!"));
     QVERIFY(m_window->find("pbGcode")->isEnabled());
 }
 
@@ -347,25 +333,11 @@ void TestContourWeld::commentSwitchesItsBlock()
     laySampleWeld(*m_window);
     m_contour->addComment(QStringLiteral("Прихватки"));
     m_contour->addTechPoint(1, 5, 600);
-    m_contour->addTechPoint(1, 0, 600);
-    m_contour->addComment(QStringLiteral("Сварка"));
-    m_contour->addTechPoint(1, 0, 600);
-    QTableWidget* tech = m_window->tech();
-    const auto state = [&] {
-        QString marks;
-        for (int row = 0; row < tech->rowCount(); ++row)
-            marks += tech->item(row, 0)->data(OnRole).toBool() ? '+' : '-';
-        return marks;
-    };
-    QCOMPARE(state(), QStringLiteral("+++-++-++"));
-    m_window->touchCell(tech, 3, 0);
-    QCOMPARE(state(), QStringLiteral("+++----++"));
-    QCOMPARE(tech->item(5, 6)->background().color(), offGray);
-    m_window->press("pbGcode"); // what is switched off is not in the program
-    QVERIFY(!m_site->read(QStringLiteral("/programs/_temp3.npg")).contains("IR=5.0"));
-    m_window->touchCell(tech, 3, 0);
-    QCOMPARE(state(), QStringLiteral("+++-++-++"));
-    QCOMPARE(tech->item(5, 6)->background().color(), QColor(Qt::white));
+    for (const bool on : {false, true}) { // what is switched off is not in the program
+        m_window->touchCell(m_window->tech(), 3, 0);
+        m_window->press("pbGcode");
+        QCOMPARE(m_site->read(QStringLiteral("/programs/_temp3.npg")).contains("IR=5.0"), on);
+    }
 }
 
 void TestContourWeld::insertedRowTakesTheXDefaultTwice()
@@ -398,12 +370,10 @@ void TestContourWeld::rasterOfARow()
         QVERIFY(answers.allGiven());
     }
     QCOMPARE(m_window->cell(tech, 1, 6), QStringLiteral("Прямоугольник; 0.10x0.00; 0; 1; 0.00x0.00; 0; 1"));
-    QCOMPARE(tech->item(1, 6)->data(RasterTypeRole).toInt(), 5);
     answer("pbOn"); // opens with what is stored
     QCOMPARE(m_window->cell(tech, 1, 6), QStringLiteral("Прямоугольник; 0.10x0.00; 0; 1; 0.00x0.00; 0; 1"));
     answer("pbClear");
     QCOMPARE(m_window->cell(tech, 1, 6), QString());
-    QCOMPARE(tech->item(1, 6)->data(RasterTypeRole).toInt(), 5);
     answer("pbOff");
     QCOMPARE(m_window->cell(tech, 1, 6), QStringLiteral("ВЫКЛ"));
     Answers closed({Answers::cancel()});
@@ -411,31 +381,8 @@ void TestContourWeld::rasterOfARow()
     QCOMPARE(m_window->cell(tech, 1, 6), QStringLiteral("ВЫКЛ"));
 }
 
-void TestContourWeld::settingsOfTheTable()
-{
-    laySampleWeld(*m_window);
-    m_contour->addComment(QStringLiteral("Прихватки"));
-    QTableWidget* tech = m_window->tech();
-    QVERIFY(tech->isColumnHidden(2));
-    m_contour->setTechSettings(false, true, false, false, 655.4f, 1, 1, -1, -1);
-    QVERIFY(!tech->isColumnHidden(2));
-    QVERIFY(tech->isColumnHidden(3));
-    QCOMPARE(m_window->column(tech, 2), (QStringList{"655", "655", "655", "655", "655"}));
-    QCOMPARE(m_window->column(tech, 3)[1], QStringLiteral("0.0")); // a hidden column keeps its values
-    QCOMPARE(tech->item(0, 2)->background(), tech->palette().alternateBase());
-    QCOMPARE(m_contour->schema()->Aux(), -1);
-}
-
 void TestContourWeld::settingsDialog()
 {
-    const auto touch = [](const char* name) {
-        return [name] {
-            auto* label = Answers::shown<QLabel>(name);
-            if (label)
-                QTimer::singleShot(0, label, [label] { QTest::mouseClick(label, Qt::LeftButton); });
-            return label != nullptr;
-        };
-    };
     laySampleWeld(*m_window);
     m_window->journal.clear();
     QString shown;
@@ -449,19 +396,16 @@ void TestContourWeld::settingsDialog()
         return !Answers::shown<QWidget>("frmRoundParam")->isEnabled();
     };
     for (const char* end : {"pbSettingsCancel", "pbSettingsDone"}) {
-        Answers answers({look, touch("If"), Answers::number(QStringLiteral("650")), touch("Ix"),
-                         Answers::number(QStringLiteral("1.25")), touch("Iy"),
-                         Answers::number(QStringLiteral("-2")), Answers::button("cbTestMode"),
-                         Answers::button("cbFocus"), Answers::button("cbYokeY"), Answers::button(end)});
+        Answers answers(QList<Answer>{look} + typed("If", "650") + typed("Ix", "1.25") + typed("Iy", "-2") +
+                        QList<Answer>{Answers::button("cbTestMode"), Answers::button("cbFocus"),
+                                      Answers::button("cbYokeY"), Answers::button(end)});
         m_window->press("pbSettings");
         QVERIFY(answers.allGiven());
         const bool done = end == QLatin1String("pbSettingsDone");
         QCOMPARE(m_window->withoutCurrent, done);
         QCOMPARE(m_window->tech()->isColumnHidden(2), !done);
-        QCOMPARE(m_window->cell(m_window->tech(), 1, 2),
-                 done ? QStringLiteral("650") : QStringLiteral("700"));
-        QCOMPARE(m_window->cell(m_window->tech(), 1, 4),
-                 done ? QStringLiteral("-2.0") : QStringLiteral("0.0"));
+        QCOMPARE(m_window->cell(m_window->tech(), 1, 2), QString(done ? "650" : "700"));
+        QCOMPARE(m_window->cell(m_window->tech(), 1, 4), QString(done ? "-2.0" : "0.0"));
     }
     // What was typed before a cancel is forgotten.
     const QString fresh =
@@ -486,26 +430,6 @@ void TestContourWeld::anotherPlaneIsAnotherWay()
     QCOMPARE(m_window->cell(m_window->tech(), 1, 0), QStringLiteral("52.36"));
 }
 
-void TestContourWeld::techAssertions()
-{
-    laySampleWeld(*m_window);
-    QVERIFY(deathOf([this] { m_contour->addTechPoint(-1, 0, 0); }).contains("interval >= 0"));
-    m_window->tech()->item(2, 0)->setText(QStringLiteral("-5.00")); // from a file
-    m_contour->addTechPoint(1, 0, 0);
-    QCOMPARE(m_window->cell(m_window->tech(), 3, 0), QStringLiteral("-4.00"));
-    QVERIFY(deathOf([this] {
-                m_contour->addLinearTackPoint(1, 801, 0);
-            }).contains("(IrVal >= 0) && (IrVal <= 800)"));
-    QVERIFY(deathOf([this] { m_contour->coords(2); }).contains("twi"));
-    QVERIFY(deathOf([this] {
-                m_contour->addPoint({1, 2, 3});
-            }).contains("point.size() == twContour->columnCount()"));
-    QVERIFY(deathOf([] {
-                CONTOUR bare;
-                bare.coords();
-            }).contains("m_schema"));
-}
-
 // --- rights, settings ---
 
 void TestContourWeld::rightsOfTheUser()
@@ -523,10 +447,7 @@ void TestContourWeld::rightsOfTheUser()
 void TestContourWeld::settingsSurvive()
 {
     laySampleWeld(*m_window);
-    {
-        Answers answers({Answers::number(QStringLiteral("450.5"))});
-        m_window->press("contourSpeed");
-    }
+    m_window->enter("contourSpeed", "450.5");
     m_contour->setTechSettings(false, true, false, true, 640, 1.5, -2, -1, -1);
     m_window->points()->setColumnWidth(1, 130);
     m_window->tech()->setColumnWidth(0, 95);
@@ -543,8 +464,7 @@ void TestContourWeld::settingsSurvive()
     QVERIFY(!m_window->tech()->isColumnHidden(2));
     QVERIFY(m_window->tech()->isColumnHidden(3));
     QCOMPARE(xs(), (QStringList{"0.00", "100.00"})); // the contour comes back as well
-    const QSettings settings(site().path(QStringLiteral("/home/oper/bin/settings.ini")),
-                             QSettings::IniFormat);
+    const QSettings settings(site().path("/home/oper/bin/settings.ini"), QSettings::IniFormat);
     QCOMPARE(settings.value(QStringLiteral("Contour/Width_LXLYZ_LY")).toInt(), 130);
     QCOMPARE(settings.value(QStringLiteral("Contour/Iy")).toFloat(), -2.0f);
 }

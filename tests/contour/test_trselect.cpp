@@ -14,9 +14,7 @@ private slots:
     void init();
     void cleanup();
 
-    void steps_data();
     void steps();
-    void typedNumber_data();
     void typedNumber();
     void typeFromTheMenu();
     void choices();
@@ -52,51 +50,36 @@ void TestTRSelect::cleanup()
     m_site.reset();
 }
 
-void TestTRSelect::steps_data()
-{
-    QTest::addColumn<QString>("label");
-    QTest::addColumn<QString>("up");   // after three steps up from zero
-    QTest::addColumn<QString>("down"); // after four steps down from there
-    const std::pair<const char*, const char*> shown[] = {
-        {"0.30", "-0.10"}, {"3", "0"}, {"3.0", "0.0"}, {"3", "-1"}};
-    const std::pair<const char*, int> rows[] = {{"TRamplX", 0}, {"TRamplY", 0},  {"TRangle", 1},
-                                                {"TRfreq", 2},  {"TRshiftX", 0}, {"TRshiftY", 0},
-                                                {"TRparam0", 3}};
-    for (const auto& [label, kind] : rows)
-        QTest::newRow(label) << label << shown[kind].first << shown[kind].second;
-}
-
 void TestTRSelect::steps()
 {
-    QFETCH(QString, label);
-    for (int i = 0; i < 3; ++i)
-        button(label + QStringLiteral("Plus"))->click();
-    QTEST(shown(label), "up");
-    for (int i = 0; i < 4; ++i)
-        button(label + QStringLiteral("Minus"))->click();
-    QTEST(shown(label), "down");
-}
-
-void TestTRSelect::typedNumber_data()
-{
-    QTest::addColumn<QString>("label");
-    QTest::addColumn<QString>("typed");
-    QTest::addColumn<QString>("taken");
-    const char* const rows[][3] = {{"TRamplX", "12.345", "12.35"}, {"TRshiftY", "100.5", "100.00"},
-                                   {"TRangle", "361", "360"},      {"TRfreq", "1000", "1000.0"},
-                                   {"TRfreq", "1001", "1000.0"},   {"TRparam0", "101", "100"}};
-    for (const auto& [label, typed, taken] : rows)
-        QTest::addRow("%s %s", label, typed) << label << typed << taken;
+    struct
+    {
+        const char *label, *up, *down; // after three steps up from zero, and four down from there
+    } const rows[] = {{"TRamplX", "0.30", "-0.10"},  {"TRamplY", "0.30", "-0.10"},
+                      {"TRangle", "3", "0"},         {"TRfreq", "3.0", "0.0"},
+                      {"TRshiftX", "0.30", "-0.10"}, {"TRshiftY", "0.30", "-0.10"},
+                      {"TRparam0", "3", "-1"}};
+    for (const auto& row : rows) {
+        for (int i = 0; i < 3; ++i)
+            button(QString(row.label) + "Plus")->click();
+        QCOMPARE(shown(row.label), QString(row.up));
+        for (int i = 0; i < 4; ++i)
+            button(QString(row.label) + "Minus")->click();
+        QCOMPARE(shown(row.label), QString(row.down));
+    }
 }
 
 void TestTRSelect::typedNumber()
 {
-    QFETCH(QString, label);
-    QFETCH(QString, typed);
-    Answers answers({Answers::number(typed)});
-    QTest::mouseClick(m_dialog->findChild<QLabel*>(label), Qt::LeftButton);
-    QVERIFY(answers.allGiven());
-    QTEST(shown(label), "taken");
+    const char* const rows[][3] = {{"TRamplX", "12.345", "12.35"}, {"TRshiftY", "100.5", "100.00"},
+                                   {"TRangle", "361", "360"},      {"TRfreq", "1000", "1000.0"},
+                                   {"TRfreq", "1001", "1000.0"},   {"TRparam0", "101", "100"}};
+    for (const auto& [label, typed, taken] : rows) {
+        Answers answers({Answers::number(typed)});
+        QTest::mouseClick(m_dialog->findChild<QLabel*>(label), Qt::LeftButton);
+        QVERIFY(answers.allGiven());
+        QCOMPARE(shown(label), QString(taken));
+    }
 }
 
 void TestTRSelect::typeFromTheMenu()
@@ -128,17 +111,7 @@ void TestTRSelect::choices()
 
 void TestTRSelect::settingsComeBack()
 {
-    Raster raster;
-    raster.kind = Raster::On;
-    raster.type = 12;
-    raster.ampX = -99.99f;
-    raster.ampY = 0.01f;
-    raster.angle = 359;
-    raster.freq = 0;
-    raster.shiftX = 5.5f;
-    raster.shiftY = -5.5f;
-    raster.param = -7;
-    raster.cw = 1;
+    Raster raster{Raster::On, 12, -99.99f, 0.01f, 359, 0, 5.5f, -5.5f, -7, 1};
     m_dialog->setRaster(raster);
     const Raster back = m_dialog->raster();
     QCOMPARE(TRSelect::summary(back), QStringLiteral("Звезда №2; -99.99x0.01; 359; 0; 5.50x-5.50; -7; 1"));
@@ -152,13 +125,7 @@ void TestTRSelect::settingsComeBack()
 
 void TestTRSelect::noisySettingsAreBounded()
 {
-    Raster raster;
-    raster.kind = Raster::On;
-    raster.type = 99;
-    raster.ampX = std::numeric_limits<float>::quiet_NaN();
-    raster.ampY = 1e30f;
-    raster.angle = -5;
-    raster.freq = 2'000'000'000;
+    const Raster raster{Raster::On, 99, std::numeric_limits<float>::quiet_NaN(), 1e30f, -5, 2'000'000'000};
     m_dialog->setRaster(raster);
     QCOMPARE(TRSelect::summary(m_dialog->raster()),
              QStringLiteral("; 0.00x100.00; 0; 1000; 0.00x0.00; 0; 0"));

@@ -39,8 +39,7 @@ private slots:
             QStringLiteral("indicator_gray indicator_green indicator_yellow indicator_red close ok no mirta "
                            "icon-error-mini icon-info-mini icon-run-mini icon-warning-mini icon-basic-mini")
                 .split(' ');
-        for (const char* name :
-             {"left", "right", "up", "down", "rotate_cw", "rotate_ccw", "plus", "minus", "endless"})
+        for (const char* name : {"left", "right", "down", "plus", "minus"})
             names << QStringLiteral("arrows/") + name;
         for (const char* name : {"delete", "clear", "enter", "sign", "decimal"})
             names << QStringLiteral("numpad/") + name;

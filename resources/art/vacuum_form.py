@@ -33,7 +33,10 @@ def rect(part):
 def picture(part):
     file = part.stem if part.stem in layout.STILL else layout.FIRST.get(part.stem, part.stem + "_0")
     stretched = prop("scaledContents", "<bool>true</bool>") if part.stem in ("vpipe", "hpipe") else ""
-    return prop("pixmap", f"<pixmap>:/images/{file}.png</pixmap>") + stretched
+    stem = ""
+    if part.stem not in layout.STILL:  # the panel finds the images of all states by it
+        stem = f'   <property name="stem" stdset="0"><string>{part.stem}</string></property>\n'
+    return prop("pixmap", f"<pixmap>:/images/{file}.png</pixmap>") + stretched + stem
 
 
 def widget(part):
@@ -43,7 +46,7 @@ def widget(part):
         out += palette({"WindowText": (255, 255, 255), "Window": (122, 128, 142)})
     elif "fill" in props:
         out += palette({"Window": props["fill"]})
-    if props.get("reading") or "fill" in props:
+    if props.get("reading") or props.get("solid") or "fill" in props:
         out += prop("autoFillBackground", "<bool>true</bool>")
     if "points" in props:
         out += font(props["points"], props["bold"])

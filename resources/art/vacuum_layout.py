@@ -103,8 +103,10 @@ def tuck():
                else 1 if part.stem in PIPES else 2)
 
 
-def text(name, words, x, y, width, height=24, points=13, align="Left", bold=True, kind="QLabel"):
-    put(kind, name, x, y, width, height, text=words, props={"points": points, "align": align, "bold": bold})
+def text(name, words, x, y, width, height=24, points=13, align="Left", bold=True, kind="QLabel", solid=False):
+    """`solid`: drawn without what lies under it, for numbers that change all the time."""
+    put(kind, name, x, y, width, height, text=words,
+        props={"points": points, "align": align, "bold": bold, "solid": solid})
 
 
 # --- the plant ------------------------------------------------------------------------------------------
@@ -289,7 +291,7 @@ def names():
     text("lblNP1", "NP1\n(Компрессор КВ7)", 738, 66, 160, 42, 11, "Center")
     for caption, name, y in [("Масло", "ND1temp", 398), ("Корпус", "ND1CorpTemp", 424)]:
         text(f"lbl{name}n", caption, 340, y, 66, points=12, bold=False)
-        text(name, "23.1", 404, y, 60, align="Right", kind="PoLabel")
+        text(name, "23.1", 404, y, 60, align="Right", kind="PoLabel", solid=True)
         text(f"lbl{name}u", "°C", 467, y, 22, points=12, bold=False)
     text("FreqTMN", "0", 250, 68, 54, align="Right", kind="PoLabel")
     text("lblFreqTMN", "Гц", 308, 68, 28, points=12, bold=False)
@@ -317,11 +319,11 @@ def water():
         LINES.append(("drain", [(564, y), (RETURN, y)]))
         sprite(f"W{number}", "w", 577, y)
         text(f"lblW{number}", f"W{number}", 593, y - 12, 30, points=12, bold=False)
-        text(f"W{number}disch", "—", 624, y - 12, 45, points=12, align="Right", kind="PoLabel")
+        text(f"W{number}disch", "—", 624, y - 12, 45, points=12, align="Right", kind="PoLabel", solid=True)
         text(f"lblW{number}u", "л/м", 672, y - 12, 32, points=11, bold=False)
         sprite(f"T{number}", "t", 716, y)
         text(f"lblT{number}", f"T{number}", 731, y - 12, 26, points=12, bold=False)
-        text(f"T{number}temp", "23.1", 755, y - 12, 56, points=12, align="Right", kind="PoLabel")
+        text(f"T{number}temp", "23.1", 755, y - 12, 56, points=12, align="Right", kind="PoLabel", solid=True)
         text(f"lblT{number}u", "°C", 812, y - 12, 22, points=11, bold=False)
         text(f"lblW{number}n", consumer, 835, y - 12, 44, points=11, align="Center")
 

@@ -4,6 +4,8 @@
 #include "ui_kvs.h"
 #include "widgets.h"
 
+#include <QFile>
+
 #include <algorithm>
 #include <iterator>
 #include <utility>
@@ -13,43 +15,13 @@ namespace {
 using Sprite = PoSprite* Ui_KVS::*;
 using Number = PoLabel* Ui_KVS::*;
 
-struct Picture
-{
-    Sprite sprite;
-    const char* stem;
-};
-
-// The images of a device are those of its stem with a suffix for the state.
-constexpr Picture devices[] = {
-    {&Ui_KVS::NP1, "NP"}, {&Ui_KVS::NW1, "NW"},  {&Ui_KVS::NL1, "NL"}, {&Ui_KVS::NL2, "NL"},
-    {&Ui_KVS::NZ1, "NZ"}, {&Ui_KVS::NZ2, "NZ"},  {&Ui_KVS::ND1, "ND"}, {&Ui_KVS::NW2, "NW2"},
-    {&Ui_KVS::VP1, "VT"}, {&Ui_KVS::VP2, "vv"},  {&Ui_KVS::VP3, "vv"}, {&Ui_KVS::VP4, "vv"},
-    {&Ui_KVS::VP5, "vv"}, {&Ui_KVS::VP8, "vv"},  {&Ui_KVS::VP6, "vh"}, {&Ui_KVS::VP7, "vh"},
-    {&Ui_KVS::VPT, "vh"}, {&Ui_KVS::TMN, "TMN"}, {&Ui_KVS::VE1, "VE"},
-};
-
+// The images of a sprite are those of the stem that the form gives it, each with a suffix for its states: a
+// device has five, a pipe two, the lamps of the water two and three.
 constexpr struct
 {
     int state;
     const char* suffix;
-} deviceSuffixes[] = {{-1, "_4"}, {0, "_0"}, {1, "_1"}, {2, "_23"}, {3, "_23"}, {4, "_4"}};
-
-constexpr Picture pipes[] = {
-    {&Ui_KVS::pipeA0, "vpipe"},  {&Ui_KVS::pipeB2, "vpipe"},  {&Ui_KVS::pipeB3, "vpipe"},
-    {&Ui_KVS::pipeB4, "vpipe"},  {&Ui_KVS::pipeB5, "vpipe"},  {&Ui_KVS::pipeB6, "vpipe"},
-    {&Ui_KVS::pipeE0, "vpipe"},  {&Ui_KVS::pipeE1, "vpipe"},  {&Ui_KVS::pipeE2, "vpipe"},
-    {&Ui_KVS::pipeE3, "vpipe"},  {&Ui_KVS::pipeE4, "vpipe"},  {&Ui_KVS::pipeE5, "vpipe"},
-    {&Ui_KVS::pipeE6, "vpipe"},  {&Ui_KVS::pipeF0, "vpipe"},  {&Ui_KVS::pipeF1, "vpipe"},
-    {&Ui_KVS::pipeH3, "vpipe"},  {&Ui_KVS::pipeH4, "vpipe"},  {&Ui_KVS::pipeJ2, "vpipe"},
-    {&Ui_KVS::pipeA2, "hpipe"},  {&Ui_KVS::pipeB0, "hpipe"},  {&Ui_KVS::pipeC1, "hpipe"},
-    {&Ui_KVS::pipeF3, "hpipe"},  {&Ui_KVS::pipeG1, "hpipe"},  {&Ui_KVS::pipeH0, "hpipe"},
-    {&Ui_KVS::pipeH1, "hpipe"},  {&Ui_KVS::pipeJ0, "hpipe"},  {&Ui_KVS::pipeO1, "hpipe"},
-    {&Ui_KVS::pipeP0, "hpipe"},  {&Ui_KVS::pipeA1, "lbpipe"}, {&Ui_KVS::pipeB1, "ltpipe"},
-    {&Ui_KVS::pipeC0, "hlt"},    {&Ui_KVS::pipeG0, "hlt"},    {&Ui_KVS::pipeO0, "hlt"},
-    {&Ui_KVS::pipeF2, "rbpipe"}, {&Ui_KVS::pipeH2, "rtpipe"}, {&Ui_KVS::pipeJ1, "rtpipe"},
-    {&Ui_KVS::pipeH5, "vbt"},    {&Ui_KVS::pipeJ3, "vbt"},    {&Ui_KVS::pipeEF, "lpipe"},
-    {&Ui_KVS::pipeEG, "rpipe"},  {&Ui_KVS::pipeBC, "rpipe"},
-};
+} suffixes[] = {{-1, "_4"}, {0, "_0"}, {1, "_1"}, {2, "_2"}, {2, "_23"}, {3, "_23"}, {4, "_4"}};
 
 // Pipes that a valve lights while it is not closed. A row with other valves is for pipes that several feed:
 // it counts while this valve is open or all the others are closed. The rows are not symmetrical, and the
@@ -146,11 +118,6 @@ const QColor invalidColour(255, 32, 0);
 const QColor connectedChamber(160, 255, 255);
 const QColor closedChamber(214, 210, 208);
 
-QString image(const char* stem, const char* suffix)
-{
-    return QStringLiteral(":/images/%1%2.png").arg(QLatin1String(stem), QLatin1String(suffix));
-}
-
 const auto& nameOf(KVS::Device device)
 {
     const auto i = std::find_if(std::begin(names), std::end(names),
@@ -181,23 +148,13 @@ QString stateLine(int state, const QString& kind, const QString& tag, const char
 
 void KVS::initSprites()
 {
-    for (const Picture& device : devices) {
-        PoSprite* const sprite = ui.get()->*device.sprite;
-        for (const auto& picture : deviceSuffixes)
-            sprite->addPixmap(picture.state, image(device.stem, picture.suffix));
-        sprite->setSprite(0);
-    }
-    for (const Picture& pipe : pipes) {
-        PoSprite* const sprite = ui.get()->*pipe.sprite;
-        sprite->addPixmap(0, image(pipe.stem, "_0"));
-        sprite->addPixmap(1, image(pipe.stem, "_1"));
-        sprite->setSprite(0);
-    }
-    for (const auto& circuit : circuits) {
-        for (int state : {0, 1})
-            (ui.get()->*circuit.flowLamp)->addPixmap(state, image("w_", QByteArray::number(state)));
-        for (int state : {0, 1, 2})
-            (ui.get()->*circuit.temperatureLamp)->addPixmap(state, image("t_", QByteArray::number(state)));
+    for (PoSprite* sprite : findChildren<PoSprite*>()) {
+        const QString stem = sprite->property("stem").toString();
+        for (const auto& picture : suffixes) {
+            const QString file = QStringLiteral(":/images/%1%2.png").arg(stem, QLatin1String(picture.suffix));
+            if (!stem.isEmpty() && QFile::exists(file))
+                sprite->addPixmap(picture.state, file);
+        }
     }
     showJacket(false);
     changedChamberState();
@@ -213,13 +170,6 @@ void KVS::initSensors()
         connect(value, &PoLabel::clicked, this, &KVS::changePressUnit);
         connect(unit, &PoLabel::clicked, this, &KVS::changePressUnit);
     }
-    // Numbers that change all the time are drawn without what lies under them.
-    for (const auto& circuit : circuits) {
-        (ui.get()->*circuit.flow)->setAutoFillBackground(true);
-        (ui.get()->*circuit.temperature)->setAutoFillBackground(true);
-    }
-    ui->ND1temp->setAutoFillBackground(true);
-    ui->ND1CorpTemp->setAutoFillBackground(true);
     connectPressures();
     connectWater();
     connect(&m_kvs, &KVSStatus::changedTempCorpND, this, &KVS::onChangedND1CorpTemp);

@@ -123,5 +123,5 @@ bool ProgramTab::writeProgram(const QString& path, const QString& program)
 
 void ProgramTab::execute(const QString& path)
 {
-    emit command(QStringLiteral("EXEC_%1(%2)").arg(QString::number(m_channel), path));
+    emit command(startCommand(m_channel, path));
 }

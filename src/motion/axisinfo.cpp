@@ -2,6 +2,7 @@
 
 #include "drivecomm.h"
 #include "drivestate.h"
+#include "framed.h"
 #include "numpad.h"
 #include "ui_axisinfo.h"
 #include "widgets.h"
@@ -60,8 +61,7 @@ AxisInfo::AxisInfo(const QString& name, DriveTCPthread* drive, QWidget* parent)
     m_ui->frmReference->setHidden(isSecond(name));
     resize(width(), layout()->minimumSize().height());
 
-    const QPoint place = parent->mapToGlobal(QPoint(0, parent->height() + 1));
-    new MyFrame(QStringLiteral("Ось ") + name, place.x(), place.y(), 1, this, parent, true, true);
+    frameBelow(parent, QStringLiteral("Ось ") + name, this);
 }
 
 AxisInfo::~AxisInfo()

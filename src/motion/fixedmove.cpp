@@ -2,11 +2,11 @@
 
 #include "axisprogram.h"
 #include "drivecomm.h"
+#include "framed.h"
 #include "numpad.h"
 #include "programfile.h"
 #include "settings.h"
 #include "ui_fixedmove.h"
-#include "widgets.h"
 
 #include <QTextStream>
 
@@ -49,9 +49,7 @@ FixedMove::FixedMove(const QString& name, const QString& unit, DriveTCPthread* d
     setCoord(0);
     setCoord(settings.value(m_name + QStringLiteral("/FM_Coord"), 0).toDouble());
 
-    const QPoint place = parent->mapToGlobal(QPoint(0, parent->height() + 1));
-    new MyFrame(QStringLiteral("Фикс. перемещение - ось ") + name, place.x(), place.y(), 1, this, parent,
-                true, true);
+    frameBelow(parent, QStringLiteral("Фикс. перемещение - ось ") + name, this);
 }
 
 FixedMove::~FixedMove()
@@ -93,7 +91,7 @@ void FixedMove::on_pbStart_clicked()
                                                                    streamed(m_ui->lblCoord->value()),
                                                                    QString::number(m_speed)));
     if (!trouble)
-        m_drive->command(QStringLiteral("EXEC_%1(%2)").arg(m_channel).arg(programPath));
+        m_drive->command(startCommand(m_channel, programPath));
 
     const double value = double(m_ui->lblCoord->value());
     // The journal tells of the press, also when the program could not be written.

@@ -4,12 +4,12 @@
 #include "drivecomm.h"
 #include "filemanager.h"
 #include "filewriter.h"
+#include "framed.h"
 #include "programfile.h"
 #include "programwriter.h"
 #include "settings.h"
 #include "site.h"
 #include "ui_point.h"
-#include "widgets.h"
 
 #include <QFile>
 #include <QHeaderView>
@@ -72,8 +72,7 @@ Point::Point(DriveTCPthread* drive, const QList<float>& coords, QWidget* parent)
     connect(m_ui->twPoint, &QTableWidget::cellClicked, this, &Point::onTableCellClicked);
     connect(m_ui->twPoint, &QTableWidget::currentCellChanged, this, &Point::onTableCellClicked);
 
-    const QPoint place = parent->mapToGlobal(QPoint(0, parent->height() + 1));
-    new MyFrame(QStringLiteral("Координаты точки"), place.x(), place.y(), 1, this, parent, true, true);
+    frameBelow(parent, QStringLiteral("Координаты точки"), this);
 }
 
 Point::~Point()
@@ -159,7 +158,7 @@ void Point::on_pbGoToPoint_clicked()
         emit message(*trouble, true);
         return;
     }
-    m_drive->command(QStringLiteral("EXEC_%1(%2)").arg(row.channel).arg(programPath));
+    m_drive->command(startCommand(row.channel, programPath));
     emit message(QStringLiteral("[C]Запущено перемещение в точку %1 по оси %2").arg(double(coord)).arg(axis),
                  true);
 }

@@ -1,5 +1,6 @@
 #include "ratecalc.h"
 
+#include "framed.h"
 #include "numpad.h"
 #include "settings.h"
 #include "ui_ratecalc.h"
@@ -41,8 +42,7 @@ RateCalc::RateCalc(QWidget* parent)
     const Settings settings;
     for (const Quantity& quantity : quantities)
         label(quantity)->setValue(settings.number(quantity.key, quantity.usual), decimals);
-    const QPoint place = parent->mapToGlobal(QPoint(0, parent->height() + 1));
-    new MyFrame(QStringLiteral("Калькулятор скоростей"), place.x(), place.y(), 1, this, parent, true, true);
+    frameBelow(parent, QStringLiteral("Калькулятор скоростей"), this);
 }
 
 RateCalc::~RateCalc()

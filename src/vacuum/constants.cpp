@@ -1,10 +1,10 @@
 #include "constants.h"
 
+#include "framed.h"
 #include "kvscomm.h"
 #include "numpad.h"
 #include "settings.h"
 #include "ui_constants.h"
-#include "widgets.h"
 
 #include <QDebug>
 #include <QHeaderView>
@@ -48,8 +48,8 @@ Constants::Constants(KVKTCPthread* kvk, KVSTCPthread* kvs, QWidget* parent)
     connect(m_ui->twConst->horizontalHeader(), &QHeaderView::sectionResized, m_ui->twConst,
             &QTableView::resizeRowsToContents);
 
-    const QPoint place = parent->mapToGlobal(QPoint((parent->width() - width()) / 2, 0));
-    new MyFrame(QStringLiteral("Параметры системы"), place.x(), place.y(), 1, this, parent, true, true);
+    frameAt(parent->mapToGlobal(QPoint((parent->width() - width()) / 2, 0)),
+            QStringLiteral("Параметры системы"), this, parent);
 }
 
 Constants::~Constants()

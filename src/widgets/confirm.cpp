@@ -1,6 +1,6 @@
 #include "confirm.h"
 
-#include "widgets.h"
+#include "framed.h"
 
 #include <QLabel>
 #include <QPushButton>
@@ -60,8 +60,7 @@ Confirm::Confirm(const QString& title, const QString& text, QWidget* parent, int
     connect(makeButton(QStringLiteral("pbNo"), QStringLiteral("Нет"), {260, 130}, this),
             &QPushButton::clicked, this, &QDialog::reject);
 
-    const QPoint place = parent ? parent->mapToGlobal(QPoint(0, parent->height() + 1)) : QPoint();
-    new MyFrame(title, place.x(), place.y(), 1, this, parent, true, true);
+    frameBelow(parent, title, this);
 
     if (seconds != 0)
         QTimer::singleShot(seconds * 1000, this, &QDialog::reject);

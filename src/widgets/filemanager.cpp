@@ -1,9 +1,9 @@
 #include "filemanager.h"
 
 #include "confirm.h"
+#include "framed.h"
 #include "site.h"
 #include "ui_filemanager.h"
-#include "widgets.h"
 
 #include <QDir>
 #include <QRegularExpressionValidator>
@@ -42,9 +42,8 @@ FileManager::FileManager(QWidget* parent, const QString& dir, const QString& ext
     ui->pbDelete->move(ui->pbDelete->x(), openMode ? besideButtons : belowButtons);
     RefreshFolder();
 
-    const QPoint at = parent->mapToGlobal(QPoint(0, 0));
     const QString title = openMode ? QStringLiteral("Открытие файла") : QStringLiteral("Сохранение файла");
-    new MyFrame(title, at.x(), at.y(), 1, this, parent, true, true);
+    frameAt(parent->mapToGlobal(QPoint(0, 0)), title, this, parent);
 }
 
 FileManager::~FileManager() = default;

@@ -1,7 +1,7 @@
 #include "numpad.h"
 
+#include "framed.h"
 #include "ui_numpad.h"
-#include "widgets.h"
 
 #include <QCursor>
 #include <QFile>
@@ -38,8 +38,7 @@ Numpad::Numpad(const QString& title, QWidget* parent, float value, bool noDecima
     m_ui->leValue->setEchoMode(m_password ? QLineEdit::Password : QLineEdit::Normal);
     m_ui->leValue->clear();
 
-    const QPoint pointer = QCursor::pos();
-    new MyFrame(title, pointer.x(), pointer.y(), 1, this, parent, true, true);
+    frameAt(QCursor::pos(), title, this, parent);
 
     if (value > 0)
         setValue(QString::number(double(value), 'g', 6));

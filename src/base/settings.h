@@ -9,7 +9,9 @@ class Settings : public QSettings
 public:
     Settings();
 
-    float number(const char* key, float usual) const; // `usual` also where infinity or no number stands
-    int columnWidth(const char* key,
-                    int usual) const; // px; `usual` for 0 and less: that column would be gone
+    // `usual` where there is nothing, "nan" or "inf"; any other text that is no number counts as 0.
+    float number(const char* key, float usual) const;
+
+    // In px; `usual` for what is not above 0: a column that narrow could never be widened again.
+    int columnWidth(const char* key, int usual) const;
 };

@@ -1,6 +1,7 @@
 #include "addcontourpoint.h"
 
 #include "contour.h"
+#include "framed.h"
 #include "numpad.h"
 #include "settings.h"
 #include "ui_addcontourpoint.h"
@@ -36,7 +37,7 @@ AddContourPoint::AddContourPoint(CONTOUR* contour, int pointCount, int passCount
     connect(ui->rbAllRotate, &QAbstractButton::toggled, this, &AddContourPoint::updateEnables);
     updateEnables();
     const QPoint at = QCursor::pos();
-    new MyFrame(title, at.x(), at.y(), 1, this, contour, true, true);
+    frameAt(at, title, this, contour);
 }
 
 AddContourPoint::~AddContourPoint()

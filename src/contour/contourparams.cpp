@@ -2,9 +2,9 @@
 
 #include "asklength.h"
 #include "contour.h"
+#include "framed.h"
 #include "schema.h"
 #include "ui_contourparams.h"
-#include "widgets.h"
 
 #include <QCursor>
 
@@ -29,8 +29,7 @@ ContourParams::ContourParams(CONTOUR* contour, int row, QWidget* parent)
     ui->lblNoArc->hide();
     setFrame(Frame());
     const QPoint at = QCursor::pos();
-    new MyFrame(QStringLiteral("Параметры кадра №") + QString::number(row), at.x(), at.y(), 1, this, parent,
-                true, true);
+    frameAt(at, QStringLiteral("Параметры кадра №") + QString::number(row), this, parent);
 }
 
 ContourParams::~ContourParams() = default;

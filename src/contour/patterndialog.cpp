@@ -2,6 +2,7 @@
 
 #include "asklength.h"
 #include "contour.h"
+#include "framed.h"
 #include "numpad.h"
 #include "settings.h"
 #include "ui_weldpattern.h"
@@ -140,7 +141,7 @@ void PatternDialog::present(QWidget* button)
 {
     refresh();
     const QPoint beside = button->mapToGlobal(QPoint(button->width() + 1, 0));
-    new MyFrame(windowTitle(), beside.x(), beside.y(), 1, this, m_contour, true, true);
+    frameAt(beside, windowTitle(), this, m_contour);
 }
 
 float PatternDialog::maximum(Number number) const

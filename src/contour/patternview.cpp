@@ -42,19 +42,30 @@ void PatternView::paintEvent(QPaintEvent*)
     painter.setBrush(Qt::white);
     painter.drawRoundedRect(QRectF(rect()).adjusted(1, 1, -1, -1), 4, 4);
 
-    double end = m_length;
+    m_end = m_length;
     for (const Beam& beam : qAsConst(m_beams))
-        end = std::max(end, beam.end());
-    if (!(end > 0) || !std::isfinite(end))
+        m_end = std::max(m_end, beam.end());
+    if (!(m_end > 0) || !std::isfinite(m_end))
         return;
-    const double base = height() - foot;
-    const auto x = [&](double mm) { return side + mm / end * (width() - 2 * side); };
-
     QFont font = painter.font();
     font.setPointSize(11);
     painter.setFont(font);
-    const double narrowest = painter.fontMetrics().horizontalAdvance(QString::number(m_beams.size())) + 6;
-    const bool numbered = m_beams.size() > 1 && (x(end) - x(0)) / m_beams.size() >= narrowest;
+    paintBeams(&painter);
+    paintSeam(&painter);
+    if (!m_warning.isEmpty())
+        paintWarning(&painter);
+}
+
+double PatternView::x(double mm) const
+{
+    return side + mm / m_end * (width() - 2 * side);
+}
+
+void PatternView::paintBeams(QPainter* painter) const
+{
+    const double base = height() - foot;
+    const double narrowest = painter->fontMetrics().horizontalAdvance(QString::number(m_beams.size())) + 6;
+    const bool numbered = m_beams.size() > 1 && (x(m_end) - x(0)) / m_beams.size() >= narrowest;
     for (int i = 0; i < m_beams.size(); ++i) {
         const Beam& beam = m_beams[i];
         const bool good = m_possible && beam.peak >= 0 && beam.end() <= m_length * m_passes + sameLength;
@@ -63,35 +74,42 @@ void PatternView::paintEvent(QPaintEvent*)
         path.lineTo(x(rise), head);
         path.lineTo(x(fall), head);
         path.lineTo(x(fall + beam.descend), base);
-        painter.setPen(QPen(good ? ink : fault, 1.5));
-        painter.setBrush(QBrush(good ? beamColour : fault, good ? Qt::SolidPattern : Qt::BDiagPattern));
-        painter.drawPath(path);
+        painter->setPen(QPen(good ? ink : fault, 1.5));
+        painter->setBrush(QBrush(good ? beamColour : fault, good ? Qt::SolidPattern : Qt::BDiagPattern));
+        painter->drawPath(path);
         if (numbered) // its turn, in the middle above it
-            painter.drawText(QRectF(x((beam.start + beam.end()) / 2) - 30, 2, 60, head - 4), Qt::AlignCenter,
-                             QString::number(i + 1));
+            painter->drawText(QRectF(x((beam.start + beam.end()) / 2) - 30, 2, 60, head - 4), Qt::AlignCenter,
+                              QString::number(i + 1));
     }
+}
 
-    painter.setPen(QPen(ink, 2));
-    painter.drawLine(QPointF(side, base), QPointF(x(end), base));
-    const double begun = m_length > 0 ? (end + sameLength) / m_length : 0;
+// The passes along the seam, and its length.
+void PatternView::paintSeam(QPainter* painter) const
+{
+    const double base = height() - foot;
+    painter->setPen(QPen(ink, 2));
+    painter->drawLine(QPointF(side, base), QPointF(x(m_end), base));
+    const double begun = m_length > 0 ? (m_end + sameLength) / m_length : 0;
     const int marks = int(std::min({begun, double(m_passes), double(mostMarks)}));
     for (int pass = 0; pass <= marks; ++pass) {
         const double mark = x(pass * m_length);
-        painter.drawLine(QPointF(mark, base - 4), QPointF(mark, base + 6));
+        painter->drawLine(QPointF(mark, base - 4), QPointF(mark, base + 6));
     }
     const QRectF texts(side + 6, base + 2, width() - 2 * side - 12, foot - 4);
-    painter.drawText(texts, Qt::AlignLeft | Qt::AlignVCenter, QStringLiteral("0"));
+    painter->drawText(texts, Qt::AlignLeft | Qt::AlignVCenter, QStringLiteral("0"));
     const QString length = QString::number(m_length, 'f', 1) + QStringLiteral(" мм");
-    const double room = painter.fontMetrics().horizontalAdvance(length) + 8;
-    painter.drawText(QRectF(std::max(side + 24.0, x(m_length) - room - 4), base + 2, room, foot - 4),
-                     Qt::AlignRight | Qt::AlignVCenter, length);
+    const double room = painter->fontMetrics().horizontalAdvance(length) + 8;
+    painter->drawText(QRectF(std::max(side + 24.0, x(m_length) - room - 4), base + 2, room, foot - 4),
+                      Qt::AlignRight | Qt::AlignVCenter, length);
+}
 
-    if (m_warning.isEmpty())
-        return;
+void PatternView::paintWarning(QPainter* painter) const
+{
+    QFont font = painter->font();
     font.setBold(true);
-    painter.setFont(font);
+    painter->setFont(font);
     const QRect place(side, head + 4, width() - 2 * side, height() - head - foot - 8);
-    painter.fillRect(place, QColor(255, 255, 255, 230));
-    painter.setPen(fault);
-    painter.drawText(place, Qt::AlignCenter | Qt::TextWordWrap, m_warning);
+    painter->fillRect(place, QColor(255, 255, 255, 230));
+    painter->setPen(fault);
+    painter->drawText(place, Qt::AlignCenter | Qt::TextWordWrap, m_warning);
 }

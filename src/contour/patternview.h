@@ -31,8 +31,14 @@ protected:
     void paintEvent(QPaintEvent* event) override;
 
 private:
+    double x(double mm) const; // px, of a place along the seam
+    void paintBeams(QPainter* painter) const;
+    void paintSeam(QPainter* painter) const;
+    void paintWarning(QPainter* painter) const;
+
     QVector<Beam> m_beams; // in the order in which they are made
     double m_length = 0;
+    double m_end = 0; // mm, where the picture ends: that of the seam or of the last beam
     int m_passes = 1;
     bool m_possible = true;
     QString m_warning;

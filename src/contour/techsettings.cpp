@@ -2,6 +2,7 @@
 
 #include "asklength.h"
 #include "contour.h"
+#include "framed.h"
 #include "numpad.h"
 #include "ui_techsettings.h"
 #include "widgets.h"
@@ -13,7 +14,7 @@ TechSettings::TechSettings(CONTOUR* contour, QWidget* button)
 {
     ui->setupUi(this);
     const QPoint beside = button->mapToGlobal(QPoint(button->width() + 1, 0));
-    new MyFrame(QStringLiteral("Настройки контура"), beside.x(), beside.y(), 1, this, contour, true, true);
+    frameAt(beside, QStringLiteral("Настройки контура"), this, contour);
 }
 
 TechSettings::~TechSettings() = default;

@@ -1,5 +1,6 @@
 #include "trselect.h"
 
+#include "framed.h"
 #include "numpad.h"
 #include "touchmenu.h"
 #include "ui_trselect.h"
@@ -54,7 +55,7 @@ TRSelect::TRSelect(QWidget* parent)
     }
     setRaster(Raster());
     const QPoint at = QCursor::pos();
-    new MyFrame(QStringLiteral("Технологическая развертка"), at.x(), at.y(), 1, this, parent, true, true);
+    frameAt(at, QStringLiteral("Технологическая развертка"), this, parent);
 }
 
 TRSelect::~TRSelect() = default;

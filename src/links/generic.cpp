@@ -1,4 +1,4 @@
-#include "comm.h"
+#include "generic.h"
 
 #include <algorithm>
 #include <limits>

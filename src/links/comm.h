@@ -29,14 +29,14 @@ static_assert(sizeof(FrameHead) == 4);
 
 // Where a link tells its troubles; never to the operator.
 enum class Outlet { Debug, StandardError };
-void tell(Outlet outlet, const char* what, const QString& why = QString());
+void tell(Outlet outlet, const char* what);
+void tell(Outlet outlet, const char* what, const QString& why);
 
 // A non-blocking TCP connection that sends small frames at once, or -1 with the reason told. `link`, if not
 // empty, leads the line about an unknown host, `refused` the one about a peer that is not there. A peer that
 // has not answered after one millisecond counts as absent: the caller runs in the window's thread and tries
 // again a second later.
-int openStream(const QString& host, int port, const char* link,
-               const char* refused = "tcp connect() error:", Outlet outlet = Outlet::Debug);
+int openStream(const QString& host, int port, const char* link, const char* refused, Outlet outlet);
 
 // The address that the controller's name stood for when the connection was made.
 QHostAddress peerOf(int socket);
@@ -53,7 +53,7 @@ public:
     // One frame with the UTF-8 text in a single send; the head carries the low 16 bits of the length. False
     // on a closed connection and when the system refuses the frame, which is told. A frame of which only a
     // part was taken is told and counts as sent: there is no second try.
-    bool send(quint16 signature, const QString& text, Outlet outlet = Outlet::Debug);
+    bool send(quint16 signature, const QString& text, Outlet outlet);
 
     void close(); // by the thread that reads; after the send under way
 
@@ -63,16 +63,7 @@ private:
 };
 
 enum class Wait { Ready, Silent, Failed };
-Wait waitForInput(int socket, Outlet outlet = Outlet::Debug); // at most pollMs; a failure is told
-
-// One read of at most 4 bytes. The number of bytes read, 0 or less when the peer is gone, with the reason in
-// the debug output. What did not come is zero.
-int receiveHead(int socket, FrameHead& head);
-
-// The `length` bytes behind a head. Fewer when the peer goes away or `stop` is set meanwhile, which is told,
-// with `stopText` for the latter in the debug output.
-QByteArray receiveBody(int socket, int length, const std::atomic<bool>& stop, const char* stopText,
-                       Outlet outlet = Outlet::Debug);
+Wait waitForInput(int socket, Outlet outlet); // at most pollMs; a failure is told
 
 // The socket on which a controller's datagrams come, on all addresses of this computer. What anybody else
 // sends there is dropped before its size is looked at, and told once.
@@ -92,36 +83,53 @@ private:
     bool m_told = false; // of a stranger
 };
 
-// Receives the status datagrams that `controller` sends to `port`, until `stop` is set. `onPack` gets each
-// one with the right signature. A wrong signature drops the datagram but counts as a sign of life.
-// `onSilence` is called from the eleventh empty wait on, at each, until something comes. A datagram of a size
-// other than `Size` ends the process.
-template <int Size, class OnPack, class OnSilence>
-void receiveTelemetry(int port, const QHostAddress& controller, quint16 signature,
-                      const std::atomic<bool>& stop, OnPack onPack, OnSilence onSilence)
-{
-    TelemetrySocket socket(port, controller);
+// What a datagram was to its receiver: a sign of the controller's life, none, or the last one to be heard.
+enum class Heard { Life, Nothing, End };
 
-    std::array<char, Size> pack;
+// Hands each datagram of the controller that waits in `socket` to `onDatagram`, until that says End or `stop`
+// is set. `onSilence` is called from the eleventh empty wait on, at each, until there is a sign of life.
+template <class OnDatagram, class OnSilence>
+void hearTelemetry(TelemetrySocket& socket, const std::atomic<bool>& stop, OnDatagram onDatagram,
+                   OnSilence onSilence)
+{
     int waits = 0;
     while (!stop) {
         if (++waits > silentWaits)
             onSilence();
         if (!socket.await(pollMs))
             continue;
+        const Heard heard = onDatagram();
+        if (heard == Heard::End)
+            return;
+        if (heard == Heard::Life)
+            waits = 0;
+    }
+}
+
+// Receives the status datagrams that `controller` sends to `port`, until `stop` is set. `onPack` gets each
+// one with the right signature. A wrong signature drops the datagram but counts as a sign of life. A datagram
+// of a size other than `Size` ends the process.
+template <int Size, class OnPack, class OnSilence>
+void receiveTelemetry(int port, const QHostAddress& controller, quint16 signature,
+                      const std::atomic<bool>& stop, OnPack onPack, OnSilence onSilence)
+{
+    TelemetrySocket socket(port, controller);
+    std::array<char, Size> pack;
+    const auto onDatagram = [&] {
         const qint64 s = socket.pendingDatagramSize();
         // The text of this assertion is known to those who look after the machine; it stands as it is.
         // clang-format off
         Q_ASSERT(s == (((int)sizeof(pack)+3)/4)*4);
         // clang-format on
         if (socket.readDatagram(pack.data(), Size) != Size)
-            continue;
-        waits = 0;
+            return Heard::Nothing;
         if (quint16 found; std::memcpy(&found, pack.data(), sizeof found), found != signature)
             qDebug("Bad signature of drive UDP packet");
         else
             onPack(pack);
-    }
+        return Heard::Life;
+    };
+    hearTelemetry(socket, stop, onDatagram, onSilence);
 }
 
 } // namespace comm

@@ -1,8 +1,7 @@
 #include "generic.h"
 
 #include <algorithm>
-#include <limits>
-#include <sys/socket.h>
+#include <cstring>
 
 using comm::FrameHead;
 using comm::Outlet;
@@ -10,6 +9,23 @@ using comm::Outlet;
 namespace {
 
 constexpr quint16 signature = 0x5153;
+
+constexpr LinkManners manners = [] {
+    LinkManners own;
+    own.signature = signature;
+    own.outlet = Outlet::StandardError;
+    own.host = "COMM";
+    own.refused = "comm.cpp connect() error:";
+    own.stopped = "TCPthread stopped";
+    own.peerGone = LinkManners::PeerGone::IsSilent;
+    own.splitHead = LinkManners::SplitHead::IsAwaited;
+    own.badFrame = LinkManners::BadFrame::IsSkipped;
+    own.lostTelemetry = LinkManners::LostTelemetry::WaitsForTheFrame;
+    own.longCommand = LinkManners::LongCommand::IsRefused;
+    own.text = LinkManners::Text::Bare;
+    return own;
+}();
+
 constexpr int restOfBlockMs = 3000;
 
 template <class T>
@@ -40,117 +56,31 @@ QString subscribe(const QMap<QString, Element*>& elements, int udpPort)
 
 TCPthread::TCPthread(QObject* parent)
     : QThread(parent)
+    , TcpLink(*this, manners)
 {}
 
 TCPthread::~TCPthread()
 {
-    m_stop = true;
-    wait();
+    end();
 }
 
 bool TCPthread::connect(const QString& host, int tcpPort, int udpPort, QMap<QString, Element*>* elements)
 {
-    if (connected())
+    m_elements = elements;
+    if (!TcpLink::connect(host, tcpPort, udpPort))
         return false;
-    wait(); // the former connection may still be giving up its telemetry
-
-    const int stream =
-        comm::openStream(host, tcpPort, "COMM", "comm.cpp connect() error:", Outlet::StandardError);
-    if (stream < 0)
-        return false;
-
-    const QString subscription = subscribe(*elements, udpPort);
-    m_stop = false;
-    m_lost = false;
-    m_connection.open(stream);
-    m_telemetry = new UDPthread(elements, udpPort, comm::peerOf(stream));
-    // Direct, so that a loss is acted on even while the window's thread is busy.
-    QObject::connect(m_telemetry, &UDPthread::disconnected, this, &TCPthread::UDPdisconnected,
-                     Qt::DirectConnection);
-    start();
-    command(subscription);
+    command(m_subscription);
     return true;
 }
 
-bool TCPthread::command(const QString& text)
+std::unique_ptr<QThread> TCPthread::listen(int udpPort)
 {
-    qDebug().noquote() << text;
-    if (!connected())
-        return false;
-    if (text.toUtf8().size() > std::numeric_limits<quint16>::max()) {
-        qWarning("TCPthread: a text of more bytes than a frame can count was not sent");
-        return false;
-    }
-    return m_connection.send(signature, text, Outlet::StandardError);
-}
-
-bool TCPthread::connected() const
-{
-    return m_connection.isOpen();
-}
-
-bool TCPthread::disconnect()
-{
-    if (!connected())
-        return false;
-    m_stop = true;
-    return wait();
-}
-
-void TCPthread::UDPdisconnected()
-{
-    m_lost = true;
-}
-
-void TCPthread::run()
-{
-    const int stream = m_connection.socket();
-    while (!m_stop && !m_lost && receiveFrame(stream) == Turn::Go) {
-    }
-
-    m_connection.close();
-    delete m_telemetry;
-    m_telemetry = nullptr;
-    emit disconnected();
-}
-
-TCPthread::Turn TCPthread::receiveFrame(int stream)
-{
-    FrameHead head{};
-    if (receiveHead(stream, head, 0) == Turn::End)
-        return Turn::End;
-    // On this link a bad frame does not end the connection. Its length means nothing, so the next head is
-    // looked for byte by byte.
-    if (head.signature != signature)
-        comm::tell(Outlet::StandardError, "Bad packet signature");
-    while (head.signature != signature) {
-        char* const bytes = reinterpret_cast<char*>(&head);
-        std::copy(bytes + 1, bytes + sizeof head, bytes);
-        if (receiveHead(stream, head, sizeof head - 1) == Turn::End)
-            return Turn::End;
-    }
-    const QByteArray body =
-        comm::receiveBody(stream, head.length, m_stop, "TCPthread stopped", Outlet::StandardError);
-    emit message(QString::fromLatin1(body.constData())); // up to the first zero byte
-    return Turn::Go;
-}
-
-TCPthread::Turn TCPthread::receiveHead(int stream, FrameHead& head, std::size_t have)
-{
-    while (have < sizeof head) {
-        comm::Wait wait = comm::Wait::Silent;
-        while (wait == comm::Wait::Silent && !m_stop && !m_lost)
-            wait = comm::waitForInput(stream, Outlet::StandardError);
-        if (wait != comm::Wait::Ready)
-            return Turn::End;
-        const ssize_t got = ::recv(stream, reinterpret_cast<char*>(&head) + have, sizeof head - have, 0);
-        if (got < 0)
-            comm::tell(Outlet::StandardError, "recv() error:", qt_error_string(errno));
-        if (got <= 0)
-            return Turn::End;
-        have += static_cast<std::size_t>(got);
-    }
-    return Turn::Go;
+    m_subscription = subscribe(*m_elements, udpPort);
+    auto telemetry = std::make_unique<UDPthread>(m_elements, udpPort, controller());
+    // Direct, so that a loss is acted on even while the window's thread is busy.
+    QObject::connect(telemetry.get(), &UDPthread::disconnected, this, &TCPthread::UDPdisconnected,
+                     Qt::DirectConnection);
+    return telemetry;
 }
 
 UDPthread::UDPthread(QMap<QString, Element*>* elements, int port, const QHostAddress& unit)
@@ -171,24 +101,22 @@ void UDPthread::run()
 {
     comm::TelemetrySocket sock(m_port, m_unit, Outlet::StandardError);
 
-    int waits = 0;
-    while (!m_stop) {
-        if (++waits > comm::silentWaits)
-            emit disconnected();
-        if (!sock.await(comm::pollMs))
-            continue;
-        const std::size_t bytes = receiveBlock(sock, static_cast<std::size_t>(sock.pendingDatagramSize()));
-        if (bytes == 0) {
-            // Deliberate: no more telemetry, and no report of its loss. The connection stays until it fails.
-            comm::tell(Outlet::StandardError, "Bad signature of UDP packet");
-            break;
-        }
-        writeElements(bytes);
-        waits = 0;
-    }
-
+    comm::hearTelemetry(
+        sock, m_stop, [&] { return takeBlock(sock); }, [this] { emit disconnected(); });
     for (Element* element : m_elements)
         element->setValid(false);
+}
+
+comm::Heard UDPthread::takeBlock(comm::TelemetrySocket& sock)
+{
+    const std::size_t bytes = receiveBlock(sock, static_cast<std::size_t>(sock.pendingDatagramSize()));
+    if (bytes == 0) {
+        // Deliberate: no more telemetry, and no report of its loss. The connection stays until it fails.
+        comm::tell(Outlet::StandardError, "Bad signature of UDP packet");
+        return comm::Heard::End;
+    }
+    writeElements(bytes);
+    return comm::Heard::Life;
 }
 
 // The whole block of which a datagram of `s` bytes waits. Returns the bytes that came, the head among them,

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "comm.h"
 #include "element.h"
+#include "tcplink.h"
 
 #include <QMap>
 #include <QThread>
@@ -10,14 +10,13 @@
 #include <atomic>
 #include <cstddef>
 
-class UDPthread;
-
 // The generic link: a client subscribes to named values, and the unit sends them back at a fixed period in
-// one block. Nothing in the console builds one yet; it stands ready for a further unit.
+// one block. Nothing in the console builds one yet; it stands ready for a further unit. It tells its troubles
+// on standard error.
 //
 // Owns the TCP connection, and the telemetry thread as long as the connection stands. It lives in the
 // window's thread. Nothing is retried: the owner connects again after `disconnected`.
-class TCPthread : public QThread
+class TCPthread : public QThread, public TcpLink
 {
     Q_OBJECT
 public:
@@ -26,39 +25,27 @@ public:
 
     // Opens the connection, gives each element its place in the block, in ascending order of the keys, and
     // subscribes to them by name. Map and elements stay the owner's; the elements outlive the connection. The
-    // peer has one millisecond to answer. False when already open or on any failure, told on standard error.
+    // peer has one millisecond to answer. False when already open or on any failure.
     // Asserts when an element would move: console and unit would disagree about the block.
     bool connect(const QString& host, int tcpPort, int udpPort, QMap<QString, Element*>* elements);
-
-    // Sends one frame: u16 0x5153, u16 length, UTF-8 without terminator. True says that the system took it.
-    // Only one thread may send. False on a closed link, and for a text that no frame can carry.
-    bool command(const QString& text);
-
-    bool connected() const;
-
-    // Ends the connection and waits for the thread, without limit. False when there was none.
-    bool disconnect();
+    using TcpLink::disconnect;
 
 public slots:
-    void UDPdisconnected(); // telemetry is lost: asks the thread to end, from any thread
+    void UDPdisconnected() { telemetryLost(); } // asks the thread to end, from any thread
 
 signals:
     void disconnected();               // the connection is over, both threads' work is done
     void message(const QString& text); // a text frame came
 
 protected:
-    void run() override;
+    void run() override { serve(); }
+    std::unique_ptr<QThread> listen(int udpPort) override;
+    void tellText(const QString& text) override { emit message(text); }
+    void tellDisconnected() override { emit disconnected(); }
 
 private:
-    enum class Turn { Go, End };
-    Turn receiveFrame(int socket);
-    // Waits for the bytes of a head that are missing behind the first `have`.
-    Turn receiveHead(int socket, comm::FrameHead& head, std::size_t have);
-
-    std::atomic<bool> m_stop{false};
-    std::atomic<bool> m_lost{false};
-    comm::Connection m_connection;
-    UDPthread* m_telemetry = nullptr;
+    QMap<QString, Element*>* m_elements = nullptr;
+    QString m_subscription;
 };
 
 // Receives the blocks and writes the elements. It starts itself. A block is u16 0x5153, u16 number of data
@@ -80,6 +67,7 @@ protected:
     void run() override;
 
 private:
+    comm::Heard takeBlock(comm::TelemetrySocket& sock);
     std::size_t receiveBlock(comm::TelemetrySocket& sock, std::size_t s);
     void writeElements(std::size_t bytes);
 

@@ -76,18 +76,16 @@ bool TCPthread::connect(const QString& host, int tcpPort, int udpPort, QMap<QStr
 std::unique_ptr<QThread> TCPthread::listen(int udpPort)
 {
     m_subscription = subscribe(*m_elements, udpPort);
-    auto telemetry = std::make_unique<UDPthread>(m_elements, udpPort, controller());
-    // Direct, so that a loss is acted on even while the window's thread is busy.
-    QObject::connect(telemetry.get(), &UDPthread::disconnected, this, &TCPthread::UDPdisconnected,
-                     Qt::DirectConnection);
-    return telemetry;
+    return std::make_unique<UDPthread>(m_elements, udpPort, this);
 }
 
-UDPthread::UDPthread(QMap<QString, Element*>* elements, int port, const QHostAddress& unit)
+UDPthread::UDPthread(QMap<QString, Element*>* elements, int port, TCPthread* owner)
     : m_elements(*elements)
     , m_port(port)
-    , m_unit(unit)
+    , m_unit(owner->controller())
 {
+    // Direct, so that a loss is acted on even while the window's thread is busy.
+    connect(this, &UDPthread::disconnected, owner, &TCPthread::UDPdisconnected, Qt::DirectConnection);
     start();
 }
 

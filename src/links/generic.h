@@ -54,9 +54,9 @@ class UDPthread final : public QThread
 {
     Q_OBJECT
 public:
-    // The elements of the map at this moment, their offsets set; they outlive the thread. Only what comes
-    // from the address of the unit is heard.
-    UDPthread(QMap<QString, Element*>* elements, int port, const QHostAddress& unit);
+    // The elements of the map at this moment, their offsets set; they outlive the thread. The owner hears of
+    // a loss, and only what comes from the address of its unit is heard.
+    UDPthread(QMap<QString, Element*>* elements, int port, TCPthread* owner);
     ~UDPthread() override; // may be called from another thread; waits without limit
 
 signals:

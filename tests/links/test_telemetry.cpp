@@ -66,6 +66,7 @@ struct Unit : SiteFixture, LinkController
     }
 
     const Endpoint where = site().drive;
+    QObject here; // hears what the link tells; what it has not yet heard goes with it
 };
 
 // What an element tells: "valid 1", "raw 2.5" ..., each signal in its short form; the long form must agree.
@@ -227,7 +228,7 @@ void TestTelemetry::framesBothWays()
     Map nothing;
     TCPthread link;
     QStringList messages;
-    connect(&link, &TCPthread::message, this, [&](const QString& text) { messages += text; });
+    connect(&link, &TCPthread::message, &unit.here, [&](const QString& text) { messages += text; });
     QVERIFY(unit.open(link, nothing));
     unit.heard(1);
     QVERIFY(link.command(QStringLiteral("SET ток := 1;")));
@@ -248,7 +249,7 @@ void TestTelemetry::framesBothWays()
 
     // The unit goes away.
     int ends = 0;
-    connect(&link, &TCPthread::disconnected, this, [&] { ++ends; });
+    connect(&link, &TCPthread::disconnected, &unit.here, [&] { ++ends; });
     unit.peer->close();
     QTRY_COMPARE(ends, 1);
     QVERIFY(!link.connected() && !link.command("too late"));
@@ -284,8 +285,8 @@ void TestTelemetry::blockFillsTheElements()
     // Silence ends the connection, though not within a frame; every value is stale then, of whatever type.
     int ends = 0;
     QStringList messages;
-    connect(&link, &TCPthread::disconnected, this, [&] { ++ends; });
-    connect(&link, &TCPthread::message, this, [&](const QString& text) { messages += text; });
+    connect(&link, &TCPthread::disconnected, &unit.here, [&] { ++ends; });
+    connect(&link, &TCPthread::message, &unit.here, [&](const QString& text) { messages += text; });
     unit.send(packet("late").left(6));
     QTest::qWait(1400);
     QVERIFY(ends == 0 && link.connected());
@@ -400,7 +401,7 @@ void TestTelemetry::valuesReadWhileTheyCome()
     // The telemetry writes as fast as it can while a second thread reads, and a third writes texts.
     std::atomic<bool> stop{false};
     int told = 0;
-    connect(&e, qOverload<const Element*, float>(&Element::numberValChanged), this,
+    connect(&e, qOverload<const Element*, float>(&Element::numberValChanged), &unit.here,
             [&](const Element*, float) { ++told; });
     float last = 0;
     bool ordered = true;

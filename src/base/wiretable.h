@@ -8,8 +8,8 @@
 #include <cstring>
 
 // A status datagram as a table. Each row names a place in the datagram and the signal that tells its value;
-// the rows stand in the order in which a datagram raises them. Decoding, forwarding and disconnecting walk
-// the same table. Everything on the wire is little-endian, as is the console's processor.
+// the rows stand in the order in which a datagram raises them. Everything on the wire is little-endian, as is
+// the console's processor.
 
 // What stands at a row's offset.
 enum class WireKind {
@@ -30,8 +30,6 @@ struct WireRow
     int offset; // bytes from the start of the datagram
     WireKind kind;
     void (*raise)(Source& source, const char* field);
-    void (*forward)(const Source& from, const Source& to);
-    void (*detach)(const Source& from, const Source& to);
 };
 
 namespace wire {
@@ -97,17 +95,53 @@ constexpr auto row(int offset)
         offset,
         KindOf<Value>::value,
         [](Source& source, const char* field) { (source.*Signal)(load<Value>(field)); },
-        // Several rows may share a signal; it is forwarded once.
-        [](const Source& from, const Source& to) {
-            const QMetaMethod method = QMetaMethod::fromSignal(Signal);
-            QObject::connect(&from, method, &to, method, Qt::UniqueConnection);
-        },
-        [](const Source& from, const Source& to) {
-            const QMetaMethod method = QMetaMethod::fromSignal(Signal);
-            QObject::disconnect(&from, method, &to, method);
-        },
     };
 }
+
+// Rows that follow each other: the first at `offset`, each next one `stride` bytes on, or right behind the
+// one before when that is 0.
+template <auto First, auto... More>
+constexpr auto rows(int offset, int stride = 0)
+{
+    std::array table{row<First>(offset), row<More>(offset)...};
+    for (auto& next : table) {
+        next.offset = offset;
+        offset += stride > 0 ? stride : wireWidth(next.kind);
+    }
+    return table;
+}
+
+// One table of several, in their order.
+template <class Source, std::size_t... Sizes>
+constexpr auto join(const std::array<WireRow<Source>, Sizes>&... parts)
+{
+    std::array<WireRow<Source>, (Sizes + ...)> table{};
+    std::size_t next = 0;
+    const auto append = [&](const auto& part) {
+        for (const WireRow<Source>& row : part)
+            table[next++] = row;
+    };
+    (append(parts), ...);
+    return table;
+}
+
+// A table, wherever it stands.
+template <class Source>
+class Table
+{
+public:
+    template <std::size_t Rows>
+    constexpr Table(const std::array<WireRow<Source>, Rows>& rows)
+        : m_begin(rows.data())
+        , m_end(rows.data() + Rows)
+    {}
+    constexpr const WireRow<Source>* begin() const { return m_begin; }
+    constexpr const WireRow<Source>* end() const { return m_end; }
+
+private:
+    const WireRow<Source>* m_begin;
+    const WireRow<Source>* m_end;
+};
 
 // Numbers are compared by value, so that a field that is no number differs from itself; flags as raw bytes.
 inline bool differs(WireKind kind, const char* now, const char* last)
@@ -125,27 +159,21 @@ inline bool differs(WireKind kind, const char* now, const char* last)
     return true;
 }
 
-// Raises each row whose field differs between the datagrams, in the order of the table; every row when
-// there is no `last` (null).
-template <class Source, std::size_t Rows>
-void raiseChanges(const WireRow<Source> (&table)[Rows], Source& source, const char* now, const char* last)
-{
-    for (const WireRow<Source>& row : table) {
-        if (!last || differs(row.kind, now + row.offset, last + row.offset))
-            row.raise(source, now + row.offset);
-    }
-}
-
 // The last good datagram of a connection, and what to raise when the next one comes.
 template <std::size_t Size>
 class LastPack
 {
 public:
-    // Raises what changed since the datagram before, all rows at the first, and keeps `pack`.
-    template <class Source, std::size_t Rows>
-    void take(const WireRow<Source> (&table)[Rows], Source& source, const std::array<char, Size>& pack)
+    // Raises each row whose field differs from the datagram before, in the order of the table, all rows at
+    // the first; and keeps `pack`.
+    template <class Source>
+    void take(const Table<Source>& table, Source& source, const std::array<char, Size>& pack)
     {
-        raiseChanges(table, source, pack.data(), m_stored ? m_pack.data() : nullptr);
+        for (const WireRow<Source>& row : table) {
+            const char* const field = pack.data() + row.offset;
+            if (!m_stored || differs(row.kind, field, m_pack.data() + row.offset))
+                row.raise(source, field);
+        }
         m_stored = true;
         m_pack = pack;
     }
@@ -155,32 +183,27 @@ private:
     std::array<char, Size> m_pack{};
 };
 
-// Each signal of the table goes on to the like-named signal of `to`. As the signals are raised on the
-// telemetry thread and `to` lives in another, they arrive queued.
-template <class Source, std::size_t Rows>
-void forward(const WireRow<Source> (&table)[Rows], const Source& from, const Source& to)
+// Each signal that `status` declares goes on from one object to the like-named signal of another; both are of
+// that class. As the signals are raised on the telemetry thread and `to` lives in another, they arrive
+// queued.
+inline void forward(const QMetaObject& status, const QObject& from, const QObject& to)
 {
-    for (const WireRow<Source>& row : table)
-        row.forward(from, to);
-}
-
-template <class Source, std::size_t Rows>
-void detach(const WireRow<Source> (&table)[Rows], const Source& from, const Source& to)
-{
-    for (const WireRow<Source>& row : table)
-        row.detach(from, to);
+    for (int i = status.methodOffset(); i < status.methodCount(); ++i) {
+        if (const QMetaMethod method = status.method(i); method.methodType() == QMetaMethod::Signal)
+            QObject::connect(&from, method, &to, method);
+    }
 }
 
 // True when every row lies behind the head and within `size` bytes and no two rows touch.
-template <class Source, std::size_t Rows>
-constexpr bool fits(const WireRow<Source> (&table)[Rows], int head, int size)
+template <class Source>
+constexpr bool fits(const Table<Source>& table, int head, int size)
 {
-    for (std::size_t i = 0; i < Rows; ++i) {
-        const int end = table[i].offset + wireWidth(table[i].kind);
-        if (table[i].offset < head || end > size)
+    for (const WireRow<Source>& row : table) {
+        const int end = row.offset + wireWidth(row.kind);
+        if (row.offset < head || end > size)
             return false;
-        for (std::size_t k = 0; k < Rows; ++k) {
-            if (k != i && table[k].offset >= table[i].offset && table[k].offset < end)
+        for (const WireRow<Source>& other : table) {
+            if (&other != &row && other.offset >= row.offset && other.offset < end)
                 return false;
         }
     }

@@ -17,6 +17,14 @@
 
 namespace comm {
 
+void tell(Outlet outlet, const char* what)
+{
+    if (outlet == Outlet::Debug)
+        qDebug("%s", what);
+    else
+        std::fprintf(stderr, "%s\n", what);
+}
+
 void tell(Outlet outlet, const char* what, const QString& why)
 {
     if (outlet == Outlet::Debug)
@@ -124,41 +132,6 @@ Wait waitForInput(int socket, Outlet outlet)
         return Wait::Failed;
     }
     return count > 0 ? Wait::Ready : Wait::Silent;
-}
-
-int receiveHead(int socket, FrameHead& head)
-{
-    head = {};
-    const ssize_t got = ::recv(socket, &head, sizeof head, 0);
-    if (got <= 0)
-        tell(Outlet::Debug, "recv() error:", qt_error_string(got < 0 ? errno : 0));
-    return static_cast<int>(got);
-}
-
-QByteArray receiveBody(int socket, int length, const std::atomic<bool>& stop, const char* stopText,
-                       Outlet outlet)
-{
-    QByteArray body(length, Qt::Uninitialized);
-    int have = 0;
-    while (have < length) {
-        if (stop) {
-            qDebug("%s", stopText);
-            break;
-        }
-        const Wait wait = waitForInput(socket, outlet);
-        if (wait == Wait::Silent)
-            continue;
-        if (wait == Wait::Failed)
-            break;
-        const ssize_t got = ::recv(socket, body.data() + have, static_cast<size_t>(length - have), 0);
-        if (got <= 0) {
-            tell(outlet, "recv() error:", qt_error_string(got < 0 ? errno : 0));
-            break;
-        }
-        have += static_cast<int>(got);
-    }
-    body.truncate(have);
-    return body;
 }
 
 TelemetrySocket::TelemetrySocket(int port, const QHostAddress& controller, Outlet outlet)

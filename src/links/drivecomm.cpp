@@ -1,132 +1,65 @@
 #include "drivecomm.h"
 
-#include "comm.h"
-
 namespace {
 
-constexpr quint16 signature = 0x5650;
 constexpr int fieldBytes = 294;
 constexpr int positionsAt = 28; // of the drives, LX1 first
 constexpr int dumpedPositions = 10;
 
-using Status = DriveStatus;
-using wire::row;
+using S = DriveStatus;
+using wire::rows;
 
-// Offset and signal, in the order in which a datagram raises them. Consumers rely on that order.
-constexpr WireRow<DriveStatus> driveTable[] = {
-    row<&Status::changedChannelState1>(4),
-    row<&Status::changedChannelState2>(8),
-    row<&Status::changedChannelState3>(12),
-    row<&Status::changedChannelMode1>(16),
-    row<&Status::changedChannelMode2>(20),
-    row<&Status::changedChannelMode3>(24),
-    row<&Status::changedLX1>(28),
-    row<&Status::changedLX2>(32),
-    row<&Status::changedLY>(36),
-    row<&Status::changedA>(40),
-    row<&Status::changedB>(44),
-    row<&Status::changedC>(48),
-    row<&Status::changedD>(52),
-    row<&Status::changedU1>(56),
-    row<&Status::changedU2>(60),
-    row<&Status::changedV>(64),
-    row<&Status::changedX>(68),
-    row<&Status::changedZ>(72),
-    row<&Status::changedPHI>(76),
-    row<&Status::changedMinLimLX>(124),
-    row<&Status::changedMinLimLY>(128),
-    row<&Status::changedMinLimA>(132),
-    row<&Status::changedMinLimB>(136),
-    row<&Status::changedMinLimC>(140),
-    row<&Status::changedMinLimD>(144),
-    row<&Status::changedMinLimU>(148),
-    row<&Status::changedMinLimV>(152),
-    row<&Status::changedMinLimX>(156),
-    row<&Status::changedMinLimZ>(160),
-    row<&Status::changedMinLimPHI>(164),
-    row<&Status::changedMaxLimLX>(168),
-    row<&Status::changedMaxLimLY>(172),
-    row<&Status::changedMaxLimA>(176),
-    row<&Status::changedMaxLimB>(180),
-    row<&Status::changedMaxLimC>(184),
-    row<&Status::changedMaxLimD>(188),
-    row<&Status::changedMaxLimU>(192),
-    row<&Status::changedMaxLimV>(196),
-    row<&Status::changedMaxLimX>(200),
-    row<&Status::changedMaxLimZ>(204),
-    row<&Status::changedMaxLimPHI>(208),
-    row<&Status::changedStateLX1>(80),
-    row<&Status::changedStateLX2>(84),
-    row<&Status::changedStateLY>(88),
-    row<&Status::changedStateA>(92),
-    row<&Status::changedStateB>(96),
-    row<&Status::changedStateC>(100),
-    row<&Status::changedStateD>(104),
-    row<&Status::changedStateU1>(108),
-    row<&Status::changedStateU2>(112),
-    row<&Status::changedStateV>(116),
-    row<&Status::changedVirtualState>(120),
-    row<&Status::changedLXmin>(260),
-    row<&Status::changedLYmin>(261),
-    row<&Status::changedAmin>(262),
-    row<&Status::changedBmin>(263),
-    row<&Status::changedCmin>(264),
-    row<&Status::changedDmin>(265),
-    row<&Status::changedUmin>(266),
-    row<&Status::changedVmin>(267),
-    row<&Status::changedXmin>(268),
-    row<&Status::changedZmin>(269),
-    row<&Status::changedPHImin>(270),
-    row<&Status::changedLXmax>(271),
-    row<&Status::changedLYmax>(272),
-    row<&Status::changedAmax>(273),
-    row<&Status::changedBmax>(274),
-    row<&Status::changedCmax>(275),
-    row<&Status::changedDmax>(276),
-    row<&Status::changedUmax>(277),
-    row<&Status::changedVmax>(278),
-    row<&Status::changedXmax>(279),
-    row<&Status::changedZmax>(280),
-    row<&Status::changedPHImax>(281),
-    row<&Status::changedDoorState>(236),
-    row<&Status::changedTrModuleState>(240),
-    row<&Status::changedDrivePowerState>(244),
-    row<&Status::changedLightState>(248),
-    row<&Status::changedPointNo>(228),
-    row<&Status::changedPortPultRegime>(252),
-    row<&Status::changedAlarmState>(256),
-    row<&Status::changedDrivesOn>(282),
-    row<&Status::changedTransOn>(283),
-    row<&Status::changedPultOn>(285),
-    row<&Status::changedAxisMoving>(284),
-    row<&Status::changedKeyAccess>(286),
-    row<&Status::changedDrivesLock>(287),
-    row<&Status::changedSpiralLock>(288),
-    row<&Status::changedSpiralPower>(291),
-    row<&Status::changedDrivesPower>(292),
-    row<&Status::changedPhaseAlarm>(293),
-    row<&Status::changedMessage>(212),
-    row<&Status::changedMessage>(216),
-    row<&Status::changedMessage>(220),
-    row<&Status::changedMessage>(224),
-    row<&Status::changedCNCError>(232),
-};
-
-static_assert(wire::fits(driveTable, sizeof signature, fieldBytes));
-
-constexpr LinkTexts driveTexts{"DRIVE",
-                               nullptr,
-                               nullptr,
-                               "DriveTCPthread: >",
-                               "DriveTCPthread started",
-                               "Drive TCP thread stopped",
-                               {"Drive TCP thread stopped", "DriveTCPthread finished"}};
+// Offset and signals, in the order in which a datagram raises them. Consumers rely on that order.
+constexpr auto driveTable = wire::join(
+    rows<&S::changedChannelState1, &S::changedChannelState2, &S::changedChannelState3,
+         &S::changedChannelMode1, &S::changedChannelMode2, &S::changedChannelMode3>(4),
+    rows<&S::changedLX1, &S::changedLX2, &S::changedLY, &S::changedA, &S::changedB, &S::changedC,
+         &S::changedD, &S::changedU1, &S::changedU2, &S::changedV, &S::changedX, &S::changedZ,
+         &S::changedPHI>(positionsAt),
+    rows<&S::changedMinLimLX, &S::changedMinLimLY, &S::changedMinLimA, &S::changedMinLimB, &S::changedMinLimC,
+         &S::changedMinLimD, &S::changedMinLimU, &S::changedMinLimV, &S::changedMinLimX, &S::changedMinLimZ,
+         &S::changedMinLimPHI>(124),
+    rows<&S::changedMaxLimLX, &S::changedMaxLimLY, &S::changedMaxLimA, &S::changedMaxLimB, &S::changedMaxLimC,
+         &S::changedMaxLimD, &S::changedMaxLimU, &S::changedMaxLimV, &S::changedMaxLimX, &S::changedMaxLimZ,
+         &S::changedMaxLimPHI>(168),
+    rows<&S::changedStateLX1, &S::changedStateLX2, &S::changedStateLY, &S::changedStateA, &S::changedStateB,
+         &S::changedStateC, &S::changedStateD, &S::changedStateU1, &S::changedStateU2, &S::changedStateV,
+         &S::changedVirtualState>(80),
+    rows<&S::changedLXmin, &S::changedLYmin, &S::changedAmin, &S::changedBmin, &S::changedCmin,
+         &S::changedDmin, &S::changedUmin, &S::changedVmin, &S::changedXmin, &S::changedZmin,
+         &S::changedPHImin>(260),
+    rows<&S::changedLXmax, &S::changedLYmax, &S::changedAmax, &S::changedBmax, &S::changedCmax,
+         &S::changedDmax, &S::changedUmax, &S::changedVmax, &S::changedXmax, &S::changedZmax,
+         &S::changedPHImax>(271),
+    rows<&S::changedDoorState, &S::changedTrModuleState, &S::changedDrivePowerState, &S::changedLightState>(
+        236),
+    rows<&S::changedPointNo>(228), rows<&S::changedPortPultRegime, &S::changedAlarmState>(252),
+    rows<&S::changedDrivesOn, &S::changedTransOn>(282), rows<&S::changedPultOn>(285),
+    rows<&S::changedAxisMoving>(284),
+    rows<&S::changedKeyAccess, &S::changedDrivesLock, &S::changedSpiralLock>(286),
+    rows<&S::changedSpiralPower, &S::changedDrivesPower, &S::changedPhaseAlarm>(291),
+    rows<&S::changedMessage, &S::changedMessage, &S::changedMessage, &S::changedMessage>(212),
+    rows<&S::changedCNCError>(232));
+static_assert(wire::fits<S>(driveTable, sizeof(comm::FrameHead), fieldBytes));
+static_assert(driveTable[0].offset == 4 && driveTable.size() == 96);
 
 } // namespace
 
+const wire::Table<DriveStatus> DriveWire::table{driveTable};
+const LinkManners DriveWire::manners = [] {
+    LinkManners drive;
+    drive.host = "DRIVE";
+    drive.sent = "DriveTCPthread: >";
+    drive.received = "DriveTCPthread: <";
+    drive.started = "DriveTCPthread started";
+    drive.stopped = "Drive TCP thread stopped";
+    drive.ended[0] = drive.stopped;
+    drive.ended[1] = "DriveTCPthread finished";
+    return drive;
+}();
+
 DriveTCPthread::DriveTCPthread(QObject* parent)
-    : DriveStatus(parent)
-    , TcpLink(*this, driveTexts)
+    : StatusLink(parent)
 {}
 
 DriveTCPthread::~DriveTCPthread()
@@ -134,51 +67,16 @@ DriveTCPthread::~DriveTCPthread()
     end();
 }
 
-unsigned int DriveTCPthread::channelState() const
-{
-    return m_channelState;
-}
-
-std::unique_ptr<QThread> DriveTCPthread::listen(int udpPort)
-{
-    return std::make_unique<DriveUDPthread>(this, udpPort);
-}
-
-TcpLink::Turn DriveTCPthread::receiveFrame(int socket)
-{
-    comm::FrameHead head;
-    const int got = comm::receiveHead(socket, head);
-    if (got <= 0)
-        return Turn::End;
-    // Behind a bad frame nothing can be found again, so it ends the connection; so does half a head.
-    if (got < int(sizeof head) || head.signature != textSignature) {
-        qDebug("Bad packet signature");
-        return Turn::End;
-    }
-    emit message(timeStamp() + receiveText(socket, head.length, "DriveTCPthread: <"));
-    return Turn::Go;
-}
-
 DriveUDPthread::DriveUDPthread(DriveTCPthread* owner, int port)
-    : m_port(port)
-    , m_controller(owner->controller())
-    , m_owner(owner)
+    : StatusReceiver(owner, port)
 {
     m_owner->m_channelState = 0;
-    wire::forward(driveTable, static_cast<const DriveStatus&>(*this),
-                  static_cast<const DriveStatus&>(*m_owner));
-    // Direct, so that a loss is acted on even while the window's thread is busy.
-    connect(this, &DriveUDPthread::UDPdisconnected, m_owner, &DriveTCPthread::UDPdisconnected,
-            Qt::DirectConnection);
-    start();
+    begin();
 }
 
 DriveUDPthread::~DriveUDPthread()
 {
-    wire::detach(driveTable, static_cast<const DriveStatus&>(*this),
-                 static_cast<const DriveStatus&>(*m_owner));
-    m_stop = true;
-    wait();
+    halt();
 }
 
 unsigned int DriveUDPthread::channelState() const
@@ -186,19 +84,12 @@ unsigned int DriveUDPthread::channelState() const
     return m_owner->channelState();
 }
 
-void DriveUDPthread::run()
-{
-    comm::receiveTelemetry<packSize>(
-        m_port, m_controller, signature, m_stop, [this](const Pack& pack) { take(pack); },
-        [this] { emit UDPdisconnected(); });
-}
-
 void DriveUDPthread::take(const Pack& pack)
 {
     storePositions(pack);
     // Channel 1 is the first to be raised: who hears of it finds the new state here.
     m_owner->m_channelState = wire::load<unsigned int>(pack.data() + driveTable[0].offset);
-    m_last.take(driveTable, static_cast<DriveStatus&>(*this), pack);
+    StatusReceiver::take(pack);
 }
 
 void DriveUDPthread::storePositions(const Pack& pack)

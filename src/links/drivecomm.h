@@ -1,22 +1,20 @@
 #pragma once
 
-#include "tcplink.h"
-#include "wiretable.h"
+#include "statuslink.h"
 
 #include <QThread>
 
-#include <array>
 #include <atomic>
 
+class DriveTCPthread;
 class DriveUDPthread;
 
 // The connection to the motion controller, in two threads: `DriveTCPthread` carries text commands and text
 // answers, `DriveUDPthread` turns the status datagram into one typed signal for each field that changed.
 // The link interprets nothing.
 
-// The 93 signals of the status datagram, common to both threads. A signal comes when its field differs from
-// the datagram before; the first datagram after a connect raises all of them, whatever their values.
-// A float field that is not a number is raised with every datagram.
+// The 93 signals of the status datagram, common to both threads. A field that is not a number is raised with
+// every datagram.
 class DriveStatus : public QThread
 {
     Q_OBJECT
@@ -131,38 +129,39 @@ signals:
     void changedCNCError(unsigned int code);
 };
 
+struct DriveWire
+{
+    using Status = DriveStatus;
+    using Reader = DriveTCPthread;
+    using Receiver = DriveUDPthread;
+    static constexpr int packSize = 296; // 294 bytes of fields, rounded up to a multiple of four
+    static const wire::Table<DriveStatus> table;
+    static const LinkManners manners;
+};
+
 // Owns the TCP connection, and the telemetry thread as long as the connection stands. The same object is
 // connected again and again; consumers connect to its status signals once. It lives in the window's thread,
 // where the status signals arrive.
-class DriveTCPthread : public DriveStatus, public TcpLink
+class DriveTCPthread : public StatusLink<DriveWire, TcpLink>
 {
     Q_OBJECT
 public:
     explicit DriveTCPthread(QObject* parent = nullptr);
     ~DriveTCPthread() override; // ends an open connection; waits without limit
 
-    using TcpLink::connect;
-    using TcpLink::disconnect;
-
     // Where each good datagram leaves the positions of the ten drives, LX1 to V, in mm or deg: ten floats
     // that outlive the link, written by the telemetry thread, each as a whole. Before the first connect.
     void setDumpValues(float* values) { m_dumpValues = values; }
 
     // Channel 1 as last told by telemetry, 0 before the first datagram of a connection. Any thread.
-    unsigned int channelState() const;
+    unsigned int channelState() const { return m_channelState; }
 
 public slots:
-    void UDPdisconnected() { stop(); } // asks the thread to end, from any thread
+    void UDPdisconnected() { telemetryLost(); } // asks the thread to end, from any thread
 
 signals:
     void disconnected();               // the connection is over, both threads' work is done
     void message(const QString& text); // a text frame came: time stamp and text
-
-protected:
-    void run() override { serve(); }
-    Turn receiveFrame(int socket) override;
-    std::unique_ptr<QThread> listen(int udpPort) override;
-    void tellDisconnected() override { emit disconnected(); }
 
 private:
     friend class DriveUDPthread;
@@ -172,14 +171,13 @@ private:
     std::atomic<unsigned int> m_channelState{0};
 };
 
-// Receives the status datagram, 296 bytes on the port, and forwards all signals to its owner. It starts
-// itself. A datagram of another size ends the process: console and controller would disagree on the layout.
-class DriveUDPthread final : public DriveStatus
+// Receives the status datagram on the port, and forwards all signals to its owner. It starts itself.
+class DriveUDPthread final : public StatusReceiver<DriveWire>
 {
     Q_OBJECT
 public:
     DriveUDPthread(DriveTCPthread* owner, int port);
-    ~DriveUDPthread() override; // may be called from another thread; waits without limit
+    ~DriveUDPthread() override;
 
     unsigned int channelState() const;
 
@@ -188,18 +186,8 @@ signals:
     void UDPdisconnected();
 
 protected:
-    void run() override;
+    void take(const Pack& pack) override;
 
 private:
-    static constexpr int packSize = 296; // 294 bytes of fields, rounded up to a multiple of four
-    using Pack = std::array<char, packSize>;
-
-    void take(const Pack& pack);
     void storePositions(const Pack& pack);
-
-    std::atomic<bool> m_stop{false};
-    const int m_port;
-    const QHostAddress m_controller;
-    DriveTCPthread* m_owner;
-    wire::LastPack<packSize> m_last;
 };

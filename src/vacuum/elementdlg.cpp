@@ -1,6 +1,6 @@
 #include "elementdlg.h"
 
-#include "comm.h"
+#include "generic.h"
 
 namespace {
 

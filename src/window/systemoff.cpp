@@ -1,6 +1,6 @@
 #include "systemoff.h"
 
-#include "comm.h"
+#include "generic.h"
 #include "ui_systemoff.h"
 #include "widgets.h"
 

@@ -1,6 +1,6 @@
-#include "comm.h"
 #include "contourfixture.h"
 #include "endsignals.h"
+#include "generic.h"
 #include "guifixture.h"
 #include "inform.h"
 #include "systemoff.h"

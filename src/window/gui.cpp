@@ -5,6 +5,7 @@
 #include "contour.h"
 #include "dumpcreator.h"
 #include "joghold.h"
+#include "journal.h"
 #include "kvs.h"
 #include "lockview.h"
 #include "site.h"
@@ -21,14 +22,6 @@ namespace {
 
 constexpr int kTick = 1000;      // ms
 constexpr int kReconnect = 1000; // ms between two attempts to reach the motion controller
-
-// Keeps its colours in a window that is disabled.
-QIcon stateIcon(const QString& file)
-{
-    QIcon icon(file);
-    icon.addFile(file, QSize(), QIcon::Disabled);
-    return icon;
-}
 
 } // namespace
 
@@ -49,7 +42,7 @@ Gui::Gui()
     setWindowState(Qt::WindowFullScreen | Qt::WindowActive);
     addAction(ui->actExit); // its shortcut works although no menu shows it
 
-    initJournalList();
+    m_journal = std::make_unique<Journal>(ui->lwLog);
     initManager();
     initSprites();
     initLocks();
@@ -66,7 +59,7 @@ Gui::Gui()
     initGeometry();
     initPresets();
     startClock();
-    openJournal();
+    m_journal->open();
     startDump();
     emit signalSystemStarted();
 }
@@ -78,8 +71,7 @@ Gui::~Gui()
     saveIni();
     ui->contour->keepForNextStart();
     delete m_manager; // writes the user file
-    if (m_logFile.isOpen())
-        m_logFile.close();
+    m_journal->close();
     qDeleteAll(m_locks);
     qDeleteAll(m_axis); // they save their speeds from labels that the base class destroys
     // The panels outlive everything that their reports need.
@@ -103,6 +95,16 @@ void Gui::saveWork()
     saveIni();
     ui->contour->keepForNextStart();
     m_manager->save();
+}
+
+void Gui::prgMessage(const QString& str, bool isShow)
+{
+    m_journal->write(str, isShow);
+}
+
+void Gui::messageToLog(const QString& time, const QString& str)
+{
+    m_journal->show(time, str);
 }
 
 bool Gui::autorizationAccepted()
@@ -154,11 +156,6 @@ void Gui::initManager()
 
 void Gui::initSprites()
 {
-    m_iconError = stateIcon(QStringLiteral(":/images/icon-error-mini.png"));
-    m_iconInfo = stateIcon(QStringLiteral(":/images/icon-info-mini.png"));
-    m_iconRun = stateIcon(QStringLiteral(":/images/icon-run-mini.png"));
-    m_iconWarning = stateIcon(QStringLiteral(":/images/icon-warning-mini.png"));
-    m_iconBasic = stateIcon(QStringLiteral(":/images/icon-basic-mini.png"));
     for (const VirtualAxis& axis : m_virtual) {
         axis.lamp->addPixmap(0, QStringLiteral(":/images/indicator_gray.png"));
         axis.lamp->addPixmap(1, QStringLiteral(":/images/indicator_green.png"));

@@ -6,8 +6,6 @@
 #include "lir940p.h"
 #include "pultshare.h"
 
-#include <QFile>
-#include <QIcon>
 #include <QList>
 #include <QMap>
 #include <QTimer>
@@ -20,6 +18,7 @@ class CMessageServer;
 class CMessageStack;
 class DumpCreator;
 class JogHold;
+class Journal;
 class PoLabel;
 class PoSprite;
 class QLabel;
@@ -73,8 +72,7 @@ signals:
     void signalSystemStarted();
 
 public slots:
-    // Journal (gui_journal.cpp). A line begins with its class, "[I]", "[W]", "[A]", "[C]" or "[M]", which
-    // the list shows as an icon. `isShow` false: the file only.
+    // A line of the journal; `isShow` false: the file only.
     void prgMessage(const QString& str, bool isShow);
     void messageToLog(const QString& time, const QString& str);
 
@@ -253,7 +251,6 @@ private:
     void endJog(VirtualIndex index);
 
     // Construction, in the order of the calls.
-    void initJournalList();
     void initManager();
     void initSprites();
     void initLocks();
@@ -265,7 +262,6 @@ private:
     void initGeometry();
     void initPresets();
     void startClock();
-    void openJournal();
     void startDump();
 
     void connectMachine();
@@ -302,9 +298,8 @@ private:
     Autorization::Manager* m_manager = nullptr;
     QString m_programName;
     int m_userGroup = -1;
-    QFile m_logFile;
-    bool m_journalWritten = true; // the last line, so that a full disk is told once
-    float m_dumpValues[10] = {};  // positions of the drives, for the flight recorder
+    std::unique_ptr<Journal> m_journal;
+    float m_dumpValues[10] = {}; // positions of the drives, for the flight recorder
     DumpCreator* m_dump = nullptr;
     DriveTCPthread m_drives;
     QList<QString> m_lirAxes; // axes that a handwheel can take
@@ -322,7 +317,6 @@ private:
     QString m_lirLeft, m_lirRight, m_lirDist; // what each handwheel drives, empty for nothing
     QLabel* m_blockLabel = nullptr;           // the overlay of the key switch, null when there is none
     int m_modeMinutes = 0, m_modeSeconds = 0; // time of the vacuum algorithm
-    QIcon m_iconError, m_iconInfo, m_iconRun, m_iconWarning, m_iconBasic;
     ElaSharedMemory m_elaShare;
     PultShare m_pultShare;
     bool m_secondLX = false, m_secondU = false; // the second axis of the pair is shown

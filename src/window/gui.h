@@ -4,6 +4,7 @@
 #include "drivecomm.h"
 #include "elashare.h"
 #include "lir940p.h"
+#include "machinewords.h"
 #include "pultshare.h"
 
 #include <QList>
@@ -14,8 +15,6 @@
 #include <array>
 #include <memory>
 
-class CMessageServer;
-class CMessageStack;
 class DumpCreator;
 class JogHold;
 class Journal;
@@ -101,15 +100,15 @@ public slots:
     // What it tells in words and numbers (gui_messages.cpp). Called for changes only, but for the first
     // datagram of a connection, which tells everything.
     void onNewCNCMessage(uint number); // 0: no event
-    void onNewCNCError(uint number);   // 0: no error
-    void onDoorStateChanged(uint state);
-    void onTrModuleStateChanged(uint state);
-    void onDrivePowerStateChanged(uint state); // a bit for each breaker, set while it is closed
+    void onNewCNCError(uint number) { m_words->controllerError(number); }
+    void onDoorStateChanged(uint state) { m_words->door(state); }
+    void onTrModuleStateChanged(uint state) { m_words->transportModule(state); }
+    void onDrivePowerStateChanged(uint state) { m_words->breakers(state); }
     void onLightStateChanged(uint state);
-    void onAlarmStateChanged(uint state); // bits of the emergency buttons and ropes
-    void onSpiralPowerOff(bool on);       // true: healthy
-    void onDrivesPowerOff(bool on);       // true: healthy
-    void onPhaseAlarm(bool on);           // true: the phases are wrong
+    void onAlarmStateChanged(uint state) { m_words->alarms(state); }
+    void onSpiralPowerOff(bool on) { m_words->spiralPower(on); } // true: healthy
+    void onDrivesPowerOff(bool on) { m_words->drivesPower(on); } // true: healthy
+    void onPhaseAlarm(bool on) { m_words->phases(on); }          // true: the phases are wrong
 
     // Virtual axes: coordinates and soft limits in mm or deg, end switches.
     void onChangedX(float value) { showVirtualCoord(X, value); }
@@ -270,14 +269,13 @@ private:
     void connectVirtualAxes();
     void connectVirtualJog();
 
-    void stopJogs(); // those that a finger still holds
+    void send(const QString& command) { m_drives.command(command); } // to the motion controller
+    void stopJogs();                                                 // those that a finger still holds
     void saveIni();
     void addLock(const QString& key, bool perm, const QString& textLocked, const QString& textFree);
     void drawChannelState(int channel, PoLabel* label, uint state);
     void drawChannelMode(PoLabel* label, uint mode);
     void updateTrans();
-    void raiseAlarm(int numId); // with the buzzer
-    void showAlarm(bool on, int numId, const char* line);
     void showVirtualCoord(VirtualIndex index, float value);
     void setVirtualEnd(VirtualIndex index, bool maximum, bool on);
     void speedSelector(VirtualIndex index);
@@ -307,9 +305,8 @@ private:
     QMap<QString, int> m_maxSpeed;   // mm/min or deg/min by axis name
     QMap<QString, PoLabel*> m_coord; // coordinate labels by axis name
     QMap<QString, Lock*> m_locks;
-    QString m_userRights, m_userName;   // as they stood after the first login
-    CMessageStack* m_stack = nullptr;   // child of the window
-    CMessageServer* m_server = nullptr; // left to the end of the process
+    QString m_userRights, m_userName; // as they stood after the first login
+    MachineWords* m_words = nullptr;  // child of the window
     QTimer m_timer;
     Lir940p m_lir;
     QMap<QString, int> m_lirMult;             // handwheel multiplier index by axis, 0 to 3
@@ -321,8 +318,6 @@ private:
     PultShare m_pultShare;
     bool m_secondLX = false, m_secondU = false; // the second axis of the pair is shown
     bool m_drivesConnected = false;
-    uint m_drivePower = 0;
-    uint m_lightState = 0;
     uint m_channel1State = 0;
     uint m_virtualState = 0; // of the virtual axes together
     bool m_drivesOn = false;

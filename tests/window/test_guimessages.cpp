@@ -14,15 +14,7 @@ private slots:
 
     void channelStates();
     void events();
-    void errors();
-    void doorAndTransportModule();
-    void breakers();
-    void commonBreakerIsTakenOffByAnother();
-    void cabinet();
-    void alarmWord();
-    void alarmsAreRaisedTwice();
     void aLinkThatComesBackIsNoNews();
-    void lights();
     void virtualLamps();
     void regimes();
     void pressures();
@@ -32,12 +24,6 @@ private:
     QList<int> shown() const;
     int m_seen = 0;
 };
-
-namespace {
-
-constexpr uint allClosed = 0x7FF;
-
-} // namespace
 
 QStringList TestGuiMessages::since()
 {
@@ -135,150 +121,8 @@ void TestGuiMessages::events()
     QCOMPARE(shown(), QList<int>());
 }
 
-void TestGuiMessages::errors()
-{
-    since();
-    tell({{"CNCError", 4000000000.0}});
-    QCOMPARE(since(), QStringList{"CML75: Ошибка контроллера ЧПУ номер 4000000000!"});
-    QVERIFY(journal().contains("[A]CML75: Ошибка контроллера ЧПУ номер 4000000000!\n"));
-    tell({{"CNCError", 0}});
-    QCOMPARE(since(), QStringList());
-    QCOMPARE(shown(), QList<int>());
-    QCOMPARE(takeCommands(), QStringList());
-}
-
-void TestGuiMessages::doorAndTransportModule()
-{
-    const std::pair<const char*, const char*> lines[] = {
-        {"Дверь закрыта", "Транспортный модуль в камере"},
-        {"Дверь открыта", "Транспортный модуль на загрузочной платформе"},
-        {"Дверь в зоне торможения закрытия", "Транспортный модуль в зоне торможения камеры"},
-        {"Дверь в зоне торможения открытия", "Транспортный модуль в зоне торможения загрузочной платформы"},
-    };
-    for (const uint value : {1U, 0U, 2U, 3U, 4U, 0xFFFFFFFFU}) {
-        since();
-        tell({{"DoorState", double(value)}});
-        QCOMPARE(since(), value > 3 ? QStringList() : QStringList(QString::fromUtf8(lines[value].first)));
-        tell({{"TrModuleState", double(value)}});
-        QCOMPARE(since(), value > 3 ? QStringList() : QStringList(QString::fromUtf8(lines[value].second)));
-    }
-}
-
-void TestGuiMessages::breakers()
-{
-    const char* drives[] = {"31 питания привода координаты LX1", "32 питания привода координаты LX2",
-                            "33 питания привода координаты LY",  "34 питания привода координаты A",
-                            "35 питания привода координаты B",   "36 питания привода координаты C",
-                            "37 питания привода координаты D",   "38 питания привода координаты U1",
-                            "39 питания привода координаты U2",  "40 питания привода координаты V",
-                            "18 питания всех приводов"};
-    QStringList all;
-    tell({{"DrivePowerState", allClosed}});
-    QCOMPARE(shown(), QList<int>());
-    for (uint bit = 0; bit < 11; ++bit) {
-        since();
-        const QString line = QStringLiteral("Сработал автомат QF%1 в ШУК!").arg(drives[bit]);
-        all << line;
-        tell({{"DrivePowerState", allClosed & ~(1U << bit)}});
-        QCOMPARE(since(), QStringList{line});
-        QCOMPARE(shown(), bit == 10 ? QList<int>{0} : QList<int>());
-        QCOMPARE(takeCommands(), bit == 10 ? QStringList{"ZOOMMER"} : QStringList());
-        m_gui->onDrivePowerStateChanged(allClosed & ~(1U << bit)); // the same word says nothing
-        QCOMPARE(since(), QStringList());
-        QCOMPARE(shown(), bit == 10 ? QList<int>{0} : QList<int>());
-        tell({{"DrivePowerState", allClosed}});
-        QCOMPARE(since(), QStringList());
-        QCOMPARE(shown(), QList<int>());
-    }
-    tell({{"DrivePowerState", 0xFFFFF800U}}); // all at once, in order of the bits; those above are not told
-    QCOMPARE(since(), all);
-    QCOMPARE(shown(), QList<int>{0});
-    QVERIFY(journal().contains("[W]Сработал автомат QF18 питания всех приводов в ШУК!\n"));
-    QCOMPARE(takeCommands(), QStringList{"ZOOMMER"});
-}
-
-void TestGuiMessages::commonBreakerIsTakenOffByAnother()
-{
-    tell({{"DrivePowerState", allClosed}});
-    tell({{"DrivePowerState", 0x3FF}});
-    QCOMPARE(shown(), QList<int>{0});
-    tell({{"DrivePowerState", 0x3F7}});
-    QCOMPARE(list().last(), QStringLiteral("Сработал автомат QF34 питания привода координаты A в ШУК!"));
-    QCOMPARE(shown(), QList<int>());
-}
-
-void TestGuiMessages::cabinet()
-{
-    const struct
-    {
-        const char* word;
-        int trouble; // its value while something is wrong
-        QString line;
-        int number;
-        bool buzzer;
-    } rows[] = {
-        {"DrivesPower", 0, "[A]Сработал автомат питания приводов 24В в ШУК (QF28)!", 8, true},
-        {"PhaseAlarm", 1, "[A]Ошибка фаз 380 Вольт в ШУК!", 7, true},
-        {"SpiralPower", 0, "[W]Сработал автомат питания спиралей в ШУК (QF23 или QF24)!", 20, false},
-    };
-    for (int i = 0; i < 6; ++i) { // each of them twice
-        const auto& [word, trouble, line, number, buzzer] = rows[i / 2];
-        since();
-        tell({{word, double(trouble)}});
-        QCOMPARE(since(), QStringList{line.mid(3)});
-        QVERIFY(journal().contains(line + '\n'));
-        QCOMPARE(shown(), QList<int>{number});
-        QCOMPARE(takeCommands(), buzzer ? QStringList{"ZOOMMER"} : QStringList());
-        tell({{word, double(1 - trouble)}});
-        QCOMPARE(since(), QStringList());
-        QCOMPARE(shown(), QList<int>());
-        QCOMPARE(takeCommands(), QStringList());
-    }
-}
-
-// Every word of four bits after every other.
-void TestGuiMessages::alarmWord()
-{
-    const char* lines[] = {"Нажата кнопка аварийного останова на пульте оператора!",
-                           "Нажата кнопка аварийного останова на пульте переносном!",
-                           "Сработал левый тросовый выключатель в камере!",
-                           "Сработал правый тросовый выключатель в камере!"};
-    for (uint state = 0; state < 16; ++state) {
-        m_gui->onAlarmStateChanged(0);
-        QCOMPARE(shown(), QList<int>());
-        since();
-        takeCommands();
-        m_gui->onAlarmStateChanged(state | 0x10);
-        QStringList expected, buzzes;
-        QList<int> numbers;
-        for (int bit = 0; bit < 4; ++bit) {
-            if (!(state >> bit & 1U))
-                continue;
-            expected << QString::fromUtf8(lines[bit]);
-            numbers << 3 + bit;
-            buzzes << QStringLiteral("ZOOMMER");
-        }
-        QCOMPARE(since(), expected);
-        QCOMPARE(shown(), numbers);
-        QTRY_COMPARE(commands(), buzzes);
-    }
-    QVERIFY(journal().contains(QStringLiteral("[A]") + QString::fromUtf8(lines[3])));
-}
-
-// A button that stays pressed while a rope is pulled is told and raised again, and each release takes one.
-void TestGuiMessages::alarmsAreRaisedTwice()
-{
-    tell({{"AlarmState", 1}});
-    tell({{"AlarmState", 5}});
-    QCOMPARE(list().filter(QStringLiteral("пульте оператора")).size(), 2);
-    QTRY_COMPARE(commands(), QStringList({"ZOOMMER", "ZOOMMER", "ZOOMMER"}));
-    tell({{"AlarmState", 0}});
-    QCOMPARE(shown(), QList<int>{3});
-    tell({{"AlarmState", 8}});
-    QCOMPARE(shown(), QList<int>{6});
-}
-
-// The first datagram of a connection tells all words; those that are as they were raise nothing.
+// Each word reaches the journal, the stack and the buzzer, once. The first datagram of a connection tells all
+// words again; those that are as they were raise nothing.
 void TestGuiMessages::aLinkThatComesBackIsNoNews()
 {
     const auto linkFalls = [this] {
@@ -290,11 +134,15 @@ void TestGuiMessages::aLinkThatComesBackIsNoNews()
         m_received.clear();
         since();
     };
+    since();
     tell({{"AlarmState", 1}, {"DrivesPower", 0}, {"PhaseAlarm", 1}, {"SpiralPower", 0}, {"DoorState", 1}});
-    tell({{"ChannelState1", 6}, {"CNCError", 5}, {"DrivePowerState", 0x400}, {"PultOn", 1}});
+    tell({{"ChannelState1", 6}, {"CNCError", 5}, {"TrModuleState", 1}, {"LightState", 2}});
+    tell({{"DrivePowerState", 0x400}});
     tell({{"DrivePowerState", 0}});
+    QCOMPARE(since().size(), 10);
+    tell({{"PultOn", 1}});
     QCOMPARE(shown(), QList<int>({0, 3, 7, 8, 20}));
-    takeCommands();
+    QCOMPARE(takeCommands(), QStringList({"ZOOMMER", "ZOOMMER", "ZOOMMER", "ZOOMMER"}));
     linkFalls();
     tell({});
     QStringList news = since();
@@ -307,26 +155,6 @@ void TestGuiMessages::aLinkThatComesBackIsNoNews()
     tell({{"AlarmState", 8}, {"DrivesPower", 1}, {"PhaseAlarm", 0}, {"SpiralPower", 1}});
     QCOMPARE(takeCommands(), QStringList("ZOOMMER"));
     QCOMPARE(shown(), QList<int>({0, 6}));
-}
-
-void TestGuiMessages::lights()
-{
-    const char* names[] = {"Освещение камеры светодиодными лентами",
-                           "Освещение камеры светодиодными прожекторами", "Освещение зоны сварки спиралями"};
-    uint former = 0;
-    for (uint state : {1U, 3U, 7U, 7U, 0U, 5U, 2U, 0xFFFFFFFFU, 0xFFFFFFF8U}) {
-        since();
-        m_gui->onLightStateChanged(state);
-        QStringList expected;
-        for (uint bit = 0; bit < 3; ++bit) {
-            if ((state ^ former) >> bit & 1U)
-                expected << names[bit] +
-                                QStringLiteral(" %1").arg(state >> bit & 1U ? "включено" : "выключено");
-        }
-        QCOMPARE(since(), expected);
-        QCOMPARE(int(w<StateButton>("sbLightSpiral")->state()), state & 4U ? 1 : 0);
-        former = state;
-    }
 }
 
 void TestGuiMessages::virtualLamps()

@@ -31,22 +31,15 @@ Gui::Gui()
     : ui(std::make_unique<Ui::Gui>())
 {
     ui->setupUi(this); // `contour` and, last of all, `kvs`
-    m_virtual = {
-        VirtualAxis{QStringLiteral("X"), QStringLiteral("мм"), ui->coordX, ui->speedX, ui->indX, ui->pbPlusX,
-                    ui->pbMinusX, ui->pbInfoX},
-        VirtualAxis{QStringLiteral("Z"), QStringLiteral("мм"), ui->coordZ, ui->speedZ, ui->indZ, ui->pbPlusZ,
-                    ui->pbMinusZ, ui->pbInfoZ},
-        VirtualAxis{QStringLiteral("PHI"), QStringLiteral("град"), ui->coordPHI, ui->speedPHI, ui->indPHI,
-                    ui->pbPlusPHI, ui->pbMinusPHI, ui->pbInfoPHI},
-    };
     setWindowState(Qt::WindowFullScreen | Qt::WindowActive);
     addAction(ui->actExit); // its shortcut works although no menu shows it
 
     m_journal = std::make_unique<Journal>(ui->lwLog);
     initManager();
-    initSprites();
+    initVirtualAxes();
     initLocks();
     initStateButtons();
+    initWheels();
     initDrives();
     loadIni();
 
@@ -54,10 +47,6 @@ Gui::Gui()
     connectDrives();
     connectPanels();
     initMessages();
-    m_lirAxes = {QStringLiteral("LX"), QStringLiteral("LY"), QStringLiteral("A"),  QStringLiteral("B"),
-                 QStringLiteral("C"),  QStringLiteral("D"),  QStringLiteral("U1"), QStringLiteral("V")};
-    initGeometry();
-    initPresets();
     startClock();
     m_journal->open();
     startDump();
@@ -154,16 +143,6 @@ void Gui::initManager()
     connect(m_manager, &Autorization::Manager::message, this, &Gui::prgMessage);
 }
 
-void Gui::initSprites()
-{
-    for (const VirtualAxis& axis : m_virtual) {
-        axis.lamp->addPixmap(0, QStringLiteral(":/images/indicator_gray.png"));
-        axis.lamp->addPixmap(1, QStringLiteral(":/images/indicator_green.png"));
-        axis.lamp->addPixmap(2, QStringLiteral(":/images/indicator_yellow.png"));
-        axis.lamp->addPixmap(4, QStringLiteral(":/images/indicator_red.png"));
-    }
-}
-
 void Gui::connectPanels()
 {
     connect(this, &Gui::signalSystemStarted, ui->kvs, &KVS::onSystemStarted);
@@ -188,34 +167,47 @@ void Gui::connectPanels()
     connect(&m_lir, &Lir940p::valueChanged, this, &Gui::onLirChanged);
 }
 
-void Gui::initGeometry()
+void Gui::initWheels()
 {
-    ui->frmVirtual->setGeometry(QRect(QPoint(10, 345), QPoint(459, 604)));
-    ui->frmVirtual->hide();
-    ui->frmLX2->setGeometry(QRect(QPoint(0, 105), QPoint(449, 179)));
-    ui->frmLX2->setVisible(m_secondLX);
-    ui->pbInfoLX2->setGeometry(QRect(QPoint(385, 115), QPoint(439, 169)));
-    ui->pbInfoLX2->setVisible(m_secondLX);
-    ui->frmU2->setGeometry(QRect(QPoint(0, 25), QPoint(449, 99)));
-    ui->frmU2->setVisible(m_secondU);
-    ui->pbInfoU2->setGeometry(QRect(QPoint(385, 35), QPoint(439, 89)));
-    ui->pbInfoU2->setVisible(m_secondU);
+    const std::array<Handwheels::Labels, 3> labels{
+        {{ui->lblLir1, ui->lblLir1Use}, {ui->lblLir2, ui->lblLir2Use}, {ui->lblLir3, ui->lblLir3Use}}};
+    const auto maxSpeed = [this](const QString& name) {
+        const Axis* axis = m_axis.value(name);
+        return axis ? axis->maxSpeed() : 0;
+    };
+    m_wheels = new Handwheels(labels, maxSpeed, this);
+    connect(m_wheels, &Handwheels::message, this, &Gui::prgMessage);
+    connect(m_wheels, &Handwheels::command, this, &Gui::send);
+    m_pult = new RemotePanel({ui->sbDistPult, ui->pultRegime, ui->frmDrives, ui->frmLir3}, m_wheels, this);
+    connect(m_pult, &RemotePanel::message, this, &Gui::prgMessage);
+    connect(m_pult, &RemotePanel::command, this, &Gui::send);
 }
 
-void Gui::initPresets()
+void Gui::onLirChanged(int channel, int delta)
 {
-    const QList<float> coarse = {1.0F, 2.0F, 5.0F, 10.0F};
-    m_presets = {
-        {QStringLiteral("presetIr"), {0.1F, 0.2F, 0.5F, 1.0F}},
-        {QStringLiteral("presetIf"), coarse},
-        {QStringLiteral("ADJUST:setIxj"), coarse},
-        {QStringLiteral("ADJUST:setIyj"), coarse},
-    };
+    if (!isEnabled())
+        return; // the key switch blocks the console
+    switch (channel) {
+    case 0:
+        m_wheels->turn(Handwheels::Left, delta);
+        break;
+    case 1:
+        m_wheels->turn(Handwheels::Right, delta);
+        break;
+    case 2:
+        if (m_pult->isOn())
+            lirChangedPult(delta);
+        break;
+    case 3: // the card has no fourth channel today
+        m_wheels->turn(Handwheels::Remote, delta);
+        break;
+    default:
+        break;
+    }
 }
 
 void Gui::startClock()
 {
-    ui->pultRegime->hide();
     connect(&m_timer, &QTimer::timeout, this, &Gui::onTimeChanged);
     m_timer.start(kTick);
     // Set once: a run that passes midnight belongs to the day on which it began, like its journal.
@@ -252,7 +244,10 @@ void Gui::disconnectedDrives()
 void Gui::onTimeChanged()
 {
     ui->lblTime->setText(QTime::currentTime().toString(QStringLiteral("hh:mm:ss")));
-    shareWheels();
+    m_pultShare.setFuncLeftEncoder(m_wheels->isElas(Handwheels::Left));
+    m_pultShare.setFuncRightEncoder(m_wheels->isElas(Handwheels::Right));
+    m_pultShare.setFuncDistEncoder(m_wheels->isElas(Handwheels::Remote));
+    m_pultShare.setBlockGui(!isEnabled());
     m_elaShare.updateStatusEla();
     onChangedELAConnected(m_elaShare.status());
 }

@@ -3,9 +3,12 @@
 #include "consolehost.h"
 #include "drivecomm.h"
 #include "elashare.h"
+#include "handwheels.h"
 #include "lir940p.h"
 #include "machinewords.h"
 #include "pultshare.h"
+#include "remotepanel.h"
+#include "virtualaxis.h"
 
 #include <QList>
 #include <QMap>
@@ -111,21 +114,21 @@ public slots:
     void onPhaseAlarm(bool on) { m_words->phases(on); }          // true: the phases are wrong
 
     // Virtual axes: coordinates and soft limits in mm or deg, end switches.
-    void onChangedX(float value) { showVirtualCoord(X, value); }
-    void onChangedZ(float value) { showVirtualCoord(Z, value); }
-    void onChangedPHI(float value) { showVirtualCoord(Phi, value); }
-    void onChangedMaxLimitX(float value) { m_virtual[X].maxLimit = value; }
-    void onChangedMinLimitX(float value) { m_virtual[X].minLimit = value; }
-    void onChangedMaxLimitZ(float value) { m_virtual[Z].maxLimit = value; }
-    void onChangedMinLimitZ(float value) { m_virtual[Z].minLimit = value; }
-    void onChangedMaxLimitPHI(float value) { m_virtual[Phi].maxLimit = value; }
-    void onChangedMinLimitPHI(float value) { m_virtual[Phi].minLimit = value; }
-    void onChangedEpX(bool state) { setVirtualEnd(X, true, state); }
-    void onChangedEpZ(bool state) { setVirtualEnd(Z, true, state); }
-    void onChangedEpPHI(bool state) { setVirtualEnd(Phi, true, state); }
-    void onChangedNpX(bool state) { setVirtualEnd(X, false, state); }
-    void onChangedNpZ(bool state) { setVirtualEnd(Z, false, state); }
-    void onChangedNpPHI(bool state) { setVirtualEnd(Phi, false, state); }
+    void onChangedX(float value) { m_virtual[X]->setCoord(value); }
+    void onChangedZ(float value) { m_virtual[Z]->setCoord(value); }
+    void onChangedPHI(float value) { m_virtual[Phi]->setCoord(value); }
+    void onChangedMaxLimitX(float value) { m_virtual[X]->setMaxLimit(value); }
+    void onChangedMinLimitX(float value) { m_virtual[X]->setMinLimit(value); }
+    void onChangedMaxLimitZ(float value) { m_virtual[Z]->setMaxLimit(value); }
+    void onChangedMinLimitZ(float value) { m_virtual[Z]->setMinLimit(value); }
+    void onChangedMaxLimitPHI(float value) { m_virtual[Phi]->setMaxLimit(value); }
+    void onChangedMinLimitPHI(float value) { m_virtual[Phi]->setMinLimit(value); }
+    void onChangedEpX(bool state) { m_virtual[X]->setMaxSwitch(state); }
+    void onChangedEpZ(bool state) { m_virtual[Z]->setMaxSwitch(state); }
+    void onChangedEpPHI(bool state) { m_virtual[Phi]->setMaxSwitch(state); }
+    void onChangedNpX(bool state) { m_virtual[X]->setMinSwitch(state); }
+    void onChangedNpZ(bool state) { m_virtual[Z]->setMinSwitch(state); }
+    void onChangedNpPHI(bool state) { m_virtual[Phi]->setMinSwitch(state); }
 
     // What the vacuum panel tells (gui_status.cpp).
     void changedMode(uint value);     // regime number; 0xFFFFFFFF is the abnormal end
@@ -151,51 +154,42 @@ public slots:
     void onSystemShutdown();
     void onEndAsked(); // by a signal of the system
 
-    // Handwheels (gui_handwheels.cpp). `delta` is in detents, `mult` the index of the step, 0 to 3. Each
-    // increment is one command: the axis of the controller, the distance, and the axis's maximum speed.
+    // Handwheels. `delta` is in detents, `mult` the index of the step, 0 to 3.
     void onLirChanged(int channel, int delta);
-    void lirChangedX(int delta, int mult)
-    {
-        lirStep(QStringLiteral("LX"), QStringLiteral("LX"), delta, mult);
-    }
-    void lirChangedY(int delta, int mult)
-    {
-        lirStep(QStringLiteral("LY"), QStringLiteral("LY"), delta, mult);
-    }
-    void lirChangedA(int delta, int mult) { lirStep(QStringLiteral("A"), QStringLiteral("A"), delta, mult); }
-    void lirChangedB(int delta, int mult) { lirStep(QStringLiteral("B"), QStringLiteral("B"), delta, mult); }
-    void lirChangedC(int delta, int mult) { lirStep(QStringLiteral("C"), QStringLiteral("C"), delta, mult); }
-    void lirChangedD(int delta, int mult) { lirStep(QStringLiteral("D"), QStringLiteral("D"), delta, mult); }
-    // The maximum of the pair stands under "U1", so the speed sent is 0: the controller's programs have never
-    // seen another.
-    void lirChangedU(int delta, int mult) { lirStep(QStringLiteral("U"), QStringLiteral("U"), delta, mult); }
-    void lirChangedV(int delta, int mult) { lirStep(QStringLiteral("V"), QStringLiteral("V"), delta, mult); }
-    void lirChangedPult(int delta);
+    void lirChangedX(int delta, int mult) { m_wheels->step(QStringLiteral("LX"), delta, mult); }
+    void lirChangedY(int delta, int mult) { m_wheels->step(QStringLiteral("LY"), delta, mult); }
+    void lirChangedA(int delta, int mult) { m_wheels->step(QStringLiteral("A"), delta, mult); }
+    void lirChangedB(int delta, int mult) { m_wheels->step(QStringLiteral("B"), delta, mult); }
+    void lirChangedC(int delta, int mult) { m_wheels->step(QStringLiteral("C"), delta, mult); }
+    void lirChangedD(int delta, int mult) { m_wheels->step(QStringLiteral("D"), delta, mult); }
+    void lirChangedU(int delta, int mult) { m_wheels->step(QStringLiteral("U"), delta, mult); }
+    void lirChangedV(int delta, int mult) { m_wheels->step(QStringLiteral("V"), delta, mult); }
+    void lirChangedPult(int delta) { m_wheels->turnPanel(delta); }
 
-    // Remote panel (gui_handwheels.cpp). While it is on it has the third wheel to itself.
-    void onChangedPultState(bool state);
-    void onChangedPultRegime(uint regime); // 2: F2, 3: F3, any other: F1
+    // Remote panel.
+    void onChangedPultState(bool state) { m_pult->setOn(state); }
+    void onChangedPultRegime(uint regime) { m_pult->setRegime(regime); }
 
 private slots:
     // Buttons of the form, bound by name (gui_commands.cpp).
     void on_sbDrives_clicked();
     void on_sbTrans_clicked();
     void on_pbStop_clicked();
-    void on_sbDistPult_clicked();
+    void on_sbDistPult_clicked() { m_pult->press(); }
     void on_sbLightSpiral_clicked();
     void on_pbEndlessV_clicked();
-    void on_speedX_clicked() { speedSelector(X); }
-    void on_speedZ_clicked() { speedSelector(Z); }
-    void on_speedPHI_clicked() { speedSelector(Phi); }
-    void on_coordX_clicked() { fixedMove(X); }
-    void on_coordZ_clicked() { fixedMove(Z); }
-    void on_coordPHI_clicked() { fixedMove(Phi); }
-    void on_pbInfoX_clicked() { axisInfo(X); }
-    void on_pbInfoZ_clicked() { axisInfo(Z); }
-    void on_pbInfoPHI_clicked() { axisInfo(Phi); }
-    void on_lblLir1_clicked(); // gui_handwheels.cpp
-    void on_lblLir2_clicked();
-    void on_lblLir3_clicked();
+    void on_speedX_clicked() { m_virtual[X]->chooseSpeed(); }
+    void on_speedZ_clicked() { m_virtual[Z]->chooseSpeed(); }
+    void on_speedPHI_clicked() { m_virtual[Phi]->chooseSpeed(); }
+    void on_coordX_clicked() { m_virtual[X]->moveFixed(readyToMove()); }
+    void on_coordZ_clicked() { m_virtual[Z]->moveFixed(readyToMove()); }
+    void on_coordPHI_clicked() { m_virtual[Phi]->moveFixed(readyToMove()); }
+    void on_pbInfoX_clicked() { m_virtual[X]->showInfo(); }
+    void on_pbInfoZ_clicked() { m_virtual[Z]->showInfo(); }
+    void on_pbInfoPHI_clicked() { m_virtual[Phi]->showInfo(); }
+    void on_lblLir1_clicked() { m_wheels->openMenu(Handwheels::Left); }
+    void on_lblLir2_clicked() { m_wheels->openMenu(Handwheels::Right); }
+    void on_lblLir3_clicked() { m_wheels->openMenu(Handwheels::Remote); }
     void on_pbPoint_clicked();
     void on_pbConstants_clicked();
     void on_pbCalc_clicked();
@@ -211,55 +205,32 @@ protected:
 private:
     enum VirtualIndex { X, Z, Phi };
 
-    // A virtual axis: the controller computes it from several drives, so it is no Axis.
-    struct VirtualAxis
-    {
-        QString name; // as in commands
-        QString unit;
-        PoLabel* coordLabel;
-        PoLabel* speedLabel;
-        PoSprite* lamp;
-        QPushButton* plus;  // jogs in the negative direction
-        QPushButton* minus; // jogs in the positive direction
-        QPushButton* info;
-        float value = 0;    // mm or deg
-        float maxLimit = 0; // soft limits as last told
-        float minLimit = 0;
-        bool atMax = false; // end switches
-        bool atMin = false;
-    };
-
     // Fingers on the jog buttons of the virtual axes (gui_commands.cpp). No slots: bound by name they would
     // follow the button, which a limit switch releases under the finger. Names and directions cross:
     // the controller counts these axes against the arrows on the machine.
-    void on_pbMinusX_pressed() { jogForward(X); }
-    void on_pbMinusX_released() { endJog(X); }
-    void on_pbPlusX_pressed() { jogBack(X); }
-    void on_pbPlusX_released() { endJog(X); }
-    void on_pbMinusZ_pressed() { jogForward(Z); }
-    void on_pbMinusZ_released() { endJog(Z); }
-    void on_pbPlusZ_pressed() { jogBack(Z); }
-    void on_pbPlusZ_released() { endJog(Z); }
-    void on_pbMinusPHI_pressed() { jogForward(Phi); }
-    void on_pbMinusPHI_released() { endJog(Phi); }
-    void on_pbPlusPHI_pressed() { jogBack(Phi); }
-    void on_pbPlusPHI_released() { endJog(Phi); }
-    void jogForward(VirtualIndex index);
-    void jogBack(VirtualIndex index);
-    void startJog(VirtualIndex index, const QString& speed, const QString& direction);
-    void endJog(VirtualIndex index);
+    void on_pbMinusX_pressed() { m_virtual[X]->jogForward(); }
+    void on_pbMinusX_released() { m_virtual[X]->endJog(); }
+    void on_pbPlusX_pressed() { m_virtual[X]->jogBack(); }
+    void on_pbPlusX_released() { m_virtual[X]->endJog(); }
+    void on_pbMinusZ_pressed() { m_virtual[Z]->jogForward(); }
+    void on_pbMinusZ_released() { m_virtual[Z]->endJog(); }
+    void on_pbPlusZ_pressed() { m_virtual[Z]->jogBack(); }
+    void on_pbPlusZ_released() { m_virtual[Z]->endJog(); }
+    void on_pbMinusPHI_pressed() { m_virtual[Phi]->jogForward(); }
+    void on_pbMinusPHI_released() { m_virtual[Phi]->endJog(); }
+    void on_pbPlusPHI_pressed() { m_virtual[Phi]->jogBack(); }
+    void on_pbPlusPHI_released() { m_virtual[Phi]->endJog(); }
 
     // Construction, in the order of the calls.
     void initManager();
-    void initSprites();
+    void initVirtualAxes();
     void initLocks();
     void initStateButtons();
     void initDrives();
     void loadIni();
     void connectPanels();
     void initMessages();
-    void initGeometry();
-    void initPresets();
+    void initWheels();
     void startClock();
     void startDump();
 
@@ -276,21 +247,8 @@ private:
     void drawChannelState(int channel, PoLabel* label, uint state);
     void drawChannelMode(PoLabel* label, uint mode);
     void updateTrans();
-    void showVirtualCoord(VirtualIndex index, float value);
-    void setVirtualEnd(VirtualIndex index, bool maximum, bool on);
-    void speedSelector(VirtualIndex index);
-    void fixedMove(VirtualIndex index);
-    void axisInfo(VirtualIndex index);
+    bool readyToMove() const;
     void closeWithLine(const QString& line);
-
-    // `name` is the wheel's in the journal, `parameter` its assignment, `use` the label that tells it.
-    void lirMenu(const QString& name, QString* parameter, PoLabel* label, QLabel* use);
-    void lirMenuEla(const QString& name, QString* parameter, PoLabel* label, QLabel* use);
-    void freeWheel(const QString& name, QString* parameter, QLabel* use);
-    void giveWheelToEla(const QString& name, QString* parameter, QLabel* use);
-    void showWheel(const QString& parameter, QLabel* use); // a wheel without an axis stays as it is
-    void lirStep(const QString& axis, const QString& speedKey, int delta, int mult);
-    void shareWheels();
 
     std::unique_ptr<Ui::Gui> ui;
     Autorization::Manager* m_manager = nullptr;
@@ -300,28 +258,21 @@ private:
     float m_dumpValues[10] = {}; // positions of the drives, for the flight recorder
     DumpCreator* m_dump = nullptr;
     DriveTCPthread m_drives;
-    QList<QString> m_lirAxes; // axes that a handwheel can take
     QMap<QString, Axis*> m_axis;
-    QMap<QString, int> m_maxSpeed;   // mm/min or deg/min by axis name
     QMap<QString, PoLabel*> m_coord; // coordinate labels by axis name
     QMap<QString, Lock*> m_locks;
     QString m_userRights, m_userName; // as they stood after the first login
     MachineWords* m_words = nullptr;  // child of the window
     QTimer m_timer;
     Lir940p m_lir;
-    QMap<QString, int> m_lirMult;             // handwheel multiplier index by axis, 0 to 3
-    QMap<QString, QList<float>> m_presets;    // handwheel steps of beam parameters
-    QString m_lirLeft, m_lirRight, m_lirDist; // what each handwheel drives, empty for nothing
+    Handwheels* m_wheels = nullptr;           // child of the window
+    RemotePanel* m_pult = nullptr;            // child of the window
     QLabel* m_blockLabel = nullptr;           // the overlay of the key switch, null when there is none
     int m_modeMinutes = 0, m_modeSeconds = 0; // time of the vacuum algorithm
     ElaSharedMemory m_elaShare;
     PultShare m_pultShare;
-    bool m_secondLX = false, m_secondU = false; // the second axis of the pair is shown
     bool m_drivesConnected = false;
     uint m_channel1State = 0;
-    uint m_virtualState = 0; // of the virtual axes together
     bool m_drivesOn = false;
-    bool m_pultOn = false;
-    uint m_pultRegime = 0;
-    std::array<VirtualAxis, 3> m_virtual; // in the order of VirtualIndex
+    std::array<VirtualAxis*, 3> m_virtual{}; // in the order of VirtualIndex, children of the window
 };

@@ -2,16 +2,13 @@
 
 #include "autorization_manager.h"
 #include "axis.h"
-#include "axisinfo.h"
 #include "constants.h"
 #include "desktopprogram.h"
-#include "fixedmove.h"
 #include "inform.h"
 #include "joghold.h"
 #include "kvs.h"
 #include "point.h"
 #include "ratecalc.h"
-#include "selector.h"
 #include "site.h"
 #include "statebutton.h"
 #include "ui_gui.h"
@@ -23,8 +20,7 @@
 
 namespace {
 
-constexpr int kConfirmTime = 5;                          // s; no answer counts as no
-const float kSpeedShares[] = {2.5F, 5, 10, 25, 50, 100}; // % of the maximum
+constexpr int kConfirmTime = 5; // s; no answer counts as no
 
 } // namespace
 
@@ -59,16 +55,6 @@ void Gui::on_pbStop_clicked()
         ui->pbEndlessV->setChecked(false);
         axis(QStringLiteral("V"))->onEndlessClicked(false);
     }
-}
-
-void Gui::on_sbDistPult_clicked()
-{
-    const bool on = ui->sbDistPult->state() != StateButton::On;
-    prgMessage(on ? QStringLiteral("[I]Нажата кнопка 'Включить дистанционный пульт'")
-                  : QStringLiteral("[I]Нажата кнопка 'Выключить дистанционный пульт'"),
-               false);
-    m_drives.command(on ? QStringLiteral("PULT ON") : QStringLiteral("PULT OFF"));
-    m_pultOn = on;
 }
 
 void Gui::on_sbLightSpiral_clicked()
@@ -118,92 +104,16 @@ void Gui::connectVirtualJog()
     }
 }
 
-void Gui::jogForward(VirtualIndex index)
+bool Gui::readyToMove() const
 {
-    const double speed = double(m_virtual[index].speedLabel->value());
-    startJog(index, QString::number(speed), QStringLiteral("положительном"));
-}
-
-void Gui::jogBack(VirtualIndex index)
-{
-    const double speed = double(m_virtual[index].speedLabel->value());
-    // PHI is slow enough in the negative direction for one decimal; the controller is used to it.
-    const QString number = index == Phi ? QString::number(speed, 'f', 1) : QString::number(speed);
-    startJog(index, QLatin1Char('-') + number, QStringLiteral("отрицательном"));
-}
-
-void Gui::startJog(VirtualIndex index, const QString& speed, const QString& direction)
-{
-    const QString& name = m_virtual[index].name;
-    m_drives.command(QStringLiteral("MOVE(%1,%2)").arg(name, speed));
-    prgMessage(QStringLiteral("[C]Выполнение ручного перемещение по виртуальной оси %1 в %2 направлении...")
-                   .arg(name, direction),
-               true);
-}
-
-void Gui::endJog(VirtualIndex index)
-{
-    const QString& name = m_virtual[index].name;
-    m_drives.command(QStringLiteral("MOVE(%1,0)").arg(name));
-    prgMessage(QStringLiteral("[I]Завершено ручное перемещение по виртуальной оси %1").arg(name), true);
-}
-
-// What is chosen for a virtual axis shows on its label and nowhere else: the journal tells of its moves
-// alone.
-void Gui::speedSelector(VirtualIndex index)
-{
-    const VirtualAxis& virtualAxis = m_virtual[index];
-    QList<float> values;
-    for (float share : kSpeedShares)
-        values << share / 100 * float(m_maxSpeed.value(virtualAxis.name));
-    Selector selector(virtualAxis.name, virtualAxis.unit, values, QStringLiteral("Произвольная скорость"), 0,
-                      virtualAxis.speedLabel);
-    if (selector.exec() == QDialog::Accepted)
-        virtualAxis.speedLabel->setValue(selector.value(), 0);
-}
-
-void Gui::fixedMove(VirtualIndex index)
-{
-    const VirtualAxis& virtualAxis = m_virtual[index];
-    prgMessage(QStringLiteral("[I]Открыто окно фиксированного перемещения по оси %1").arg(virtualAxis.name),
-               false);
-    FixedMove dialog(virtualAxis.name, virtualAxis.unit, &m_drives, virtualAxis.speedLabel->whole(), 1,
-                     virtualAxis.coordLabel);
-    connect(&m_drives, &DriveTCPthread::changedDrivesOn, &dialog, &FixedMove::onDriveState);
-    connect(&m_drives, &DriveTCPthread::changedChannelState1, &dialog, &FixedMove::onChannelState);
-    dialog.onDriveState(m_drivesOn && m_channel1State != DriveStatus::channelRuns);
-    dialog.exec();
-}
-
-// What the dialog of a virtual axis shows is of the moment of its opening; only the limits of Z and PHI stay
-// live. These axes have no drive of their own: nothing hears the parking and the clearing of errors.
-void Gui::axisInfo(VirtualIndex index)
-{
-    const VirtualAxis& virtualAxis = m_virtual[index];
-    AxisInfo dialog(virtualAxis.name, &m_drives, virtualAxis.info);
-    connect(&dialog, &AxisInfo::message, this, &Gui::prgMessage);
-    dialog.onVirtualStateChanged(m_virtualState);
-    dialog.onCoordChanged(virtualAxis.value);
-    dialog.onSpeedChanged(virtualAxis.speedLabel->whole());
-    dialog.onEpPlusChanged(virtualAxis.atMax);
-    dialog.onEpMinusChanged(virtualAxis.atMin);
-    dialog.onMaxLimChanged(virtualAxis.maxLimit);
-    dialog.onMinLimChanged(virtualAxis.minLimit);
-    if (index == Z) {
-        connect(&m_drives, &DriveTCPthread::changedMaxLimZ, &dialog, &AxisInfo::onMaxLimChanged);
-        connect(&m_drives, &DriveTCPthread::changedMinLimZ, &dialog, &AxisInfo::onMinLimChanged);
-    } else if (index == Phi) {
-        connect(&m_drives, &DriveTCPthread::changedMaxLimPHI, &dialog, &AxisInfo::onMaxLimChanged);
-        connect(&m_drives, &DriveTCPthread::changedMinLimPHI, &dialog, &AxisInfo::onMinLimChanged);
-    }
-    dialog.exec();
+    return m_drivesOn && m_channel1State != DriveStatus::channelRuns;
 }
 
 void Gui::on_pbPoint_clicked()
 {
     prgMessage(QStringLiteral("[I]Нажата кнопка 'Координаты точек'"), false);
     QList<float> coords;
-    for (const QString& name : qAsConst(m_lirAxes))
+    for (const QString& name : Point::axes())
         coords << coord(name);
     prgMessage(QStringLiteral("[I]Открыто окно 'Координаты точки'"), false);
     Point dialog(&m_drives, coords, ui->pbPoint);

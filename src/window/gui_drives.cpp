@@ -17,8 +17,8 @@ struct DriveRow
     const char* name;   // as in commands
     const char* widget; // tail of its row's object names
     const char* unit;
-    int channel; // NC channel whose programs move it
-    const char* speedKey;
+    int channel;  // NC channel whose programs move it
+    int maxSpeed; // units a minute
     void (DriveStatus::*position)(float);
     void (DriveStatus::*state)(int);
     void (DriveStatus::*minSwitch)(bool);
@@ -30,40 +30,32 @@ struct DriveRow
 using S = DriveStatus;
 
 const DriveRow kDrives[] = {
-    {"LX", "LX", "мм", 1, "LX", &S::changedLX1, &S::changedStateLX1, &S::changedLXmin, &S::changedLXmax,
+    {"LX", "LX", "мм", 1, 3000, &S::changedLX1, &S::changedStateLX1, &S::changedLXmin, &S::changedLXmax,
      &S::changedMinLimLX, &S::changedMaxLimLX},
-    {"LX2", "LX2", "мм", 1, "LX", &S::changedLX2, &S::changedStateLX2, &S::changedLXmin, &S::changedLXmax,
+    {"LX2", "LX2", "мм", 1, 3000, &S::changedLX2, &S::changedStateLX2, &S::changedLXmin, &S::changedLXmax,
      &S::changedMinLimLX, &S::changedMaxLimLX},
-    {"LY", "LY", "мм", 1, "LY", &S::changedLY, &S::changedStateLY, &S::changedLYmin, &S::changedLYmax,
+    {"LY", "LY", "мм", 1, 3000, &S::changedLY, &S::changedStateLY, &S::changedLYmin, &S::changedLYmax,
      &S::changedMinLimLY, &S::changedMaxLimLY},
-    {"A", "A", "град", 1, "A", &S::changedA, &S::changedStateA, &S::changedAmin, &S::changedAmax,
+    {"A", "A", "град", 1, 360, &S::changedA, &S::changedStateA, &S::changedAmin, &S::changedAmax,
      &S::changedMinLimA, &S::changedMaxLimA},
-    {"B", "B", "град", 1, "B", &S::changedB, &S::changedStateB, &S::changedBmin, &S::changedBmax,
+    {"B", "B", "град", 1, 720, &S::changedB, &S::changedStateB, &S::changedBmin, &S::changedBmax,
      &S::changedMinLimB, &S::changedMaxLimB},
-    {"C", "C", "град", 1, "C", &S::changedC, &S::changedStateC, &S::changedCmin, &S::changedCmax,
+    {"C", "C", "град", 1, 900, &S::changedC, &S::changedStateC, &S::changedCmin, &S::changedCmax,
      &S::changedMinLimC, &S::changedMaxLimC},
-    {"D", "D", "град", 1, "D", &S::changedD, &S::changedStateD, &S::changedDmin, &S::changedDmax,
+    {"D", "D", "град", 1, 900, &S::changedD, &S::changedStateD, &S::changedDmin, &S::changedDmax,
      &S::changedMinLimD, &S::changedMaxLimD},
-    {"U1", "U", "град", 2, "U1", &S::changedU1, &S::changedStateU1, &S::changedUmin, &S::changedUmax,
+    {"U1", "U", "град", 2, 120, &S::changedU1, &S::changedStateU1, &S::changedUmin, &S::changedUmax,
      &S::changedMinLimU, &S::changedMaxLimU},
-    {"U2", "U2", "град", 2, "U1", &S::changedU2, &S::changedStateU2, &S::changedUmin, &S::changedUmax,
+    {"U2", "U2", "град", 2, 120, &S::changedU2, &S::changedStateU2, &S::changedUmin, &S::changedUmax,
      &S::changedMinLimU, &S::changedMaxLimU},
-    {"V", "V", "град", 2, "V", &S::changedV, &S::changedStateV, &S::changedVmin, &S::changedVmax,
+    {"V", "V", "град", 2, 2160, &S::changedV, &S::changedStateV, &S::changedVmin, &S::changedVmax,
      &S::changedMinLimV, &S::changedMaxLimV},
-};
-
-const QMap<QString, int> kMaxSpeed = {
-    {QStringLiteral("LX"), 3000}, {QStringLiteral("LY"), 3000}, {QStringLiteral("A"), 360},
-    {QStringLiteral("B"), 720},   {QStringLiteral("C"), 900},   {QStringLiteral("D"), 900},
-    {QStringLiteral("U1"), 120},  {QStringLiteral("V"), 2160},  {QStringLiteral("X"), 3000},
-    {QStringLiteral("Z"), 3000},  {QStringLiteral("PHI"), 900},
 };
 
 } // namespace
 
 void Gui::initDrives()
 {
-    m_maxSpeed = kMaxSpeed;
     connectAxes();
     connectVirtualAxes();
     connectMachine();
@@ -78,17 +70,14 @@ void Gui::connectAxes()
         const QString name = QLatin1String(row.name);
         const QString tail = QLatin1String(row.widget);
         auto* coordLabel = findChild<PoLabel*>(QStringLiteral("coord") + tail);
-        const bool leadsPair = name == QLatin1String("LX") || name == QLatin1String("U1");
-        const bool secondShown = leadsPair && (name == QLatin1String("LX") ? m_secondLX : m_secondU);
 
-        auto* axis = new Axis(name, QString::fromUtf8(row.unit), number++, row.channel,
-                              m_maxSpeed.value(QLatin1String(row.speedKey)), &m_drives,
-                              findChild<PoSprite*>(QStringLiteral("ind") + tail), coordLabel,
+        auto* axis = new Axis(name, QString::fromUtf8(row.unit), number++, row.channel, row.maxSpeed,
+                              &m_drives, findChild<PoSprite*>(QStringLiteral("ind") + tail), coordLabel,
                               findChild<PoLabel*>(QStringLiteral("speed") + tail),
                               findChild<QPushButton*>(QStringLiteral("pbPlus") + tail),
                               findChild<QPushButton*>(QStringLiteral("pbMinus") + tail),
                               findChild<QPushButton*>(QStringLiteral("pbInfo") + tail),
-                              name == QLatin1String("V") && ui->pbEndlessV->isChecked(), secondShown);
+                              name == QLatin1String("V") && ui->pbEndlessV->isChecked(), false);
         m_axis.insert(name, axis);
         // The second axis of a pair has no coordinate of its own in programs and points.
         if (!name.endsWith(QLatin1Char('2')))
@@ -114,10 +103,32 @@ void Gui::connectAxes()
     connect(this, &Gui::signalSecondUPanelShow, u, &Axis::onSecondAxisShow);
 }
 
+void Gui::initVirtualAxes()
+{
+    const struct
+    {
+        const char* name;
+        const char* unit;
+        int maxSpeed; // units a minute
+    } rows[] = {{"X", "мм", 3000}, {"Z", "мм", 3000}, {"PHI", "град", 900}};
+    for (const VirtualIndex index : {X, Z, Phi}) {
+        const QString name = QLatin1String(rows[index].name);
+        const VirtualAxis::Row row{findChild<PoLabel*>(QStringLiteral("coord") + name),
+                                   findChild<PoLabel*>(QStringLiteral("speed") + name),
+                                   findChild<PoSprite*>(QStringLiteral("ind") + name),
+                                   findChild<QPushButton*>(QStringLiteral("pbPlus") + name),
+                                   findChild<QPushButton*>(QStringLiteral("pbMinus") + name),
+                                   findChild<QPushButton*>(QStringLiteral("pbInfo") + name)};
+        m_virtual[index] = new VirtualAxis(name, QString::fromUtf8(rows[index].unit), rows[index].maxSpeed,
+                                           row, &m_drives, this);
+        m_coord.insert(name, row.coord);
+        connect(m_virtual[index], &VirtualAxis::message, this, &Gui::prgMessage);
+        connect(m_virtual[index], &VirtualAxis::coordChanged, ui->contour, &CONTOUR::onCoordsChanged);
+    }
+}
+
 void Gui::connectVirtualAxes()
 {
-    for (const VirtualAxis& virtualAxis : m_virtual)
-        m_coord.insert(virtualAxis.name, virtualAxis.coordLabel);
     connect(&m_drives, &DriveTCPthread::changedX, this, &Gui::onChangedX);
     connect(&m_drives, &DriveTCPthread::changedZ, this, &Gui::onChangedZ);
     connect(&m_drives, &DriveTCPthread::changedPHI, this, &Gui::onChangedPHI);
@@ -145,15 +156,7 @@ void Gui::connectMachine()
     connect(&m_drives, &DriveTCPthread::changedDrivesOn, ui->contour, &CONTOUR::onDriveState);
     connect(&m_drives, &DriveTCPthread::changedTransOn, this, &Gui::onChangedTransOn);
     connect(&m_drives, &DriveTCPthread::changedTransOn, ui->contour, &CONTOUR::onVirtualMode);
-    // The panel told anew by a link that came back is no news, unless a press has run ahead of the
-    // controller.
-    connect(&m_drives, &DriveTCPthread::changedPultOn, this,
-            [this, told = std::optional<bool>()](bool on) mutable {
-                if (told == on && m_pultOn == on)
-                    return;
-                told = on;
-                onChangedPultState(on);
-            });
+    connect(&m_drives, &DriveTCPthread::changedPultOn, m_pult, &RemotePanel::tell);
     connectChanges(&m_drives, &DriveTCPthread::changedChannelState1, this, &Gui::onChangedChannelState1);
     connectChanges(&m_drives, &DriveTCPthread::changedChannelState2, this, &Gui::onChangedChannelState2);
     connectChanges(&m_drives, &DriveTCPthread::changedChannelState3, this, &Gui::onChangedChannelState3);

@@ -92,17 +92,12 @@ void Gui::onChangedTransOn(bool value)
         ui->pbInfoD->setGeometry(QRect(QPoint(385, 435), QPoint(439, 489)));
         ui->frameManip->setGeometry(QRect(QPoint(10, 80), QPoint(459, 579)));
     }
-    for (const VirtualAxis& axis : m_virtual)
-        axis.coordLabel->setValue(axis.value, 2);
-    // Green whatever the drives say: operators know each change of the mode by it. Only the next change of
-    // the virtual axes' state puts the lamps right.
-    for (const VirtualAxis& axis : m_virtual)
-        axis.lamp->setSprite(1);
+    for (VirtualAxis* axis : m_virtual)
+        axis->modeChanged();
 }
 
 void Gui::showSecondLXAxis(bool state)
 {
-    m_secondLX = state;
     ui->frmLX2->setVisible(state);
     ui->pbInfoLX2->setVisible(state);
     emit signalSecondXPanelShow(state);
@@ -110,7 +105,6 @@ void Gui::showSecondLXAxis(bool state)
 
 void Gui::showSecondUAxis(bool state)
 {
-    m_secondU = state;
     ui->frmU2->setVisible(state);
     ui->pbInfoU2->setVisible(state);
     emit signalSecondUPanelShow(state);

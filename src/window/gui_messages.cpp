@@ -44,9 +44,10 @@ void Gui::connectMessages()
 QString Gui::CNCMessage(uint number) const
 {
     return cncMessage(number, [this](CNCValue value, const QString& name) -> double {
-        for (const VirtualAxis& axis : m_virtual) {
-            if (axis.name == name)
-                return double(value == CNCValue::MinLimit ? axis.minLimit : axis.maxLimit);
+        for (const VirtualAxis* virtualAxis : m_virtual) {
+            if (virtualAxis->name() == name)
+                return double(value == CNCValue::MinLimit ? virtualAxis->minLimit()
+                                                          : virtualAxis->maxLimit());
         }
         const Axis* drive = axis(name);
         switch (value) {

@@ -178,34 +178,14 @@ void Gui::onChangedChannelMode3(uint mode)
 
 void Gui::onChangedStateVirtual(uint value)
 {
-    m_virtualState = value;
-    VirtualAxisStateChanged(value);
+    for (VirtualAxis* axis : m_virtual)
+        axis->setState(value);
 }
 
 void Gui::VirtualAxisStateChanged(uint state)
 {
-    static constexpr int kLamps[] = {0, 2, 1, 4, 2}; // gray, yellow, green, red, yellow
-    if (state >= count(kLamps))
-        return;
-    for (const VirtualAxis& axis : m_virtual)
-        axis.lamp->setSprite(kLamps[state]);
-}
-
-void Gui::showVirtualCoord(VirtualIndex index, float value)
-{
-    VirtualAxis& axis = m_virtual[index];
-    axis.value = value;
-    axis.coordLabel->setValue(value, 2);
-    ui->contour->onCoordsChanged();
-}
-
-// The controller reports the ends of the virtual axes by the buttons that drive towards them: the maximum
-// takes away plus, whose command is the negative one.
-void Gui::setVirtualEnd(VirtualIndex index, bool maximum, bool on)
-{
-    VirtualAxis& axis = m_virtual[index];
-    (maximum ? axis.atMax : axis.atMin) = on;
-    (maximum ? axis.plus : axis.minus)->setDisabled(on);
+    for (VirtualAxis* axis : m_virtual)
+        axis->showState(state);
 }
 
 void Gui::changedMode(uint value)

@@ -3,6 +3,7 @@
 #include "axisinfo.h"
 #include "drivecomm.h"
 #include "fixedmove.h"
+#include "joghold.h"
 #include "selector.h"
 #include "widgets.h"
 
@@ -29,6 +30,15 @@ VirtualAxis::VirtualAxis(const QString& name, const QString& unit, int maxSpeed,
     row.lamp->addPixmap(1, QStringLiteral(":/images/indicator_green.png"));
     row.lamp->addPixmap(2, QStringLiteral(":/images/indicator_yellow.png"));
     row.lamp->addPixmap(4, QStringLiteral(":/images/indicator_red.png"));
+    // The buttons' own released() comes early when a limit switch disables a held button; the hold follows
+    // the finger. Names and directions cross: the controller counts these axes against the arrows on the
+    // machine.
+    auto* minus = new JogHold(row.minus, this);
+    connect(minus, &JogHold::pressed, this, &VirtualAxis::jogForward);
+    connect(minus, &JogHold::released, this, &VirtualAxis::endJog);
+    auto* plus = new JogHold(row.plus, this);
+    connect(plus, &JogHold::pressed, this, &VirtualAxis::jogBack);
+    connect(plus, &JogHold::released, this, &VirtualAxis::endJog);
 }
 
 void VirtualAxis::setCoord(float value)

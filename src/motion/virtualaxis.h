@@ -45,10 +45,7 @@ public:
     void showState(uint state); // the lamp's part alone; above 4 it stays as it is
     void modeChanged();         // the window has turned to the virtual axes, or from them
 
-    // A finger on the row. The jog runs from the press to the lifting.
-    void jogForward();
-    void jogBack();
-    void endJog();
+    // Touches of the row. A jog runs as long as the finger is on its button.
     void chooseSpeed();
     void moveFixed(bool ready); // `ready`: the dialog's start is enabled at its opening
     void showInfo();
@@ -60,6 +57,9 @@ signals:
     void message(const QString& line, bool shown); // journal line; shown in the list too
 
 private:
+    void jogForward();
+    void jogBack();
+    void endJog();
     void startJog(const QString& speed, const QString& direction);
 
     const QString m_name;

@@ -7,7 +7,7 @@
 #include "joghold.h"
 #include "journal.h"
 #include "kvs.h"
-#include "lockview.h"
+#include "requiredpause.h"
 #include "site.h"
 #include "statebutton.h"
 #include "ui_gui.h"
@@ -16,12 +16,36 @@
 
 #include <QDateTime>
 #include <QLocale>
-#include <QShowEvent>
+#include <QTimer>
 
 namespace {
 
 constexpr int kTick = 1000;      // ms
 constexpr int kReconnect = 1000; // ms between two attempts to reach the motion controller
+
+// What the contour tab and the vacuum panel tell, and what they are told.
+void connectPanels(Gui* gui, CONTOUR* contour, KVS* kvs)
+{
+    QObject::connect(gui, &Gui::signalSystemStarted, kvs, &KVS::onSystemStarted);
+    QObject::connect(kvs, &KVS::onKVSConnected, gui, &Gui::onChangedKVSConnected);
+    QObject::connect(kvs, &KVS::onKVKConnected, gui, &Gui::onChangedKVKConnected);
+    QObject::connect(kvs, &KVS::message, gui, &Gui::prgMessage);
+    QObject::connect(contour, &CONTOUR::message, gui, &Gui::prgMessage);
+    QObject::connect(kvs, &KVS::turnSystemOff, gui, &Gui::onTurnSystemOff);
+    QObject::connect(kvs, &KVS::onChangedPressUnit, gui, &Gui::onChangedPressUnit);
+    QObject::connect(kvs, &KVS::signalChangedSpiralLock, gui, &Gui::onChangedSpiralLock);
+    QObject::connect(kvs, &KVS::signalChangedShutdownLock, gui, &Gui::onChangedShutdownLock);
+    QObject::connect(kvs, &KVS::signalChangedMode, gui, &Gui::changedMode);
+    QObject::connect(kvs, &KVS::signalChangedModeTime, gui, &Gui::changedModeTime);
+    QObject::connect(kvs, &KVS::signalChangedModeState, gui, &Gui::changedModeState);
+    QObject::connect(kvs, &KVS::changedChamberPressure, gui, &Gui::onChangedChamberPressure);
+    QObject::connect(kvs, &KVS::changedChamberPressureValid, gui, &Gui::onChangedChamberValid);
+    QObject::connect(kvs, &KVS::changedGunPressure, gui, &Gui::onChangedGunPressure);
+    QObject::connect(kvs, &KVS::changedGunPressureValid, gui, &Gui::onChangedGunValid);
+    QObject::connect(gui, &Gui::signalUserChange, kvs, &KVS::onUserChanged);
+    QObject::connect(gui, &Gui::signalUserChange, contour, &CONTOUR::onUserChanged);
+    QObject::connect(gui, &Gui::signalUserChange, gui, &Gui::onUserChanged);
+}
 
 } // namespace
 
@@ -35,21 +59,33 @@ Gui::Gui()
     addAction(ui->actExit); // its shortcut works although no menu shows it
 
     m_journal = std::make_unique<Journal>(ui->lwLog);
-    initManager();
+    m_manager =
+        new Autorization::Manager({this, ui->lblUserName, ui->lblUserRight, ui->pbChangeUser, ui->pbUsers});
+    connect(m_manager, &Autorization::Manager::message, this, &Gui::prgMessage);
     initVirtualAxes();
-    initLocks();
-    initStateButtons();
+    m_interlocks = std::make_unique<Interlocks>(
+        Interlocks::Buttons{ui->sbDrives, ui->sbTrans, ui->sbShutdown, ui->sbLightSpiral, ui->sbDistPult});
+    RequiredPause::actsAlways(ui->pbStop);
     initWheels();
     initDrives();
     loadIni();
 
     connect(&m_drives, &DriveTCPthread::disconnected, this, &Gui::disconnectedDrives);
     connectDrives();
-    connectPanels();
+    connectPanels(this, ui->contour, ui->kvs);
+    connect(&m_lir, &Lir940p::valueChanged, this, &Gui::onLirChanged);
     initMessages();
-    startClock();
+    auto* clock = new QTimer(this);
+    connect(clock, &QTimer::timeout, this, &Gui::onTimeChanged);
+    clock->start(kTick);
+    // Set once: a run that passes midnight belongs to the day on which it began, like its journal.
+    ui->lblDate->setText(
+        QLocale(QLocale::Russian).toString(QDate::currentDate(), QStringLiteral("dd.MM.yyyy, ddd")));
     m_journal->open();
-    startDump();
+    // The recorder is left to the end of the process: the console waits for no disk.
+    m_dump = new DumpCreator(QStringLiteral("pass"), 20, m_dumpValues);
+    m_dump->setDumpPath(site().root.isEmpty() ? QStringLiteral("dump") : site().programDir() + "/dump");
+    m_dump->startDump();
     emit signalSystemStarted();
 }
 
@@ -61,7 +97,7 @@ Gui::~Gui()
     ui->contour->keepForNextStart();
     delete m_manager; // writes the user file
     m_journal->close();
-    qDeleteAll(m_locks);
+    m_interlocks.reset();
     qDeleteAll(m_axis); // they save their speeds from labels that the base class destroys
     // The panels outlive everything that their reports need.
     ui->kvs->disconnect(this);
@@ -98,12 +134,11 @@ void Gui::messageToLog(const QString& time, const QString& str)
 
 bool Gui::autorizationAccepted()
 {
-    m_userGroup = m_manager->showAutorization();
-    emit signalUserChange(m_userGroup);
-    m_userRights = ui->lblUserRight->text();
-    m_userName = ui->lblUserName->text();
-    prgMessage(QStringLiteral("[I]Регистрация пользователя - ") + getUserName(), true);
-    return m_userGroup >= 0;
+    const int group = m_manager->showAutorization();
+    emit signalUserChange(group);
+    m_userName = ui->lblUserRight->text() + QLatin1Char(' ') + ui->lblUserName->text();
+    prgMessage(QStringLiteral("[I]Регистрация пользователя - ") + m_userName, true);
+    return group >= 0;
 }
 
 Axis* Gui::axis(const QString& name) const
@@ -119,52 +154,9 @@ float Gui::coord(const QString& name) const
     return label ? label->value() : 0.0F;
 }
 
-Lock* Gui::lock(const QString& key) const
-{
-    const auto i = m_locks.find(key);
-    Q_ASSERT(i != m_locks.end());
-    return i.value();
-}
-
-QString Gui::getUserName() const
-{
-    return m_userRights + QLatin1Char(' ') + m_userName;
-}
-
 float Gui::pressure() const
 {
     return ui->VacuumChamber->value();
-}
-
-void Gui::initManager()
-{
-    m_manager =
-        new Autorization::Manager({this, ui->lblUserName, ui->lblUserRight, ui->pbChangeUser, ui->pbUsers});
-    connect(m_manager, &Autorization::Manager::message, this, &Gui::prgMessage);
-}
-
-void Gui::connectPanels()
-{
-    connect(this, &Gui::signalSystemStarted, ui->kvs, &KVS::onSystemStarted);
-    connect(ui->kvs, &KVS::onKVSConnected, this, &Gui::onChangedKVSConnected);
-    connect(ui->kvs, &KVS::onKVKConnected, this, &Gui::onChangedKVKConnected);
-    connect(ui->kvs, &KVS::message, this, &Gui::prgMessage);
-    connect(ui->contour, &CONTOUR::message, this, &Gui::prgMessage);
-    connect(ui->kvs, &KVS::turnSystemOff, this, &Gui::onTurnSystemOff);
-    connect(ui->kvs, &KVS::onChangedPressUnit, this, &Gui::onChangedPressUnit);
-    connect(ui->kvs, &KVS::signalChangedSpiralLock, this, &Gui::onChangedSpiralLock);
-    connect(ui->kvs, &KVS::signalChangedShutdownLock, this, &Gui::onChangedShutdownLock);
-    connect(ui->kvs, &KVS::signalChangedMode, this, &Gui::changedMode);
-    connect(ui->kvs, &KVS::signalChangedModeTime, this, &Gui::changedModeTime);
-    connect(ui->kvs, &KVS::signalChangedModeState, this, &Gui::changedModeState);
-    connect(ui->kvs, &KVS::changedChamberPressure, this, &Gui::onChangedChamberPressure);
-    connect(ui->kvs, &KVS::changedChamberPressureValid, this, &Gui::onChangedChamberValid);
-    connect(ui->kvs, &KVS::changedGunPressure, this, &Gui::onChangedGunPressure);
-    connect(ui->kvs, &KVS::changedGunPressureValid, this, &Gui::onChangedGunValid);
-    connect(this, &Gui::signalUserChange, ui->kvs, &KVS::onUserChanged);
-    connect(this, &Gui::signalUserChange, ui->contour, &CONTOUR::onUserChanged);
-    connect(this, &Gui::signalUserChange, this, &Gui::onUserChanged);
-    connect(&m_lir, &Lir940p::valueChanged, this, &Gui::onLirChanged);
 }
 
 void Gui::initWheels()
@@ -206,37 +198,17 @@ void Gui::onLirChanged(int channel, int delta)
     }
 }
 
-void Gui::startClock()
-{
-    connect(&m_timer, &QTimer::timeout, this, &Gui::onTimeChanged);
-    m_timer.start(kTick);
-    // Set once: a run that passes midnight belongs to the day on which it began, like its journal.
-    ui->lblDate->setText(
-        QLocale(QLocale::Russian).toString(QDate::currentDate(), QStringLiteral("dd.MM.yyyy, ddd")));
-}
-
-// The recorder is left to the end of the process: the console waits for no disk.
-void Gui::startDump()
-{
-    m_dump = new DumpCreator(QStringLiteral("pass"), 20, m_dumpValues);
-    m_dump->setDumpPath(site().root.isEmpty() ? QStringLiteral("dump") : site().programDir() + "/dump");
-    m_dump->startDump();
-}
-
 void Gui::connectDrives()
 {
     const Endpoint& drive = site().drive;
-    if (!m_drives.connect(drive.host, drive.tcpPort, drive.udpPort)) {
+    if (m_drives.connect(drive.host, drive.tcpPort, drive.udpPort))
+        onChangedCNCConnected(true);
+    else
         disconnectedDrives();
-        return;
-    }
-    m_drivesConnected = true;
-    onChangedCNCConnected(true);
 }
 
 void Gui::disconnectedDrives()
 {
-    m_drivesConnected = false;
     onChangedCNCConnected(false);
     QTimer::singleShot(kReconnect, this, &Gui::connectDrives);
 }
@@ -255,10 +227,4 @@ void Gui::onTimeChanged()
 void Gui::onUserChanged(int state)
 {
     ui->pbConstants->setVisible(usergroup::maySetUp(state));
-}
-
-void Gui::showEvent(QShowEvent* event)
-{
-    QWidget::showEvent(event);
-    ui->lwLog->scrollToBottom(); // lines that came before the window had a size
 }

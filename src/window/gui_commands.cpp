@@ -5,7 +5,6 @@
 #include "constants.h"
 #include "desktopprogram.h"
 #include "inform.h"
-#include "joghold.h"
 #include "kvs.h"
 #include "point.h"
 #include "ratecalc.h"
@@ -21,6 +20,12 @@
 namespace {
 
 constexpr int kConfirmTime = 5; // s; no answer counts as no
+
+void closeWithLine(Gui* gui, const QString& line)
+{
+    gui->prgMessage(line, false);
+    QCoreApplication::exit(0);
+}
 
 } // namespace
 
@@ -82,33 +87,6 @@ void Gui::on_pbEndlessV_clicked()
     }
 }
 
-void Gui::connectVirtualJog()
-{
-    const struct
-    {
-        QPushButton* button;
-        void (Gui::*down)();
-        void (Gui::*up)();
-    } jogs[] = {
-        {ui->pbMinusX, &Gui::on_pbMinusX_pressed, &Gui::on_pbMinusX_released},
-        {ui->pbPlusX, &Gui::on_pbPlusX_pressed, &Gui::on_pbPlusX_released},
-        {ui->pbMinusZ, &Gui::on_pbMinusZ_pressed, &Gui::on_pbMinusZ_released},
-        {ui->pbPlusZ, &Gui::on_pbPlusZ_pressed, &Gui::on_pbPlusZ_released},
-        {ui->pbMinusPHI, &Gui::on_pbMinusPHI_pressed, &Gui::on_pbMinusPHI_released},
-        {ui->pbPlusPHI, &Gui::on_pbPlusPHI_pressed, &Gui::on_pbPlusPHI_released},
-    };
-    for (const auto& jog : jogs) {
-        auto* hold = new JogHold(jog.button, this);
-        connect(hold, &JogHold::pressed, this, jog.down);
-        connect(hold, &JogHold::released, this, jog.up);
-    }
-}
-
-bool Gui::readyToMove() const
-{
-    return m_drivesOn && m_channel1State != DriveStatus::channelRuns;
-}
-
 void Gui::on_pbPoint_clicked()
 {
     prgMessage(QStringLiteral("[I]Нажата кнопка 'Координаты точек'"), false);
@@ -156,8 +134,8 @@ void Gui::on_pbInformation_clicked()
 void Gui::on_pbChangeUser_clicked()
 {
     prgMessage(QStringLiteral("[I]Нажата кнопка 'Смена пользователя'"), false);
-    m_userGroup = m_manager->showAutorization();
-    if (m_userGroup == 1 || m_userGroup == 2) {
+    const int group = m_manager->showAutorization();
+    if (group == 1 || group == 2) {
         prgMessage(QStringLiteral("[I]Регистрация пользователя - %1 %2")
                        .arg(ui->lblUserRight->text(), ui->lblUserName->text()),
                    true);
@@ -165,7 +143,7 @@ void Gui::on_pbChangeUser_clicked()
         // Also for the administrator, who gets his rights all the same: his visits leave no name.
         prgMessage(QStringLiteral("[I]Смена пользователя не выполнена"), true);
     }
-    emit signalUserChange(m_userGroup);
+    emit signalUserChange(group);
 }
 
 void Gui::on_pbCloseProgram_clicked()
@@ -174,13 +152,13 @@ void Gui::on_pbCloseProgram_clicked()
                      QStringLiteral("Вы хотите выйти из программы оператора?"), ui->pbCloseProgram,
                      kConfirmTime);
     if (question.exec() == QDialog::Accepted)
-        closeWithLine(QStringLiteral("[I]Выполнен выход из программы автоматической сварки по кнопке"));
+        closeWithLine(this, QStringLiteral("[I]Выполнен выход из программы автоматической сварки по кнопке"));
 }
 
 void Gui::on_actExit_triggered()
 {
     closeWithLine(
-        QStringLiteral("[I]Выполнен выход из программы автоматической сварки по комбинации клавиш"));
+        this, QStringLiteral("[I]Выполнен выход из программы автоматической сварки по комбинации клавиш"));
 }
 
 void Gui::on_sbShutdown_clicked()
@@ -195,7 +173,8 @@ void Gui::on_sbShutdown_clicked()
 
 void Gui::onEndAsked()
 {
-    closeWithLine(QStringLiteral("[I]Выполнен выход из программы автоматической сварки по сигналу системы"));
+    closeWithLine(this,
+                  QStringLiteral("[I]Выполнен выход из программы автоматической сварки по сигналу системы"));
 }
 
 // The console ends whatever the system answers. Settings and users are saved at its end, and before the
@@ -207,11 +186,5 @@ void Gui::onSystemShutdown()
         qWarning("no power-off at this site");
     else if (site().shell("sudo /sbin/shutdown -h now") != 0)
         qWarning("the power-off was refused");
-    QCoreApplication::exit(0);
-}
-
-void Gui::closeWithLine(const QString& line)
-{
-    prgMessage(line, false);
     QCoreApplication::exit(0);
 }

@@ -52,18 +52,74 @@ const DriveRow kDrives[] = {
      &S::changedMinLimV, &S::changedMaxLimV},
 };
 
+void connectVirtualAxes(Gui* gui, DriveTCPthread* drives)
+{
+    const auto hear = [=](auto signal, auto slot) { QObject::connect(drives, signal, gui, slot); };
+    hear(&S::changedX, &Gui::onChangedX);
+    hear(&S::changedZ, &Gui::onChangedZ);
+    hear(&S::changedPHI, &Gui::onChangedPHI);
+    hear(&S::changedMaxLimX, &Gui::onChangedMaxLimitX);
+    hear(&S::changedMaxLimZ, &Gui::onChangedMaxLimitZ);
+    hear(&S::changedMaxLimPHI, &Gui::onChangedMaxLimitPHI);
+    hear(&S::changedMinLimX, &Gui::onChangedMinLimitX);
+    hear(&S::changedMinLimZ, &Gui::onChangedMinLimitZ);
+    hear(&S::changedMinLimPHI, &Gui::onChangedMinLimitPHI);
+    hear(&S::changedXmax, &Gui::onChangedEpX);
+    hear(&S::changedZmax, &Gui::onChangedEpZ);
+    hear(&S::changedPHImax, &Gui::onChangedEpPHI);
+    hear(&S::changedXmin, &Gui::onChangedNpX);
+    hear(&S::changedZmin, &Gui::onChangedNpZ);
+    hear(&S::changedPHImin, &Gui::onChangedNpPHI);
+    hear(&S::changedVirtualState, &Gui::onChangedStateVirtual);
+}
+
+void connectMachine(Gui* gui, DriveTCPthread* drives, const Ui::Gui& ui)
+{
+    const auto hear = [=](auto signal, auto slot) { QObject::connect(drives, signal, gui, slot); };
+    const auto hearChanges = [=](auto signal, auto slot) { connectChanges(drives, signal, gui, slot); };
+    QObject::connect(drives, &S::changedDrivesOn, ui.sbDrives, qOverload<bool>(&StateButton::setState));
+    hear(&S::changedDrivesOn, &Gui::onChangedDrivesState);
+    QObject::connect(drives, &S::changedDrivesOn, ui.contour, &CONTOUR::onDriveState);
+    hear(&S::changedTransOn, &Gui::onChangedTransOn);
+    QObject::connect(drives, &S::changedTransOn, ui.contour, &CONTOUR::onVirtualMode);
+    hearChanges(&S::changedChannelState1, &Gui::onChangedChannelState1);
+    hearChanges(&S::changedChannelState2, &Gui::onChangedChannelState2);
+    hearChanges(&S::changedChannelState3, &Gui::onChangedChannelState3);
+    QObject::connect(drives, &S::changedChannelState1, ui.contour, &CONTOUR::onChannel1State);
+    QObject::connect(drives, &S::changedChannelState2, ui.contour, &CONTOUR::onChannel2State);
+    QObject::connect(drives, &S::changedChannelState3, ui.contour, &CONTOUR::onChannel3State);
+    hear(&S::changedChannelMode1, &Gui::onChangedChannelMode1);
+    hear(&S::changedChannelMode2, &Gui::onChangedChannelMode2);
+    hear(&S::changedChannelMode3, &Gui::onChangedChannelMode3);
+    QObject::connect(drives, &S::changedAxisMoving, ui.contour, &CONTOUR::onAxisMoving);
+    hearChanges(&S::changedPortPultRegime, &Gui::onChangedPultRegime);
+    QObject::connect(drives, &S::changedDoorState, ui.kvs, &KVS::onDoorStateChanged);
+    hear(&S::changedKeyAccess, &Gui::onAccessChanged);
+    hear(&S::changedDrivesLock, &Gui::changedDrivesLock);
+    QObject::connect(drives, &S::changedPointNo, ui.contour, &CONTOUR::onChangedPointNo);
+}
+
+void connectWords(Gui* gui, DriveTCPthread* drives)
+{
+    const auto hear = [=](auto signal, auto slot) { QObject::connect(drives, signal, gui, slot); };
+    const auto hearChanges = [=](auto signal, auto slot) { connectChanges(drives, signal, gui, slot); };
+    // Four places in the datagram share this signal, and it does not say which: what they hold is told anew
+    // with each connection rather than an event be lost.
+    hear(&S::changedMessage, &Gui::onNewCNCMessage);
+    hearChanges(&S::changedCNCError, &Gui::onNewCNCError);
+    hearChanges(&S::changedDoorState, &Gui::onDoorStateChanged);
+    hearChanges(&S::changedTrModuleState, &Gui::onTrModuleStateChanged);
+    hear(&S::changedDrivePowerState, &Gui::onDrivePowerStateChanged);
+    hear(&S::changedLightState, &Gui::onLightStateChanged);
+    hearChanges(&S::changedAlarmState, &Gui::onAlarmStateChanged);
+    hearChanges(&S::changedSpiralPower, &Gui::onSpiralPowerOff);
+    hearChanges(&S::changedDrivesPower, &Gui::onDrivesPowerOff);
+    hearChanges(&S::changedPhaseAlarm, &Gui::onPhaseAlarm);
+}
+
 } // namespace
 
 void Gui::initDrives()
-{
-    connectAxes();
-    connectVirtualAxes();
-    connectMachine();
-    onChangedTransOn(false);
-    m_drives.setDumpValues(m_dumpValues);
-}
-
-void Gui::connectAxes()
 {
     int number = 0;
     for (const DriveRow& row : kDrives) {
@@ -101,76 +157,32 @@ void Gui::connectAxes()
     Axis* u = axis(QStringLiteral("U1"));
     connect(u, &Axis::secondAxis, this, &Gui::showSecondUAxis);
     connect(this, &Gui::signalSecondUPanelShow, u, &Axis::onSecondAxisShow);
+
+    connectVirtualAxes(this, &m_drives);
+    connectMachine(this, &m_drives, *ui);
+    connectWords(this, &m_drives);
+    connect(&m_drives, &DriveTCPthread::changedPultOn, m_pult, &RemotePanel::tell);
+    onChangedTransOn(false);
+    m_drives.setDumpValues(m_dumpValues);
 }
 
 void Gui::initVirtualAxes()
 {
-    const struct
-    {
-        const char* name;
-        const char* unit;
-        int maxSpeed; // units a minute
-    } rows[] = {{"X", "мм", 3000}, {"Z", "мм", 3000}, {"PHI", "град", 900}};
-    for (const VirtualIndex index : {X, Z, Phi}) {
-        const QString name = QLatin1String(rows[index].name);
+    const auto add = [this](const char* word, const char* unit, int maxSpeed) { // units a minute
+        const QString name = QLatin1String(word);
         const VirtualAxis::Row row{findChild<PoLabel*>(QStringLiteral("coord") + name),
                                    findChild<PoLabel*>(QStringLiteral("speed") + name),
                                    findChild<PoSprite*>(QStringLiteral("ind") + name),
                                    findChild<QPushButton*>(QStringLiteral("pbPlus") + name),
                                    findChild<QPushButton*>(QStringLiteral("pbMinus") + name),
                                    findChild<QPushButton*>(QStringLiteral("pbInfo") + name)};
-        m_virtual[index] = new VirtualAxis(name, QString::fromUtf8(rows[index].unit), rows[index].maxSpeed,
-                                           row, &m_drives, this);
+        auto* axis = new VirtualAxis(name, QString::fromUtf8(unit), maxSpeed, row, &m_drives, this);
         m_coord.insert(name, row.coord);
-        connect(m_virtual[index], &VirtualAxis::message, this, &Gui::prgMessage);
-        connect(m_virtual[index], &VirtualAxis::coordChanged, ui->contour, &CONTOUR::onCoordsChanged);
-    }
-}
-
-void Gui::connectVirtualAxes()
-{
-    connect(&m_drives, &DriveTCPthread::changedX, this, &Gui::onChangedX);
-    connect(&m_drives, &DriveTCPthread::changedZ, this, &Gui::onChangedZ);
-    connect(&m_drives, &DriveTCPthread::changedPHI, this, &Gui::onChangedPHI);
-    connect(&m_drives, &DriveTCPthread::changedMaxLimX, this, &Gui::onChangedMaxLimitX);
-    connect(&m_drives, &DriveTCPthread::changedMaxLimZ, this, &Gui::onChangedMaxLimitZ);
-    connect(&m_drives, &DriveTCPthread::changedMaxLimPHI, this, &Gui::onChangedMaxLimitPHI);
-    connect(&m_drives, &DriveTCPthread::changedMinLimX, this, &Gui::onChangedMinLimitX);
-    connect(&m_drives, &DriveTCPthread::changedMinLimZ, this, &Gui::onChangedMinLimitZ);
-    connect(&m_drives, &DriveTCPthread::changedMinLimPHI, this, &Gui::onChangedMinLimitPHI);
-    connect(&m_drives, &DriveTCPthread::changedXmax, this, &Gui::onChangedEpX);
-    connect(&m_drives, &DriveTCPthread::changedZmax, this, &Gui::onChangedEpZ);
-    connect(&m_drives, &DriveTCPthread::changedPHImax, this, &Gui::onChangedEpPHI);
-    connect(&m_drives, &DriveTCPthread::changedXmin, this, &Gui::onChangedNpX);
-    connect(&m_drives, &DriveTCPthread::changedZmin, this, &Gui::onChangedNpZ);
-    connect(&m_drives, &DriveTCPthread::changedPHImin, this, &Gui::onChangedNpPHI);
-    connect(&m_drives, &DriveTCPthread::changedVirtualState, this, &Gui::onChangedStateVirtual);
-    connectVirtualJog();
-}
-
-void Gui::connectMachine()
-{
-    connect(&m_drives, &DriveTCPthread::changedDrivesOn, ui->sbDrives,
-            qOverload<bool>(&StateButton::setState));
-    connect(&m_drives, &DriveTCPthread::changedDrivesOn, this, &Gui::onChangedDrivesState);
-    connect(&m_drives, &DriveTCPthread::changedDrivesOn, ui->contour, &CONTOUR::onDriveState);
-    connect(&m_drives, &DriveTCPthread::changedTransOn, this, &Gui::onChangedTransOn);
-    connect(&m_drives, &DriveTCPthread::changedTransOn, ui->contour, &CONTOUR::onVirtualMode);
-    connect(&m_drives, &DriveTCPthread::changedPultOn, m_pult, &RemotePanel::tell);
-    connectChanges(&m_drives, &DriveTCPthread::changedChannelState1, this, &Gui::onChangedChannelState1);
-    connectChanges(&m_drives, &DriveTCPthread::changedChannelState2, this, &Gui::onChangedChannelState2);
-    connectChanges(&m_drives, &DriveTCPthread::changedChannelState3, this, &Gui::onChangedChannelState3);
-    connect(&m_drives, &DriveTCPthread::changedChannelState1, ui->contour, &CONTOUR::onChannel1State);
-    connect(&m_drives, &DriveTCPthread::changedChannelState2, ui->contour, &CONTOUR::onChannel2State);
-    connect(&m_drives, &DriveTCPthread::changedChannelState3, ui->contour, &CONTOUR::onChannel3State);
-    connect(&m_drives, &DriveTCPthread::changedChannelMode1, this, &Gui::onChangedChannelMode1);
-    connect(&m_drives, &DriveTCPthread::changedChannelMode2, this, &Gui::onChangedChannelMode2);
-    connect(&m_drives, &DriveTCPthread::changedChannelMode3, this, &Gui::onChangedChannelMode3);
-    connect(&m_drives, &DriveTCPthread::changedAxisMoving, ui->contour, &CONTOUR::onAxisMoving);
-    connectChanges(&m_drives, &DriveTCPthread::changedPortPultRegime, this, &Gui::onChangedPultRegime);
-    connect(&m_drives, &DriveTCPthread::changedDoorState, ui->kvs, &KVS::onDoorStateChanged);
-    connect(&m_drives, &DriveTCPthread::changedKeyAccess, this, &Gui::onAccessChanged);
-    connect(&m_drives, &DriveTCPthread::changedDrivesLock, this, &Gui::changedDrivesLock);
-    connect(&m_drives, &DriveTCPthread::changedPointNo, ui->contour, &CONTOUR::onChangedPointNo);
-    connectMessages();
+        connect(axis, &VirtualAxis::message, this, &Gui::prgMessage);
+        connect(axis, &VirtualAxis::coordChanged, ui->contour, &CONTOUR::onCoordsChanged);
+        return axis;
+    };
+    m_x = add("X", "мм", 3000);
+    m_z = add("Z", "мм", 3000);
+    m_phi = add("PHI", "град", 900);
 }

@@ -6,7 +6,6 @@
 #include "cncmessages.h"
 #include "statebutton.h"
 #include "ui_gui.h"
-#include "wordchange.h"
 
 #include <QCoreApplication>
 
@@ -25,26 +24,10 @@ void Gui::initMessages()
     connect(m_words, &MachineWords::command, this, &Gui::send);
 }
 
-void Gui::connectMessages()
-{
-    // Four places in the datagram share this signal, and it does not say which: what they hold is told anew
-    // with each connection rather than an event be lost.
-    connect(&m_drives, &DriveTCPthread::changedMessage, this, &Gui::onNewCNCMessage);
-    connectChanges(&m_drives, &DriveTCPthread::changedCNCError, this, &Gui::onNewCNCError);
-    connectChanges(&m_drives, &DriveTCPthread::changedDoorState, this, &Gui::onDoorStateChanged);
-    connectChanges(&m_drives, &DriveTCPthread::changedTrModuleState, this, &Gui::onTrModuleStateChanged);
-    connect(&m_drives, &DriveTCPthread::changedDrivePowerState, this, &Gui::onDrivePowerStateChanged);
-    connect(&m_drives, &DriveTCPthread::changedLightState, this, &Gui::onLightStateChanged);
-    connectChanges(&m_drives, &DriveTCPthread::changedAlarmState, this, &Gui::onAlarmStateChanged);
-    connectChanges(&m_drives, &DriveTCPthread::changedSpiralPower, this, &Gui::onSpiralPowerOff);
-    connectChanges(&m_drives, &DriveTCPthread::changedDrivesPower, this, &Gui::onDrivesPowerOff);
-    connectChanges(&m_drives, &DriveTCPthread::changedPhaseAlarm, this, &Gui::onPhaseAlarm);
-}
-
 QString Gui::CNCMessage(uint number) const
 {
     return cncMessage(number, [this](CNCValue value, const QString& name) -> double {
-        for (const VirtualAxis* virtualAxis : m_virtual) {
+        for (const VirtualAxis* virtualAxis : {m_x, m_z, m_phi}) {
             if (virtualAxis->name() == name)
                 return double(value == CNCValue::MinLimit ? virtualAxis->minLimit()
                                                           : virtualAxis->maxLimit());

@@ -19,7 +19,6 @@ private slots:
     void init();
     void stepsOfTheAxes();
     void menuOfAFreeWheel();
-    void menuOfAnAxis();
     void theStepBelongsToTheAxis();
     void aStepThatNoMenuWrote();
     void panelRegimes();
@@ -98,24 +97,17 @@ QStringList TestWheels::choose(Handwheels::Wheel wheel, const QString& entry,
 
 void TestWheels::stepsOfTheAxes()
 {
-    const QStringList names = QStringLiteral("LX LY A B C D U V").split(' ');
     const QMap<QString, int> speeds{{"LX", 3000}, {"A", 360}}; // that of U stands under another name
     const std::pair<const char*, int> steps[] = {{"x0.01", 10}, {"x0.05", 50}, {"x0.1", 100}, {"x1", 1000}};
-    for (const QString& axis : names) {
+    for (const QString& axis : Handwheels::axes()) {
         choose(Handwheels::Left, QStringLiteral("Ось ") + axis);
         QCOMPARE(use(0), QStringLiteral("Ось %1\nx0.01").arg(axis));
         for (const auto& [step, distance] : steps) {
-            said();
             choose(Handwheels::Left, step);
             QCOMPARE(use(0), QStringLiteral("Ось %1\n%2").arg(axis, step));
-            m_wheels->turn(Handwheels::Left, 3);
-            m_wheels->turn(Handwheels::Left, -1);
-            QCOMPARE(said(), QStringLiteral("[I]На штурвал 'Левый' установлен параметр Ось %1 с шагом %2|"
-                                            "LIR(%1,%3,%5)|LIR(%1,%4,%5)")
-                                 .arg(axis, step)
-                                 .arg(3 * distance)
-                                 .arg(-distance)
-                                 .arg(speeds.value(axis)));
+            said();
+            m_wheels->turn(Handwheels::Left, -3);
+            QCOMPARE(said(), QStringLiteral("LIR(%1,%2,%3)").arg(axis).arg(-3 * distance).arg(speeds[axis]));
         }
     }
 }
@@ -154,23 +146,17 @@ void TestWheels::menuOfAFreeWheel()
                                     "[I]Штурвал 'Выносной' передан в ЭЛА|[I]Штурвал 'Выносной' отключен"));
 }
 
-void TestWheels::menuOfAnAxis()
-{
-    choose(Handwheels::Right, QStringLiteral("Ось C"));
-    choose(Handwheels::Right, QStringLiteral("x0.1"));
-    const QStringList entries = choose(Handwheels::Right, QStringLiteral("Ось D"));
-    QCOMPARE(entries.filter("* "), (QStringList{"* Ось C     ", "* x0.1"}));
-    QCOMPARE(entries.mid(11), (QStringList{"-", "x0.01", "x0.05", "* x0.1", "x1"}));
-    QCOMPARE(use(1), QStringLiteral("Ось D\nx0.01")); // each axis with the step that it had
-    choose(Handwheels::Right, QStringLiteral("Ось C"));
-    QCOMPARE(use(1), QStringLiteral("Ось C\nx0.1"));
-    QVERIFY(said().endsWith(QStringLiteral("На штурвал 'Правый' установлен параметр Ось C с шагом x0.1")));
-}
-
 void TestWheels::theStepBelongsToTheAxis()
 {
-    choose(Handwheels::Left, QStringLiteral("Ось A"));
     choose(Handwheels::Right, QStringLiteral("Ось A"));
+    choose(Handwheels::Right, QStringLiteral("x0.1"));
+    const QStringList entries = choose(Handwheels::Right, QStringLiteral("Ось D"));
+    QCOMPARE(entries.filter("* "), (QStringList{"* Ось A     ", "* x0.1"}));
+    QCOMPARE(entries.mid(11), (QStringList{"-", "x0.01", "x0.05", "* x0.1", "x1"}));
+    QCOMPARE(use(1), QStringLiteral("Ось D\nx0.01")); // each axis with the step that it had
+    choose(Handwheels::Right, QStringLiteral("Ось A"));
+    QVERIFY(said().endsWith(QStringLiteral("На штурвал 'Правый' установлен параметр Ось A с шагом x0.1")));
+    choose(Handwheels::Left, QStringLiteral("Ось A"));
     choose(Handwheels::Left, QStringLiteral("x1"));
     QCOMPARE(use(0), QStringLiteral("Ось A\nx1"));
     QCOMPARE(use(1), use(0)); // the screen tells the step that the wheel has
@@ -199,29 +185,24 @@ void TestWheels::aStepThatNoMenuWrote()
     QCOMPARE(settings.value("LIR/V").toInt(), 0); // written for every axis
 }
 
+// F1 leaves the drives' side as it was, whether the panel turns there or goes off there.
 void TestWheels::panelRegimes()
 {
     for (const uint regime : {0U, 1U, 2U, 3U, 4U}) {
         const bool takesTheDrives = regime == 2 || regime == 3;
+        m_panel->setOn(false);
+        m_panel->setRegime(2);
+        QVERIFY(!m_regime->isVisible() && m_drives->isEnabled() && m_frame->isEnabled());
         m_panel->setRegime(regime);
-        QVERIFY(!m_regime->isVisible() && m_drives->isEnabled());
         m_panel->setOn(true);
-        QVERIFY(m_regime->isVisible());
         QVERIFY(m_regime->text().startsWith(
             QStringLiteral("Режим пульта F%1:\n\nПоложение X - ось LX").arg(takesTheDrives ? regime : 1)));
-        QCOMPARE(m_button->state(), StateButton::On);
+        QVERIFY(m_regime->isVisible() && !m_frame->isEnabled() && m_button->state() == StateButton::On);
         QCOMPARE(!m_drives->isEnabled(), takesTheDrives);
-        QVERIFY(!m_frame->isEnabled());
-
-        // Back to F1 with the panel on the side stays as it was, and so when the panel goes off there.
         m_panel->setRegime(1);
-        QVERIFY(m_regime->text().endsWith(QStringLiteral("Положение Z - ось A")));
         QCOMPARE(!m_drives->isEnabled(), takesTheDrives);
         m_panel->setOn(false);
-        QVERIFY(!m_regime->isVisible() && m_frame->isEnabled());
         QCOMPARE(!m_drives->isEnabled(), takesTheDrives);
-        m_panel->setRegime(2);
-        QVERIFY(m_drives->isEnabled());
     }
 }
 

@@ -1,5 +1,6 @@
 #include "axis.h"
 #include "contour.h"
+#include "contourfixture.h"
 #include "fixedmove.h"
 #include "guifixture.h"
 #include "kvs.h"
@@ -341,40 +342,33 @@ void TestGuiCommands::everyDriveReachesItsAxis()
         {"D", "D", "D", "D", 900},       {"U1", "U", "U1", "U", 120},       {"U2", "U2", "U2", "U", 120},
         {"V", "V", "V", "V", 2160},
     };
-    int n = 0;
+    float n = 0;
     tell({{"ChannelState1", 1}});
     m_gui->showSecondLXAxis(true);
     m_gui->showSecondUAxis(true);
-    for (const auto& drive : drives) {
+    for (const auto& [name, row, own, shared, maxSpeed] : drives) {
         ++n;
-        const QString shared = QString::fromLatin1(drive.shared);
-        const auto tellSwitches = [&](bool minimum) {
-            tell({{drive.own, n + 0.25},
-                  {qPrintable(QStringLiteral("State") + drive.own), 0xE0000 + n},
-                  {qPrintable("MinLim" + shared), -n},
-                  {qPrintable("MaxLim" + shared), 10 * n},
-                  {qPrintable(shared + "min"), minimum},
-                  {qPrintable(shared + "max"), !minimum}});
+        const Axis* axis = m_gui->axis(QString::fromLatin1(name));
+        const auto field = [](const char* before, const char* stem, const char* behind = "") {
+            return QByteArray(before) + stem + behind;
         };
-        const Axis* axis = m_gui->axis(QString::fromLatin1(drive.name));
-        tellSwitches(true);
-        QVERIFY2(axis->epMinus() && !axis->epPlus(), drive.name);
-        tellSwitches(false);
-        QVERIFY2(!axis->epMinus() && axis->epPlus(), drive.name);
-        QCOMPARE(axis->coord(), float(n) + 0.25F);
-        QCOMPARE(w<PoLabel>(QStringLiteral("coord") + drive.row)->value(), axis->coord());
-        QCOMPARE(axis->state(), 0xE0000 + n);
-        QCOMPARE(axis->minLimit(), float(-n));
-        QCOMPARE(axis->maxLimit(), float(10 * n));
-        QCOMPARE(axis->maxSpeed(), drive.maxSpeed);
+        for (const bool minimum : {true, false}) {
+            tell({{own, n + 0.25F},
+                  {field("State", own).constData(), 0xE0000 + n},
+                  {field("MinLim", shared).constData(), -n},
+                  {field("MaxLim", shared).constData(), 10 * n},
+                  {field("", shared, "min").constData(), minimum},
+                  {field("", shared, "max").constData(), !minimum}});
+            QVERIFY2(axis->epMinus() == minimum && axis->epPlus() == !minimum, name);
+        }
+        QCOMPARE(axis->coord(), n + 0.25F);
+        QCOMPARE(w<PoLabel>(QStringLiteral("coord") + row)->value(), axis->coord());
+        QCOMPARE(axis->state(), 0xE0000 + int(n));
+        QVERIFY2(axis->minLimit() == -n && axis->maxLimit() == 10 * n && axis->maxSpeed() == maxSpeed, name);
 
-        QTimer::singleShot(0, this, [this] {
-            auto* dialog = m_gui->findChild<FixedMove*>();
-            QVERIFY(dialog);
-            QTest::mouseClick(dialog->findChild<QPushButton*>("pbStart"), Qt::LeftButton);
-        });
-        touch(QStringLiteral("coord") + drive.row);
-        const int channel = strchr("UV", drive.name[0]) ? 2 : 1; // the part's turning has one of its own
+        Answers answers({Answers::button("pbStart")});
+        touch(QStringLiteral("coord") + row);
+        const int channel = strchr("UV", name[0]) ? 2 : 1; // the part's turning has one of its own
         SENT(QStringLiteral("EXEC_%1(/programs/_fixed.npg)").arg(channel));
     }
 }

@@ -127,7 +127,7 @@ public slots:
     void onChangedPressUnit(bool unit); // true: millimetres of mercury
     void onTurnSystemOff(bool value);
 
-    // Interlocks and modes of the console (gui_interlocks.cpp).
+    // Interlocks and modes of the console (gui_modes.cpp).
     void changedDrivesLock(bool on) { m_interlocks->set(Interlocks::Drives, on); }
     void onChangedSpiralLock(bool on) { m_interlocks->set(Interlocks::Spiral, on); }
     void onChangedShutdownLock(bool on) { m_interlocks->set(Interlocks::Shutdown, on); }

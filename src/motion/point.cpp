@@ -75,6 +75,14 @@ Point::Point(DriveTCPthread* drive, const QList<float>& coords, QWidget* parent)
     frameBelow(parent, QStringLiteral("Координаты точки"), this);
 }
 
+QStringList Point::axes()
+{
+    QStringList names;
+    for (const Row& row : rows)
+        names << QLatin1String(row.axis);
+    return names;
+}
+
 Point::~Point()
 {
     Settings settings;

@@ -2,6 +2,7 @@
 
 #include <QDialog>
 #include <QList>
+#include <QStringList>
 
 #include <memory>
 
@@ -18,7 +19,9 @@ class Point : public QDialog
     Q_OBJECT
 
 public:
-    // `coords` in the order of the rows, mm or deg; what is missing counts as 0.
+    static QStringList axes(); // in the order of the rows
+
+    // `coords` in that order, mm or deg; what is missing counts as 0.
     Point(DriveTCPthread* drive, const QList<float>& coords, QWidget* parent);
     ~Point() override; // keeps the widths of the columns in the settings
 

@@ -106,3 +106,9 @@ void JournalList::paintEvent(QPaintEvent* event)
         itemDelegate()->paint(&painter, option, index);
     }
 }
+
+void JournalList::showEvent(QShowEvent* event)
+{
+    QListWidget::showEvent(event);
+    scrollToBottom();
+}

@@ -25,6 +25,7 @@ protected:
     void updateGeometries() override;
     void scrollContentsBy(int dx, int dy) override;
     void paintEvent(QPaintEvent* event) override;
+    void showEvent(QShowEvent* event) override; // at its end, whatever came while it was hidden
     int horizontalOffset() const override { return 0; }
     int verticalOffset() const override;
     QModelIndex moveCursor(CursorAction, Qt::KeyboardModifiers) override { return currentIndex(); }

@@ -5,8 +5,9 @@
 #include "contour.h"
 #include "dumpcreator.h"
 #include "joghold.h"
+#include "journal.h"
 #include "kvs.h"
-#include "lockview.h"
+#include "requiredpause.h"
 #include "site.h"
 #include "statebutton.h"
 #include "ui_gui.h"
@@ -15,19 +16,35 @@
 
 #include <QDateTime>
 #include <QLocale>
-#include <QShowEvent>
+#include <QTimer>
 
 namespace {
 
 constexpr int kTick = 1000;      // ms
 constexpr int kReconnect = 1000; // ms between two attempts to reach the motion controller
 
-// Keeps its colours in a window that is disabled.
-QIcon stateIcon(const QString& file)
+// What the contour tab and the vacuum panel tell, and what they are told.
+void connectPanels(Gui* gui, CONTOUR* contour, KVS* kvs)
 {
-    QIcon icon(file);
-    icon.addFile(file, QSize(), QIcon::Disabled);
-    return icon;
+    QObject::connect(gui, &Gui::signalSystemStarted, kvs, &KVS::onSystemStarted);
+    QObject::connect(kvs, &KVS::onKVSConnected, gui, &Gui::onChangedKVSConnected);
+    QObject::connect(kvs, &KVS::onKVKConnected, gui, &Gui::onChangedKVKConnected);
+    QObject::connect(kvs, &KVS::message, gui, &Gui::prgMessage);
+    QObject::connect(contour, &CONTOUR::message, gui, &Gui::prgMessage);
+    QObject::connect(kvs, &KVS::turnSystemOff, gui, &Gui::onTurnSystemOff);
+    QObject::connect(kvs, &KVS::onChangedPressUnit, gui, &Gui::onChangedPressUnit);
+    QObject::connect(kvs, &KVS::signalChangedSpiralLock, gui, &Gui::onChangedSpiralLock);
+    QObject::connect(kvs, &KVS::signalChangedShutdownLock, gui, &Gui::onChangedShutdownLock);
+    QObject::connect(kvs, &KVS::signalChangedMode, gui, &Gui::changedMode);
+    QObject::connect(kvs, &KVS::signalChangedModeTime, gui, &Gui::changedModeTime);
+    QObject::connect(kvs, &KVS::signalChangedModeState, gui, &Gui::changedModeState);
+    QObject::connect(kvs, &KVS::changedChamberPressure, gui, &Gui::onChangedChamberPressure);
+    QObject::connect(kvs, &KVS::changedChamberPressureValid, gui, &Gui::onChangedChamberValid);
+    QObject::connect(kvs, &KVS::changedGunPressure, gui, &Gui::onChangedGunPressure);
+    QObject::connect(kvs, &KVS::changedGunPressureValid, gui, &Gui::onChangedGunValid);
+    QObject::connect(gui, &Gui::signalUserChange, kvs, &KVS::onUserChanged);
+    QObject::connect(gui, &Gui::signalUserChange, contour, &CONTOUR::onUserChanged);
+    QObject::connect(gui, &Gui::signalUserChange, gui, &Gui::onUserChanged);
 }
 
 } // namespace
@@ -38,36 +55,37 @@ Gui::Gui()
     : ui(std::make_unique<Ui::Gui>())
 {
     ui->setupUi(this); // `contour` and, last of all, `kvs`
-    m_virtual = {
-        VirtualAxis{QStringLiteral("X"), QStringLiteral("мм"), ui->coordX, ui->speedX, ui->indX, ui->pbPlusX,
-                    ui->pbMinusX, ui->pbInfoX},
-        VirtualAxis{QStringLiteral("Z"), QStringLiteral("мм"), ui->coordZ, ui->speedZ, ui->indZ, ui->pbPlusZ,
-                    ui->pbMinusZ, ui->pbInfoZ},
-        VirtualAxis{QStringLiteral("PHI"), QStringLiteral("град"), ui->coordPHI, ui->speedPHI, ui->indPHI,
-                    ui->pbPlusPHI, ui->pbMinusPHI, ui->pbInfoPHI},
-    };
     setWindowState(Qt::WindowFullScreen | Qt::WindowActive);
     addAction(ui->actExit); // its shortcut works although no menu shows it
 
-    initJournalList();
-    initManager();
-    initSprites();
-    initLocks();
-    initStateButtons();
+    m_journal = std::make_unique<Journal>(ui->lwLog);
+    m_manager =
+        new Autorization::Manager({this, ui->lblUserName, ui->lblUserRight, ui->pbChangeUser, ui->pbUsers});
+    connect(m_manager, &Autorization::Manager::message, this, &Gui::prgMessage);
+    initVirtualAxes();
+    m_interlocks = std::make_unique<Interlocks>(
+        Interlocks::Buttons{ui->sbDrives, ui->sbTrans, ui->sbShutdown, ui->sbLightSpiral, ui->sbDistPult});
+    RequiredPause::actsAlways(ui->pbStop);
+    initWheels();
     initDrives();
     loadIni();
 
     connect(&m_drives, &DriveTCPthread::disconnected, this, &Gui::disconnectedDrives);
     connectDrives();
-    connectPanels();
+    connectPanels(this, ui->contour, ui->kvs);
+    connect(&m_lir, &Lir940p::valueChanged, this, &Gui::onLirChanged);
     initMessages();
-    m_lirAxes = {QStringLiteral("LX"), QStringLiteral("LY"), QStringLiteral("A"),  QStringLiteral("B"),
-                 QStringLiteral("C"),  QStringLiteral("D"),  QStringLiteral("U1"), QStringLiteral("V")};
-    initGeometry();
-    initPresets();
-    startClock();
-    openJournal();
-    startDump();
+    auto* clock = new QTimer(this);
+    connect(clock, &QTimer::timeout, this, &Gui::onTimeChanged);
+    clock->start(kTick);
+    // Set once: a run that passes midnight belongs to the day on which it began, like its journal.
+    ui->lblDate->setText(
+        QLocale(QLocale::Russian).toString(QDate::currentDate(), QStringLiteral("dd.MM.yyyy, ddd")));
+    m_journal->open();
+    // The recorder is left to the end of the process: the console waits for no disk.
+    m_dump = new DumpCreator(QStringLiteral("pass"), 20, m_dumpValues);
+    m_dump->setDumpPath(site().root.isEmpty() ? QStringLiteral("dump") : site().programDir() + "/dump");
+    m_dump->startDump();
     emit signalSystemStarted();
 }
 
@@ -78,9 +96,8 @@ Gui::~Gui()
     saveIni();
     ui->contour->keepForNextStart();
     delete m_manager; // writes the user file
-    if (m_logFile.isOpen())
-        m_logFile.close();
-    qDeleteAll(m_locks);
+    m_journal->close();
+    m_interlocks.reset();
     qDeleteAll(m_axis); // they save their speeds from labels that the base class destroys
     // The panels outlive everything that their reports need.
     ui->kvs->disconnect(this);
@@ -105,14 +122,23 @@ void Gui::saveWork()
     m_manager->save();
 }
 
+void Gui::prgMessage(const QString& str, bool isShow)
+{
+    m_journal->write(str, isShow);
+}
+
+void Gui::messageToLog(const QString& time, const QString& str)
+{
+    m_journal->show(time, str);
+}
+
 bool Gui::autorizationAccepted()
 {
-    m_userGroup = m_manager->showAutorization();
-    emit signalUserChange(m_userGroup);
-    m_userRights = ui->lblUserRight->text();
-    m_userName = ui->lblUserName->text();
-    prgMessage(QStringLiteral("[I]Регистрация пользователя - ") + getUserName(), true);
-    return m_userGroup >= 0;
+    const int group = m_manager->showAutorization();
+    emit signalUserChange(group);
+    m_userName = ui->lblUserRight->text() + QLatin1Char(' ') + ui->lblUserName->text();
+    prgMessage(QStringLiteral("[I]Регистрация пользователя - ") + m_userName, true);
+    return group >= 0;
 }
 
 Axis* Gui::axis(const QString& name) const
@@ -128,126 +154,61 @@ float Gui::coord(const QString& name) const
     return label ? label->value() : 0.0F;
 }
 
-Lock* Gui::lock(const QString& key) const
-{
-    const auto i = m_locks.find(key);
-    Q_ASSERT(i != m_locks.end());
-    return i.value();
-}
-
-QString Gui::getUserName() const
-{
-    return m_userRights + QLatin1Char(' ') + m_userName;
-}
-
 float Gui::pressure() const
 {
     return ui->VacuumChamber->value();
 }
 
-void Gui::initManager()
+void Gui::initWheels()
 {
-    m_manager =
-        new Autorization::Manager({this, ui->lblUserName, ui->lblUserRight, ui->pbChangeUser, ui->pbUsers});
-    connect(m_manager, &Autorization::Manager::message, this, &Gui::prgMessage);
-}
-
-void Gui::initSprites()
-{
-    m_iconError = stateIcon(QStringLiteral(":/images/icon-error-mini.png"));
-    m_iconInfo = stateIcon(QStringLiteral(":/images/icon-info-mini.png"));
-    m_iconRun = stateIcon(QStringLiteral(":/images/icon-run-mini.png"));
-    m_iconWarning = stateIcon(QStringLiteral(":/images/icon-warning-mini.png"));
-    m_iconBasic = stateIcon(QStringLiteral(":/images/icon-basic-mini.png"));
-    for (const VirtualAxis& axis : m_virtual) {
-        axis.lamp->addPixmap(0, QStringLiteral(":/images/indicator_gray.png"));
-        axis.lamp->addPixmap(1, QStringLiteral(":/images/indicator_green.png"));
-        axis.lamp->addPixmap(2, QStringLiteral(":/images/indicator_yellow.png"));
-        axis.lamp->addPixmap(4, QStringLiteral(":/images/indicator_red.png"));
-    }
-}
-
-void Gui::connectPanels()
-{
-    connect(this, &Gui::signalSystemStarted, ui->kvs, &KVS::onSystemStarted);
-    connect(ui->kvs, &KVS::onKVSConnected, this, &Gui::onChangedKVSConnected);
-    connect(ui->kvs, &KVS::onKVKConnected, this, &Gui::onChangedKVKConnected);
-    connect(ui->kvs, &KVS::message, this, &Gui::prgMessage);
-    connect(ui->contour, &CONTOUR::message, this, &Gui::prgMessage);
-    connect(ui->kvs, &KVS::turnSystemOff, this, &Gui::onTurnSystemOff);
-    connect(ui->kvs, &KVS::onChangedPressUnit, this, &Gui::onChangedPressUnit);
-    connect(ui->kvs, &KVS::signalChangedSpiralLock, this, &Gui::onChangedSpiralLock);
-    connect(ui->kvs, &KVS::signalChangedShutdownLock, this, &Gui::onChangedShutdownLock);
-    connect(ui->kvs, &KVS::signalChangedMode, this, &Gui::changedMode);
-    connect(ui->kvs, &KVS::signalChangedModeTime, this, &Gui::changedModeTime);
-    connect(ui->kvs, &KVS::signalChangedModeState, this, &Gui::changedModeState);
-    connect(ui->kvs, &KVS::changedChamberPressure, this, &Gui::onChangedChamberPressure);
-    connect(ui->kvs, &KVS::changedChamberPressureValid, this, &Gui::onChangedChamberValid);
-    connect(ui->kvs, &KVS::changedGunPressure, this, &Gui::onChangedGunPressure);
-    connect(ui->kvs, &KVS::changedGunPressureValid, this, &Gui::onChangedGunValid);
-    connect(this, &Gui::signalUserChange, ui->kvs, &KVS::onUserChanged);
-    connect(this, &Gui::signalUserChange, ui->contour, &CONTOUR::onUserChanged);
-    connect(this, &Gui::signalUserChange, this, &Gui::onUserChanged);
-    connect(&m_lir, &Lir940p::valueChanged, this, &Gui::onLirChanged);
-}
-
-void Gui::initGeometry()
-{
-    ui->frmVirtual->setGeometry(QRect(QPoint(10, 345), QPoint(459, 604)));
-    ui->frmVirtual->hide();
-    ui->frmLX2->setGeometry(QRect(QPoint(0, 105), QPoint(449, 179)));
-    ui->frmLX2->setVisible(m_secondLX);
-    ui->pbInfoLX2->setGeometry(QRect(QPoint(385, 115), QPoint(439, 169)));
-    ui->pbInfoLX2->setVisible(m_secondLX);
-    ui->frmU2->setGeometry(QRect(QPoint(0, 25), QPoint(449, 99)));
-    ui->frmU2->setVisible(m_secondU);
-    ui->pbInfoU2->setGeometry(QRect(QPoint(385, 35), QPoint(439, 89)));
-    ui->pbInfoU2->setVisible(m_secondU);
-}
-
-void Gui::initPresets()
-{
-    const QList<float> coarse = {1.0F, 2.0F, 5.0F, 10.0F};
-    m_presets = {
-        {QStringLiteral("presetIr"), {0.1F, 0.2F, 0.5F, 1.0F}},
-        {QStringLiteral("presetIf"), coarse},
-        {QStringLiteral("ADJUST:setIxj"), coarse},
-        {QStringLiteral("ADJUST:setIyj"), coarse},
+    const std::array<Handwheels::Labels, 3> labels{
+        {{ui->lblLir1, ui->lblLir1Use}, {ui->lblLir2, ui->lblLir2Use}, {ui->lblLir3, ui->lblLir3Use}}};
+    const auto maxSpeed = [this](const QString& name) {
+        const Axis* axis = m_axis.value(name);
+        return axis ? axis->maxSpeed() : 0;
     };
+    m_wheels = new Handwheels(labels, maxSpeed, this);
+    connect(m_wheels, &Handwheels::message, this, &Gui::prgMessage);
+    connect(m_wheels, &Handwheels::command, this, &Gui::send);
+    m_pult = new RemotePanel({ui->sbDistPult, ui->pultRegime, ui->frmDrives, ui->frmLir3}, m_wheels, this);
+    connect(m_pult, &RemotePanel::message, this, &Gui::prgMessage);
+    connect(m_pult, &RemotePanel::command, this, &Gui::send);
 }
 
-void Gui::startClock()
+void Gui::onLirChanged(int channel, int delta)
 {
-    ui->pultRegime->hide();
-    connect(&m_timer, &QTimer::timeout, this, &Gui::onTimeChanged);
-    m_timer.start(kTick);
-    // Set once: a run that passes midnight belongs to the day on which it began, like its journal.
-    ui->lblDate->setText(
-        QLocale(QLocale::Russian).toString(QDate::currentDate(), QStringLiteral("dd.MM.yyyy, ddd")));
-}
-
-// The recorder is left to the end of the process: the console waits for no disk.
-void Gui::startDump()
-{
-    m_dump = new DumpCreator(QStringLiteral("pass"), 20, m_dumpValues);
-    m_dump->setDumpPath(site().root.isEmpty() ? QStringLiteral("dump") : site().programDir() + "/dump");
-    m_dump->startDump();
+    if (!isEnabled())
+        return; // the key switch blocks the console
+    switch (channel) {
+    case 0:
+        m_wheels->turn(Handwheels::Left, delta);
+        break;
+    case 1:
+        m_wheels->turn(Handwheels::Right, delta);
+        break;
+    case 2:
+        if (m_pult->isOn())
+            lirChangedPult(delta);
+        break;
+    case 3: // the card has no fourth channel today
+        m_wheels->turn(Handwheels::Remote, delta);
+        break;
+    default:
+        break;
+    }
 }
 
 void Gui::connectDrives()
 {
     const Endpoint& drive = site().drive;
-    if (!m_drives.connect(drive.host, drive.tcpPort, drive.udpPort)) {
+    if (m_drives.connect(drive.host, drive.tcpPort, drive.udpPort))
+        onChangedCNCConnected(true);
+    else
         disconnectedDrives();
-        return;
-    }
-    m_drivesConnected = true;
-    onChangedCNCConnected(true);
 }
 
 void Gui::disconnectedDrives()
 {
-    m_drivesConnected = false;
     onChangedCNCConnected(false);
     QTimer::singleShot(kReconnect, this, &Gui::connectDrives);
 }
@@ -255,7 +216,10 @@ void Gui::disconnectedDrives()
 void Gui::onTimeChanged()
 {
     ui->lblTime->setText(QTime::currentTime().toString(QStringLiteral("hh:mm:ss")));
-    shareWheels();
+    m_pultShare.setFuncLeftEncoder(m_wheels->isElas(Handwheels::Left));
+    m_pultShare.setFuncRightEncoder(m_wheels->isElas(Handwheels::Right));
+    m_pultShare.setFuncDistEncoder(m_wheels->isElas(Handwheels::Remote));
+    m_pultShare.setBlockGui(!isEnabled());
     m_elaShare.updateStatusEla();
     onChangedELAConnected(m_elaShare.status());
 }
@@ -263,10 +227,4 @@ void Gui::onTimeChanged()
 void Gui::onUserChanged(int state)
 {
     ui->pbConstants->setVisible(usergroup::maySetUp(state));
-}
-
-void Gui::showEvent(QShowEvent* event)
-{
-    QWidget::showEvent(event);
-    ui->lwLog->scrollToBottom(); // lines that came before the window had a size
 }

@@ -3,27 +3,23 @@
 #include "consolehost.h"
 #include "drivecomm.h"
 #include "elashare.h"
+#include "handwheels.h"
+#include "interlocks.h"
+#include "keyswitch.h"
 #include "lir940p.h"
+#include "machinewords.h"
 #include "pultshare.h"
+#include "remotepanel.h"
+#include "virtualaxis.h"
 
-#include <QFile>
-#include <QIcon>
-#include <QList>
 #include <QMap>
-#include <QTimer>
 #include <QWidget>
 
-#include <array>
 #include <memory>
 
-class CMessageServer;
-class CMessageStack;
 class DumpCreator;
-class JogHold;
+class Journal;
 class PoLabel;
-class PoSprite;
-class QLabel;
-class QPushButton;
 
 namespace Autorization {
 class Manager;
@@ -46,25 +42,21 @@ public:
     Gui();
     ~Gui() override;
 
-    // Runs the login dialog. False when it was cancelled. The rights and the name that the screen shows
-    // afterwards are what getUserName() tells for the rest of the run.
+    // Runs the login dialog; false when it was cancelled. getUserName() tells of it for the rest of the run.
     bool autorizationAccepted();
 
-    // Stops what a finger holds and writes the settings and the users, as the end does, before one that may
-    // come too fast for that.
+    // Stops what a finger holds and saves all work, as the end does, before one that may come too fast.
     void saveWork();
 
     Axis* axis(const QString& name) const override;
     float coord(const QString& name) const override;
     DriveTCPthread* drives() override { return &m_drives; }
-    Lock* lock(const QString& key) const override;
-    QString getUserName() const override;
+    Lock* lock(const QString& key) const override { return m_interlocks->lock(key); }
+    QString getUserName() const override { return m_userName; }
     float pressure() const override;
     QString programName() const override { return m_programName; }
     void setProgramName(const QString& path, bool withoutCurrent) override;
-
-    // Journal line of a numbered event of the motion controller, with what the axes tell at this moment.
-    QString CNCMessage(uint number) const;
+    QString CNCMessage(uint number) const; // journal line of an event, with what the axes tell just now
 
 signals:
     void signalUserChange(int rights); // group id; -1 after a cancelled login
@@ -73,24 +65,19 @@ signals:
     void signalSystemStarted();
 
 public slots:
-    // Journal (gui_journal.cpp). A line begins with its class, "[I]", "[W]", "[A]", "[C]" or "[M]", which
-    // the list shows as an icon. `isShow` false: the file only.
+    // A line of the journal; `isShow` false: the file only.
     void prgMessage(const QString& str, bool isShow);
     void messageToLog(const QString& time, const QString& str);
-
-    // Link to the motion controller (gui.cpp).
-    void connectDrives();
+    void connectDrives(); // tries again each second until the motion controller is there
     void disconnectedDrives();
-    void onTimeChanged();
+    void onTimeChanged(); // each second
     void onUserChanged(int state);
 
-    // Connection labels (gui_status.cpp).
+    // What the top bar tells: links, channels, virtual axes' lamps (gui_status.cpp).
     void onChangedCNCConnected(bool connected);
     void onChangedKVSConnected(bool connected);
     void onChangedKVKConnected(bool connected);
     void onChangedELAConnected(bool connected);
-
-    // What the motion controller tells (gui_status.cpp).
     void onChangedChannelState1(uint state);
     void onChangedChannelState2(uint state);
     void onChangedChannelState3(uint state);
@@ -100,35 +87,34 @@ public slots:
     void onChangedStateVirtual(uint value);
     void VirtualAxisStateChanged(uint state); // above 4: lamps stay as they are
 
-    // What it tells in words and numbers (gui_messages.cpp). Called for changes only, but for the first
-    // datagram of a connection, which tells everything.
+    // What the motion controller tells in words (gui_messages.cpp). For changes only.
     void onNewCNCMessage(uint number); // 0: no event
-    void onNewCNCError(uint number);   // 0: no error
-    void onDoorStateChanged(uint state);
-    void onTrModuleStateChanged(uint state);
-    void onDrivePowerStateChanged(uint state); // a bit for each breaker, set while it is closed
+    void onNewCNCError(uint number) { m_words->controllerError(number); }
+    void onDoorStateChanged(uint state) { m_words->door(state); }
+    void onTrModuleStateChanged(uint state) { m_words->transportModule(state); }
+    void onDrivePowerStateChanged(uint state) { m_words->breakers(state); }
     void onLightStateChanged(uint state);
-    void onAlarmStateChanged(uint state); // bits of the emergency buttons and ropes
-    void onSpiralPowerOff(bool on);       // true: healthy
-    void onDrivesPowerOff(bool on);       // true: healthy
-    void onPhaseAlarm(bool on);           // true: the phases are wrong
+    void onAlarmStateChanged(uint state) { m_words->alarms(state); }
+    void onSpiralPowerOff(bool on) { m_words->spiralPower(on); } // true: healthy
+    void onDrivesPowerOff(bool on) { m_words->drivesPower(on); } // true: healthy
+    void onPhaseAlarm(bool on) { m_words->phases(on); }          // true: the phases are wrong
 
     // Virtual axes: coordinates and soft limits in mm or deg, end switches.
-    void onChangedX(float value) { showVirtualCoord(X, value); }
-    void onChangedZ(float value) { showVirtualCoord(Z, value); }
-    void onChangedPHI(float value) { showVirtualCoord(Phi, value); }
-    void onChangedMaxLimitX(float value) { m_virtual[X].maxLimit = value; }
-    void onChangedMinLimitX(float value) { m_virtual[X].minLimit = value; }
-    void onChangedMaxLimitZ(float value) { m_virtual[Z].maxLimit = value; }
-    void onChangedMinLimitZ(float value) { m_virtual[Z].minLimit = value; }
-    void onChangedMaxLimitPHI(float value) { m_virtual[Phi].maxLimit = value; }
-    void onChangedMinLimitPHI(float value) { m_virtual[Phi].minLimit = value; }
-    void onChangedEpX(bool state) { setVirtualEnd(X, true, state); }
-    void onChangedEpZ(bool state) { setVirtualEnd(Z, true, state); }
-    void onChangedEpPHI(bool state) { setVirtualEnd(Phi, true, state); }
-    void onChangedNpX(bool state) { setVirtualEnd(X, false, state); }
-    void onChangedNpZ(bool state) { setVirtualEnd(Z, false, state); }
-    void onChangedNpPHI(bool state) { setVirtualEnd(Phi, false, state); }
+    void onChangedX(float value) { m_x->setCoord(value); }
+    void onChangedZ(float value) { m_z->setCoord(value); }
+    void onChangedPHI(float value) { m_phi->setCoord(value); }
+    void onChangedMaxLimitX(float value) { m_x->setMaxLimit(value); }
+    void onChangedMinLimitX(float value) { m_x->setMinLimit(value); }
+    void onChangedMaxLimitZ(float value) { m_z->setMaxLimit(value); }
+    void onChangedMinLimitZ(float value) { m_z->setMinLimit(value); }
+    void onChangedMaxLimitPHI(float value) { m_phi->setMaxLimit(value); }
+    void onChangedMinLimitPHI(float value) { m_phi->setMinLimit(value); }
+    void onChangedEpX(bool state) { m_x->setMaxSwitch(state); }
+    void onChangedEpZ(bool state) { m_z->setMaxSwitch(state); }
+    void onChangedEpPHI(bool state) { m_phi->setMaxSwitch(state); }
+    void onChangedNpX(bool state) { m_x->setMinSwitch(state); }
+    void onChangedNpZ(bool state) { m_z->setMinSwitch(state); }
+    void onChangedNpPHI(bool state) { m_phi->setMinSwitch(state); }
 
     // What the vacuum panel tells (gui_status.cpp).
     void changedMode(uint value);     // regime number; 0xFFFFFFFF is the abnormal end
@@ -141,64 +127,53 @@ public slots:
     void onChangedPressUnit(bool unit); // true: millimetres of mercury
     void onTurnSystemOff(bool value);
 
-    // Interlocks and modes of the console (gui_interlocks.cpp).
-    void changedDrivesLock(bool on);
-    void onChangedSpiralLock(bool on);
-    void onChangedShutdownLock(bool on);
-    void onChangedDrivesState(bool state);
+    // Interlocks and modes of the console (gui_modes.cpp).
+    void changedDrivesLock(bool on) { m_interlocks->set(Interlocks::Drives, on); }
+    void onChangedSpiralLock(bool on) { m_interlocks->set(Interlocks::Spiral, on); }
+    void onChangedShutdownLock(bool on) { m_interlocks->set(Interlocks::Shutdown, on); }
+    void onChangedDrivesState(bool state) { m_interlocks->setDrivesOn(state); }
     void onChangedTransOn(bool value); // virtual axes instead of A, B, C
     void showSecondLXAxis(bool state);
     void showSecondUAxis(bool state);
-    void onAccessChanged(bool value); // false: the key switch blocks the console
+    void onAccessChanged(bool value) { m_keySwitch.setAccess(value); } // false: blocks the console
     void onSu(bool su);
     void onSystemShutdown();
     void onEndAsked(); // by a signal of the system
 
-    // Handwheels (gui_handwheels.cpp). `delta` is in detents, `mult` the index of the step, 0 to 3. Each
-    // increment is one command: the axis of the controller, the distance, and the axis's maximum speed.
+    // Handwheels and remote panel. `delta` is in detents, `mult` the index of the step, 0 to 3.
     void onLirChanged(int channel, int delta);
-    void lirChangedX(int delta, int mult)
-    {
-        lirStep(QStringLiteral("LX"), QStringLiteral("LX"), delta, mult);
-    }
-    void lirChangedY(int delta, int mult)
-    {
-        lirStep(QStringLiteral("LY"), QStringLiteral("LY"), delta, mult);
-    }
-    void lirChangedA(int delta, int mult) { lirStep(QStringLiteral("A"), QStringLiteral("A"), delta, mult); }
-    void lirChangedB(int delta, int mult) { lirStep(QStringLiteral("B"), QStringLiteral("B"), delta, mult); }
-    void lirChangedC(int delta, int mult) { lirStep(QStringLiteral("C"), QStringLiteral("C"), delta, mult); }
-    void lirChangedD(int delta, int mult) { lirStep(QStringLiteral("D"), QStringLiteral("D"), delta, mult); }
-    // The maximum of the pair stands under "U1", so the speed sent is 0: the controller's programs have never
-    // seen another.
-    void lirChangedU(int delta, int mult) { lirStep(QStringLiteral("U"), QStringLiteral("U"), delta, mult); }
-    void lirChangedV(int delta, int mult) { lirStep(QStringLiteral("V"), QStringLiteral("V"), delta, mult); }
-    void lirChangedPult(int delta);
-
-    // Remote panel (gui_handwheels.cpp). While it is on it has the third wheel to itself.
-    void onChangedPultState(bool state);
-    void onChangedPultRegime(uint regime); // 2: F2, 3: F3, any other: F1
+    void lirChangedX(int delta, int mult) { m_wheels->step(QStringLiteral("LX"), delta, mult); }
+    void lirChangedY(int delta, int mult) { m_wheels->step(QStringLiteral("LY"), delta, mult); }
+    void lirChangedA(int delta, int mult) { m_wheels->step(QStringLiteral("A"), delta, mult); }
+    void lirChangedB(int delta, int mult) { m_wheels->step(QStringLiteral("B"), delta, mult); }
+    void lirChangedC(int delta, int mult) { m_wheels->step(QStringLiteral("C"), delta, mult); }
+    void lirChangedD(int delta, int mult) { m_wheels->step(QStringLiteral("D"), delta, mult); }
+    void lirChangedU(int delta, int mult) { m_wheels->step(QStringLiteral("U"), delta, mult); }
+    void lirChangedV(int delta, int mult) { m_wheels->step(QStringLiteral("V"), delta, mult); }
+    void lirChangedPult(int delta) { m_wheels->turnPanel(delta); }
+    void onChangedPultState(bool state) { m_pult->setOn(state); }
+    void onChangedPultRegime(uint regime) { m_pult->setRegime(regime); }
 
 private slots:
     // Buttons of the form, bound by name (gui_commands.cpp).
     void on_sbDrives_clicked();
     void on_sbTrans_clicked();
     void on_pbStop_clicked();
-    void on_sbDistPult_clicked();
+    void on_sbDistPult_clicked() { m_pult->press(); }
     void on_sbLightSpiral_clicked();
     void on_pbEndlessV_clicked();
-    void on_speedX_clicked() { speedSelector(X); }
-    void on_speedZ_clicked() { speedSelector(Z); }
-    void on_speedPHI_clicked() { speedSelector(Phi); }
-    void on_coordX_clicked() { fixedMove(X); }
-    void on_coordZ_clicked() { fixedMove(Z); }
-    void on_coordPHI_clicked() { fixedMove(Phi); }
-    void on_pbInfoX_clicked() { axisInfo(X); }
-    void on_pbInfoZ_clicked() { axisInfo(Z); }
-    void on_pbInfoPHI_clicked() { axisInfo(Phi); }
-    void on_lblLir1_clicked(); // gui_handwheels.cpp
-    void on_lblLir2_clicked();
-    void on_lblLir3_clicked();
+    void on_speedX_clicked() { m_x->chooseSpeed(); }
+    void on_speedZ_clicked() { m_z->chooseSpeed(); }
+    void on_speedPHI_clicked() { m_phi->chooseSpeed(); }
+    void on_coordX_clicked() { m_x->moveFixed(m_interlocks->readyToMove()); }
+    void on_coordZ_clicked() { m_z->moveFixed(m_interlocks->readyToMove()); }
+    void on_coordPHI_clicked() { m_phi->moveFixed(m_interlocks->readyToMove()); }
+    void on_pbInfoX_clicked() { m_x->showInfo(); }
+    void on_pbInfoZ_clicked() { m_z->showInfo(); }
+    void on_pbInfoPHI_clicked() { m_phi->showInfo(); }
+    void on_lblLir1_clicked() { m_wheels->openMenu(Handwheels::Left); }
+    void on_lblLir2_clicked() { m_wheels->openMenu(Handwheels::Right); }
+    void on_lblLir3_clicked() { m_wheels->openMenu(Handwheels::Remote); }
     void on_pbPoint_clicked();
     void on_pbConstants_clicked();
     void on_pbCalc_clicked();
@@ -208,131 +183,36 @@ private slots:
     void on_sbShutdown_clicked();
     void on_actExit_triggered();
 
-protected:
-    void showEvent(QShowEvent* event) override;
-
 private:
-    enum VirtualIndex { X, Z, Phi };
-
-    // A virtual axis: the controller computes it from several drives, so it is no Axis.
-    struct VirtualAxis
-    {
-        QString name; // as in commands
-        QString unit;
-        PoLabel* coordLabel;
-        PoLabel* speedLabel;
-        PoSprite* lamp;
-        QPushButton* plus;  // jogs in the negative direction
-        QPushButton* minus; // jogs in the positive direction
-        QPushButton* info;
-        float value = 0;    // mm or deg
-        float maxLimit = 0; // soft limits as last told
-        float minLimit = 0;
-        bool atMax = false; // end switches
-        bool atMin = false;
-    };
-
-    // Fingers on the jog buttons of the virtual axes (gui_commands.cpp). No slots: bound by name they would
-    // follow the button, which a limit switch releases under the finger. Names and directions cross:
-    // the controller counts these axes against the arrows on the machine.
-    void on_pbMinusX_pressed() { jogForward(X); }
-    void on_pbMinusX_released() { endJog(X); }
-    void on_pbPlusX_pressed() { jogBack(X); }
-    void on_pbPlusX_released() { endJog(X); }
-    void on_pbMinusZ_pressed() { jogForward(Z); }
-    void on_pbMinusZ_released() { endJog(Z); }
-    void on_pbPlusZ_pressed() { jogBack(Z); }
-    void on_pbPlusZ_released() { endJog(Z); }
-    void on_pbMinusPHI_pressed() { jogForward(Phi); }
-    void on_pbMinusPHI_released() { endJog(Phi); }
-    void on_pbPlusPHI_pressed() { jogBack(Phi); }
-    void on_pbPlusPHI_released() { endJog(Phi); }
-    void jogForward(VirtualIndex index);
-    void jogBack(VirtualIndex index);
-    void startJog(VirtualIndex index, const QString& speed, const QString& direction);
-    void endJog(VirtualIndex index);
-
     // Construction, in the order of the calls.
-    void initJournalList();
-    void initManager();
-    void initSprites();
-    void initLocks();
-    void initStateButtons();
+    void initVirtualAxes();
+    void initWheels();
     void initDrives();
     void loadIni();
-    void connectPanels();
     void initMessages();
-    void initGeometry();
-    void initPresets();
-    void startClock();
-    void openJournal();
-    void startDump();
 
-    void connectMachine();
-    void connectMessages();
-    void connectAxes();
-    void connectVirtualAxes();
-    void connectVirtualJog();
-
-    void stopJogs(); // those that a finger still holds
+    void send(const QString& command) { m_drives.command(command); } // to the motion controller
+    void stopJogs();                                                 // those that a finger still holds
     void saveIni();
-    void addLock(const QString& key, bool perm, const QString& textLocked, const QString& textFree);
-    void drawChannelState(int channel, PoLabel* label, uint state);
-    void drawChannelMode(PoLabel* label, uint mode);
-    void updateTrans();
-    void raiseAlarm(int numId); // with the buzzer
-    void showAlarm(bool on, int numId, const char* line);
-    void showVirtualCoord(VirtualIndex index, float value);
-    void setVirtualEnd(VirtualIndex index, bool maximum, bool on);
-    void speedSelector(VirtualIndex index);
-    void fixedMove(VirtualIndex index);
-    void axisInfo(VirtualIndex index);
-    void closeWithLine(const QString& line);
-
-    // `name` is the wheel's in the journal, `parameter` its assignment, `use` the label that tells it.
-    void lirMenu(const QString& name, QString* parameter, PoLabel* label, QLabel* use);
-    void lirMenuEla(const QString& name, QString* parameter, PoLabel* label, QLabel* use);
-    void freeWheel(const QString& name, QString* parameter, QLabel* use);
-    void giveWheelToEla(const QString& name, QString* parameter, QLabel* use);
-    void showWheel(const QString& parameter, QLabel* use); // a wheel without an axis stays as it is
-    void lirStep(const QString& axis, const QString& speedKey, int delta, int mult);
-    void shareWheels();
 
     std::unique_ptr<Ui::Gui> ui;
+    std::unique_ptr<Journal> m_journal;
     Autorization::Manager* m_manager = nullptr;
     QString m_programName;
-    int m_userGroup = -1;
-    QFile m_logFile;
-    bool m_journalWritten = true; // the last line, so that a full disk is told once
-    float m_dumpValues[10] = {};  // positions of the drives, for the flight recorder
+    QString m_userName = QStringLiteral(" "); // rights and name, as they stood after the first login
+    float m_dumpValues[10] = {};              // positions of the drives, for the flight recorder
     DumpCreator* m_dump = nullptr;
     DriveTCPthread m_drives;
-    QList<QString> m_lirAxes; // axes that a handwheel can take
     QMap<QString, Axis*> m_axis;
-    QMap<QString, int> m_maxSpeed;   // mm/min or deg/min by axis name
-    QMap<QString, PoLabel*> m_coord; // coordinate labels by axis name
-    QMap<QString, Lock*> m_locks;
-    QString m_userRights, m_userName;   // as they stood after the first login
-    CMessageStack* m_stack = nullptr;   // child of the window
-    CMessageServer* m_server = nullptr; // left to the end of the process
-    QTimer m_timer;
+    QMap<QString, PoLabel*> m_coord;                              // coordinate labels by axis name
+    VirtualAxis *m_x = nullptr, *m_z = nullptr, *m_phi = nullptr; // children, like those below
+    Handwheels* m_wheels = nullptr;
+    RemotePanel* m_pult = nullptr;
+    MachineWords* m_words = nullptr;
     Lir940p m_lir;
-    QMap<QString, int> m_lirMult;             // handwheel multiplier index by axis, 0 to 3
-    QMap<QString, QList<float>> m_presets;    // handwheel steps of beam parameters
-    QString m_lirLeft, m_lirRight, m_lirDist; // what each handwheel drives, empty for nothing
-    QLabel* m_blockLabel = nullptr;           // the overlay of the key switch, null when there is none
-    int m_modeMinutes = 0, m_modeSeconds = 0; // time of the vacuum algorithm
-    QIcon m_iconError, m_iconInfo, m_iconRun, m_iconWarning, m_iconBasic;
+    uint m_modeTime = 0; // of the vacuum algorithm, s
     ElaSharedMemory m_elaShare;
     PultShare m_pultShare;
-    bool m_secondLX = false, m_secondU = false; // the second axis of the pair is shown
-    bool m_drivesConnected = false;
-    uint m_drivePower = 0;
-    uint m_lightState = 0;
-    uint m_channel1State = 0;
-    uint m_virtualState = 0; // of the virtual axes together
-    bool m_drivesOn = false;
-    bool m_pultOn = false;
-    uint m_pultRegime = 0;
-    std::array<VirtualAxis, 3> m_virtual; // in the order of VirtualIndex
+    KeySwitch m_keySwitch{this};
+    std::unique_ptr<Interlocks> m_interlocks;
 };

@@ -2,16 +2,12 @@
 
 #include "autorization_manager.h"
 #include "axis.h"
-#include "axisinfo.h"
 #include "constants.h"
 #include "desktopprogram.h"
-#include "fixedmove.h"
 #include "inform.h"
-#include "joghold.h"
 #include "kvs.h"
 #include "point.h"
 #include "ratecalc.h"
-#include "selector.h"
 #include "site.h"
 #include "statebutton.h"
 #include "ui_gui.h"
@@ -23,8 +19,13 @@
 
 namespace {
 
-constexpr int kConfirmTime = 5;                          // s; no answer counts as no
-const float kSpeedShares[] = {2.5F, 5, 10, 25, 50, 100}; // % of the maximum
+constexpr int kConfirmTime = 5; // s; no answer counts as no
+
+void closeWithLine(Gui* gui, const QString& line)
+{
+    gui->prgMessage(line, false);
+    QCoreApplication::exit(0);
+}
 
 } // namespace
 
@@ -61,16 +62,6 @@ void Gui::on_pbStop_clicked()
     }
 }
 
-void Gui::on_sbDistPult_clicked()
-{
-    const bool on = ui->sbDistPult->state() != StateButton::On;
-    prgMessage(on ? QStringLiteral("[I]Нажата кнопка 'Включить дистанционный пульт'")
-                  : QStringLiteral("[I]Нажата кнопка 'Выключить дистанционный пульт'"),
-               false);
-    m_drives.command(on ? QStringLiteral("PULT ON") : QStringLiteral("PULT OFF"));
-    m_pultOn = on;
-}
-
 void Gui::on_sbLightSpiral_clicked()
 {
     // The line names the press that the other state would have taken: readers of old journals count on it.
@@ -96,114 +87,11 @@ void Gui::on_pbEndlessV_clicked()
     }
 }
 
-void Gui::connectVirtualJog()
-{
-    const struct
-    {
-        QPushButton* button;
-        void (Gui::*down)();
-        void (Gui::*up)();
-    } jogs[] = {
-        {ui->pbMinusX, &Gui::on_pbMinusX_pressed, &Gui::on_pbMinusX_released},
-        {ui->pbPlusX, &Gui::on_pbPlusX_pressed, &Gui::on_pbPlusX_released},
-        {ui->pbMinusZ, &Gui::on_pbMinusZ_pressed, &Gui::on_pbMinusZ_released},
-        {ui->pbPlusZ, &Gui::on_pbPlusZ_pressed, &Gui::on_pbPlusZ_released},
-        {ui->pbMinusPHI, &Gui::on_pbMinusPHI_pressed, &Gui::on_pbMinusPHI_released},
-        {ui->pbPlusPHI, &Gui::on_pbPlusPHI_pressed, &Gui::on_pbPlusPHI_released},
-    };
-    for (const auto& jog : jogs) {
-        auto* hold = new JogHold(jog.button, this);
-        connect(hold, &JogHold::pressed, this, jog.down);
-        connect(hold, &JogHold::released, this, jog.up);
-    }
-}
-
-void Gui::jogForward(VirtualIndex index)
-{
-    const double speed = double(m_virtual[index].speedLabel->value());
-    startJog(index, QString::number(speed), QStringLiteral("положительном"));
-}
-
-void Gui::jogBack(VirtualIndex index)
-{
-    const double speed = double(m_virtual[index].speedLabel->value());
-    // PHI is slow enough in the negative direction for one decimal; the controller is used to it.
-    const QString number = index == Phi ? QString::number(speed, 'f', 1) : QString::number(speed);
-    startJog(index, QLatin1Char('-') + number, QStringLiteral("отрицательном"));
-}
-
-void Gui::startJog(VirtualIndex index, const QString& speed, const QString& direction)
-{
-    const QString& name = m_virtual[index].name;
-    m_drives.command(QStringLiteral("MOVE(%1,%2)").arg(name, speed));
-    prgMessage(QStringLiteral("[C]Выполнение ручного перемещение по виртуальной оси %1 в %2 направлении...")
-                   .arg(name, direction),
-               true);
-}
-
-void Gui::endJog(VirtualIndex index)
-{
-    const QString& name = m_virtual[index].name;
-    m_drives.command(QStringLiteral("MOVE(%1,0)").arg(name));
-    prgMessage(QStringLiteral("[I]Завершено ручное перемещение по виртуальной оси %1").arg(name), true);
-}
-
-// What is chosen for a virtual axis shows on its label and nowhere else: the journal tells of its moves
-// alone.
-void Gui::speedSelector(VirtualIndex index)
-{
-    const VirtualAxis& virtualAxis = m_virtual[index];
-    QList<float> values;
-    for (float share : kSpeedShares)
-        values << share / 100 * float(m_maxSpeed.value(virtualAxis.name));
-    Selector selector(virtualAxis.name, virtualAxis.unit, values, QStringLiteral("Произвольная скорость"), 0,
-                      virtualAxis.speedLabel);
-    if (selector.exec() == QDialog::Accepted)
-        virtualAxis.speedLabel->setValue(selector.value(), 0);
-}
-
-void Gui::fixedMove(VirtualIndex index)
-{
-    const VirtualAxis& virtualAxis = m_virtual[index];
-    prgMessage(QStringLiteral("[I]Открыто окно фиксированного перемещения по оси %1").arg(virtualAxis.name),
-               false);
-    FixedMove dialog(virtualAxis.name, virtualAxis.unit, &m_drives, virtualAxis.speedLabel->whole(), 1,
-                     virtualAxis.coordLabel);
-    connect(&m_drives, &DriveTCPthread::changedDrivesOn, &dialog, &FixedMove::onDriveState);
-    connect(&m_drives, &DriveTCPthread::changedChannelState1, &dialog, &FixedMove::onChannelState);
-    dialog.onDriveState(m_drivesOn && m_channel1State != DriveStatus::channelRuns);
-    dialog.exec();
-}
-
-// What the dialog of a virtual axis shows is of the moment of its opening; only the limits of Z and PHI stay
-// live. These axes have no drive of their own: nothing hears the parking and the clearing of errors.
-void Gui::axisInfo(VirtualIndex index)
-{
-    const VirtualAxis& virtualAxis = m_virtual[index];
-    AxisInfo dialog(virtualAxis.name, &m_drives, virtualAxis.info);
-    connect(&dialog, &AxisInfo::message, this, &Gui::prgMessage);
-    dialog.onVirtualStateChanged(m_virtualState);
-    dialog.onCoordChanged(virtualAxis.value);
-    dialog.onSpeedChanged(virtualAxis.speedLabel->whole());
-    dialog.onEpPlusChanged(virtualAxis.atMax);
-    dialog.onEpMinusChanged(virtualAxis.atMin);
-    dialog.onMaxLimChanged(virtualAxis.maxLimit);
-    dialog.onMinLimChanged(virtualAxis.minLimit);
-    if (index == Z) {
-        connect(&m_drives, &DriveTCPthread::changedMaxLimZ, &dialog, &AxisInfo::onMaxLimChanged);
-        connect(&m_drives, &DriveTCPthread::changedMinLimZ, &dialog, &AxisInfo::onMinLimChanged);
-    } else if (index == Phi) {
-        connect(&m_drives, &DriveTCPthread::changedMaxLimPHI, &dialog, &AxisInfo::onMaxLimChanged);
-        connect(&m_drives, &DriveTCPthread::changedMinLimPHI, &dialog, &AxisInfo::onMinLimChanged);
-    }
-    dialog.exec();
-}
-
 void Gui::on_pbPoint_clicked()
 {
     prgMessage(QStringLiteral("[I]Нажата кнопка 'Координаты точек'"), false);
     QList<float> coords;
-    for (const QString& name : qAsConst(m_lirAxes))
+    for (const QString& name : Point::axes())
         coords << coord(name);
     prgMessage(QStringLiteral("[I]Открыто окно 'Координаты точки'"), false);
     Point dialog(&m_drives, coords, ui->pbPoint);
@@ -246,8 +134,8 @@ void Gui::on_pbInformation_clicked()
 void Gui::on_pbChangeUser_clicked()
 {
     prgMessage(QStringLiteral("[I]Нажата кнопка 'Смена пользователя'"), false);
-    m_userGroup = m_manager->showAutorization();
-    if (m_userGroup == 1 || m_userGroup == 2) {
+    const int group = m_manager->showAutorization();
+    if (group == 1 || group == 2) {
         prgMessage(QStringLiteral("[I]Регистрация пользователя - %1 %2")
                        .arg(ui->lblUserRight->text(), ui->lblUserName->text()),
                    true);
@@ -255,7 +143,7 @@ void Gui::on_pbChangeUser_clicked()
         // Also for the administrator, who gets his rights all the same: his visits leave no name.
         prgMessage(QStringLiteral("[I]Смена пользователя не выполнена"), true);
     }
-    emit signalUserChange(m_userGroup);
+    emit signalUserChange(group);
 }
 
 void Gui::on_pbCloseProgram_clicked()
@@ -264,13 +152,13 @@ void Gui::on_pbCloseProgram_clicked()
                      QStringLiteral("Вы хотите выйти из программы оператора?"), ui->pbCloseProgram,
                      kConfirmTime);
     if (question.exec() == QDialog::Accepted)
-        closeWithLine(QStringLiteral("[I]Выполнен выход из программы автоматической сварки по кнопке"));
+        closeWithLine(this, QStringLiteral("[I]Выполнен выход из программы автоматической сварки по кнопке"));
 }
 
 void Gui::on_actExit_triggered()
 {
     closeWithLine(
-        QStringLiteral("[I]Выполнен выход из программы автоматической сварки по комбинации клавиш"));
+        this, QStringLiteral("[I]Выполнен выход из программы автоматической сварки по комбинации клавиш"));
 }
 
 void Gui::on_sbShutdown_clicked()
@@ -285,7 +173,8 @@ void Gui::on_sbShutdown_clicked()
 
 void Gui::onEndAsked()
 {
-    closeWithLine(QStringLiteral("[I]Выполнен выход из программы автоматической сварки по сигналу системы"));
+    closeWithLine(this,
+                  QStringLiteral("[I]Выполнен выход из программы автоматической сварки по сигналу системы"));
 }
 
 // The console ends whatever the system answers. Settings and users are saved at its end, and before the
@@ -297,11 +186,5 @@ void Gui::onSystemShutdown()
         qWarning("no power-off at this site");
     else if (site().shell("sudo /sbin/shutdown -h now") != 0)
         qWarning("the power-off was refused");
-    QCoreApplication::exit(0);
-}
-
-void Gui::closeWithLine(const QString& line)
-{
-    prgMessage(line, false);
     QCoreApplication::exit(0);
 }

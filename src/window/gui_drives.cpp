@@ -17,8 +17,8 @@ struct DriveRow
     const char* name;   // as in commands
     const char* widget; // tail of its row's object names
     const char* unit;
-    int channel; // NC channel whose programs move it
-    const char* speedKey;
+    int channel;  // NC channel whose programs move it
+    int maxSpeed; // units a minute
     void (DriveStatus::*position)(float);
     void (DriveStatus::*state)(int);
     void (DriveStatus::*minSwitch)(bool);
@@ -30,65 +30,110 @@ struct DriveRow
 using S = DriveStatus;
 
 const DriveRow kDrives[] = {
-    {"LX", "LX", "мм", 1, "LX", &S::changedLX1, &S::changedStateLX1, &S::changedLXmin, &S::changedLXmax,
+    {"LX", "LX", "мм", 1, 3000, &S::changedLX1, &S::changedStateLX1, &S::changedLXmin, &S::changedLXmax,
      &S::changedMinLimLX, &S::changedMaxLimLX},
-    {"LX2", "LX2", "мм", 1, "LX", &S::changedLX2, &S::changedStateLX2, &S::changedLXmin, &S::changedLXmax,
+    {"LX2", "LX2", "мм", 1, 3000, &S::changedLX2, &S::changedStateLX2, &S::changedLXmin, &S::changedLXmax,
      &S::changedMinLimLX, &S::changedMaxLimLX},
-    {"LY", "LY", "мм", 1, "LY", &S::changedLY, &S::changedStateLY, &S::changedLYmin, &S::changedLYmax,
+    {"LY", "LY", "мм", 1, 3000, &S::changedLY, &S::changedStateLY, &S::changedLYmin, &S::changedLYmax,
      &S::changedMinLimLY, &S::changedMaxLimLY},
-    {"A", "A", "град", 1, "A", &S::changedA, &S::changedStateA, &S::changedAmin, &S::changedAmax,
+    {"A", "A", "град", 1, 360, &S::changedA, &S::changedStateA, &S::changedAmin, &S::changedAmax,
      &S::changedMinLimA, &S::changedMaxLimA},
-    {"B", "B", "град", 1, "B", &S::changedB, &S::changedStateB, &S::changedBmin, &S::changedBmax,
+    {"B", "B", "град", 1, 720, &S::changedB, &S::changedStateB, &S::changedBmin, &S::changedBmax,
      &S::changedMinLimB, &S::changedMaxLimB},
-    {"C", "C", "град", 1, "C", &S::changedC, &S::changedStateC, &S::changedCmin, &S::changedCmax,
+    {"C", "C", "град", 1, 900, &S::changedC, &S::changedStateC, &S::changedCmin, &S::changedCmax,
      &S::changedMinLimC, &S::changedMaxLimC},
-    {"D", "D", "град", 1, "D", &S::changedD, &S::changedStateD, &S::changedDmin, &S::changedDmax,
+    {"D", "D", "град", 1, 900, &S::changedD, &S::changedStateD, &S::changedDmin, &S::changedDmax,
      &S::changedMinLimD, &S::changedMaxLimD},
-    {"U1", "U", "град", 2, "U1", &S::changedU1, &S::changedStateU1, &S::changedUmin, &S::changedUmax,
+    {"U1", "U", "град", 2, 120, &S::changedU1, &S::changedStateU1, &S::changedUmin, &S::changedUmax,
      &S::changedMinLimU, &S::changedMaxLimU},
-    {"U2", "U2", "град", 2, "U1", &S::changedU2, &S::changedStateU2, &S::changedUmin, &S::changedUmax,
+    {"U2", "U2", "град", 2, 120, &S::changedU2, &S::changedStateU2, &S::changedUmin, &S::changedUmax,
      &S::changedMinLimU, &S::changedMaxLimU},
-    {"V", "V", "град", 2, "V", &S::changedV, &S::changedStateV, &S::changedVmin, &S::changedVmax,
+    {"V", "V", "град", 2, 2160, &S::changedV, &S::changedStateV, &S::changedVmin, &S::changedVmax,
      &S::changedMinLimV, &S::changedMaxLimV},
 };
 
-const QMap<QString, int> kMaxSpeed = {
-    {QStringLiteral("LX"), 3000}, {QStringLiteral("LY"), 3000}, {QStringLiteral("A"), 360},
-    {QStringLiteral("B"), 720},   {QStringLiteral("C"), 900},   {QStringLiteral("D"), 900},
-    {QStringLiteral("U1"), 120},  {QStringLiteral("V"), 2160},  {QStringLiteral("X"), 3000},
-    {QStringLiteral("Z"), 3000},  {QStringLiteral("PHI"), 900},
-};
+void connectVirtualAxes(Gui* gui, DriveTCPthread* drives)
+{
+    const auto hear = [=](auto signal, auto slot) { QObject::connect(drives, signal, gui, slot); };
+    hear(&S::changedX, &Gui::onChangedX);
+    hear(&S::changedZ, &Gui::onChangedZ);
+    hear(&S::changedPHI, &Gui::onChangedPHI);
+    hear(&S::changedMaxLimX, &Gui::onChangedMaxLimitX);
+    hear(&S::changedMaxLimZ, &Gui::onChangedMaxLimitZ);
+    hear(&S::changedMaxLimPHI, &Gui::onChangedMaxLimitPHI);
+    hear(&S::changedMinLimX, &Gui::onChangedMinLimitX);
+    hear(&S::changedMinLimZ, &Gui::onChangedMinLimitZ);
+    hear(&S::changedMinLimPHI, &Gui::onChangedMinLimitPHI);
+    hear(&S::changedXmax, &Gui::onChangedEpX);
+    hear(&S::changedZmax, &Gui::onChangedEpZ);
+    hear(&S::changedPHImax, &Gui::onChangedEpPHI);
+    hear(&S::changedXmin, &Gui::onChangedNpX);
+    hear(&S::changedZmin, &Gui::onChangedNpZ);
+    hear(&S::changedPHImin, &Gui::onChangedNpPHI);
+    hear(&S::changedVirtualState, &Gui::onChangedStateVirtual);
+}
+
+void connectMachine(Gui* gui, DriveTCPthread* drives, const Ui::Gui& ui)
+{
+    const auto hear = [=](auto signal, auto slot) { QObject::connect(drives, signal, gui, slot); };
+    const auto hearChanges = [=](auto signal, auto slot) { connectChanges(drives, signal, gui, slot); };
+    QObject::connect(drives, &S::changedDrivesOn, ui.sbDrives, qOverload<bool>(&StateButton::setState));
+    hear(&S::changedDrivesOn, &Gui::onChangedDrivesState);
+    QObject::connect(drives, &S::changedDrivesOn, ui.contour, &CONTOUR::onDriveState);
+    hear(&S::changedTransOn, &Gui::onChangedTransOn);
+    QObject::connect(drives, &S::changedTransOn, ui.contour, &CONTOUR::onVirtualMode);
+    hearChanges(&S::changedChannelState1, &Gui::onChangedChannelState1);
+    hearChanges(&S::changedChannelState2, &Gui::onChangedChannelState2);
+    hearChanges(&S::changedChannelState3, &Gui::onChangedChannelState3);
+    QObject::connect(drives, &S::changedChannelState1, ui.contour, &CONTOUR::onChannel1State);
+    QObject::connect(drives, &S::changedChannelState2, ui.contour, &CONTOUR::onChannel2State);
+    QObject::connect(drives, &S::changedChannelState3, ui.contour, &CONTOUR::onChannel3State);
+    hear(&S::changedChannelMode1, &Gui::onChangedChannelMode1);
+    hear(&S::changedChannelMode2, &Gui::onChangedChannelMode2);
+    hear(&S::changedChannelMode3, &Gui::onChangedChannelMode3);
+    QObject::connect(drives, &S::changedAxisMoving, ui.contour, &CONTOUR::onAxisMoving);
+    hearChanges(&S::changedPortPultRegime, &Gui::onChangedPultRegime);
+    QObject::connect(drives, &S::changedDoorState, ui.kvs, &KVS::onDoorStateChanged);
+    hear(&S::changedKeyAccess, &Gui::onAccessChanged);
+    hear(&S::changedDrivesLock, &Gui::changedDrivesLock);
+    QObject::connect(drives, &S::changedPointNo, ui.contour, &CONTOUR::onChangedPointNo);
+}
+
+void connectWords(Gui* gui, DriveTCPthread* drives)
+{
+    const auto hear = [=](auto signal, auto slot) { QObject::connect(drives, signal, gui, slot); };
+    const auto hearChanges = [=](auto signal, auto slot) { connectChanges(drives, signal, gui, slot); };
+    // Four places in the datagram share this signal, and it does not say which: what they hold is told anew
+    // with each connection rather than an event be lost.
+    hear(&S::changedMessage, &Gui::onNewCNCMessage);
+    hearChanges(&S::changedCNCError, &Gui::onNewCNCError);
+    hearChanges(&S::changedDoorState, &Gui::onDoorStateChanged);
+    hearChanges(&S::changedTrModuleState, &Gui::onTrModuleStateChanged);
+    hear(&S::changedDrivePowerState, &Gui::onDrivePowerStateChanged);
+    hear(&S::changedLightState, &Gui::onLightStateChanged);
+    hearChanges(&S::changedAlarmState, &Gui::onAlarmStateChanged);
+    hearChanges(&S::changedSpiralPower, &Gui::onSpiralPowerOff);
+    hearChanges(&S::changedDrivesPower, &Gui::onDrivesPowerOff);
+    hearChanges(&S::changedPhaseAlarm, &Gui::onPhaseAlarm);
+}
 
 } // namespace
 
 void Gui::initDrives()
-{
-    m_maxSpeed = kMaxSpeed;
-    connectAxes();
-    connectVirtualAxes();
-    connectMachine();
-    onChangedTransOn(false);
-    m_drives.setDumpValues(m_dumpValues);
-}
-
-void Gui::connectAxes()
 {
     int number = 0;
     for (const DriveRow& row : kDrives) {
         const QString name = QLatin1String(row.name);
         const QString tail = QLatin1String(row.widget);
         auto* coordLabel = findChild<PoLabel*>(QStringLiteral("coord") + tail);
-        const bool leadsPair = name == QLatin1String("LX") || name == QLatin1String("U1");
-        const bool secondShown = leadsPair && (name == QLatin1String("LX") ? m_secondLX : m_secondU);
 
-        auto* axis = new Axis(name, QString::fromUtf8(row.unit), number++, row.channel,
-                              m_maxSpeed.value(QLatin1String(row.speedKey)), &m_drives,
-                              findChild<PoSprite*>(QStringLiteral("ind") + tail), coordLabel,
+        auto* axis = new Axis(name, QString::fromUtf8(row.unit), number++, row.channel, row.maxSpeed,
+                              &m_drives, findChild<PoSprite*>(QStringLiteral("ind") + tail), coordLabel,
                               findChild<PoLabel*>(QStringLiteral("speed") + tail),
                               findChild<QPushButton*>(QStringLiteral("pbPlus") + tail),
                               findChild<QPushButton*>(QStringLiteral("pbMinus") + tail),
                               findChild<QPushButton*>(QStringLiteral("pbInfo") + tail),
-                              name == QLatin1String("V") && ui->pbEndlessV->isChecked(), secondShown);
+                              name == QLatin1String("V") && ui->pbEndlessV->isChecked(), false);
         m_axis.insert(name, axis);
         // The second axis of a pair has no coordinate of its own in programs and points.
         if (!name.endsWith(QLatin1Char('2')))
@@ -112,62 +157,32 @@ void Gui::connectAxes()
     Axis* u = axis(QStringLiteral("U1"));
     connect(u, &Axis::secondAxis, this, &Gui::showSecondUAxis);
     connect(this, &Gui::signalSecondUPanelShow, u, &Axis::onSecondAxisShow);
+
+    connectVirtualAxes(this, &m_drives);
+    connectMachine(this, &m_drives, *ui);
+    connectWords(this, &m_drives);
+    connect(&m_drives, &DriveTCPthread::changedPultOn, m_pult, &RemotePanel::tell);
+    onChangedTransOn(false);
+    m_drives.setDumpValues(m_dumpValues);
 }
 
-void Gui::connectVirtualAxes()
+void Gui::initVirtualAxes()
 {
-    for (const VirtualAxis& virtualAxis : m_virtual)
-        m_coord.insert(virtualAxis.name, virtualAxis.coordLabel);
-    connect(&m_drives, &DriveTCPthread::changedX, this, &Gui::onChangedX);
-    connect(&m_drives, &DriveTCPthread::changedZ, this, &Gui::onChangedZ);
-    connect(&m_drives, &DriveTCPthread::changedPHI, this, &Gui::onChangedPHI);
-    connect(&m_drives, &DriveTCPthread::changedMaxLimX, this, &Gui::onChangedMaxLimitX);
-    connect(&m_drives, &DriveTCPthread::changedMaxLimZ, this, &Gui::onChangedMaxLimitZ);
-    connect(&m_drives, &DriveTCPthread::changedMaxLimPHI, this, &Gui::onChangedMaxLimitPHI);
-    connect(&m_drives, &DriveTCPthread::changedMinLimX, this, &Gui::onChangedMinLimitX);
-    connect(&m_drives, &DriveTCPthread::changedMinLimZ, this, &Gui::onChangedMinLimitZ);
-    connect(&m_drives, &DriveTCPthread::changedMinLimPHI, this, &Gui::onChangedMinLimitPHI);
-    connect(&m_drives, &DriveTCPthread::changedXmax, this, &Gui::onChangedEpX);
-    connect(&m_drives, &DriveTCPthread::changedZmax, this, &Gui::onChangedEpZ);
-    connect(&m_drives, &DriveTCPthread::changedPHImax, this, &Gui::onChangedEpPHI);
-    connect(&m_drives, &DriveTCPthread::changedXmin, this, &Gui::onChangedNpX);
-    connect(&m_drives, &DriveTCPthread::changedZmin, this, &Gui::onChangedNpZ);
-    connect(&m_drives, &DriveTCPthread::changedPHImin, this, &Gui::onChangedNpPHI);
-    connect(&m_drives, &DriveTCPthread::changedVirtualState, this, &Gui::onChangedStateVirtual);
-    connectVirtualJog();
-}
-
-void Gui::connectMachine()
-{
-    connect(&m_drives, &DriveTCPthread::changedDrivesOn, ui->sbDrives,
-            qOverload<bool>(&StateButton::setState));
-    connect(&m_drives, &DriveTCPthread::changedDrivesOn, this, &Gui::onChangedDrivesState);
-    connect(&m_drives, &DriveTCPthread::changedDrivesOn, ui->contour, &CONTOUR::onDriveState);
-    connect(&m_drives, &DriveTCPthread::changedTransOn, this, &Gui::onChangedTransOn);
-    connect(&m_drives, &DriveTCPthread::changedTransOn, ui->contour, &CONTOUR::onVirtualMode);
-    // The panel told anew by a link that came back is no news, unless a press has run ahead of the
-    // controller.
-    connect(&m_drives, &DriveTCPthread::changedPultOn, this,
-            [this, told = std::optional<bool>()](bool on) mutable {
-                if (told == on && m_pultOn == on)
-                    return;
-                told = on;
-                onChangedPultState(on);
-            });
-    connectChanges(&m_drives, &DriveTCPthread::changedChannelState1, this, &Gui::onChangedChannelState1);
-    connectChanges(&m_drives, &DriveTCPthread::changedChannelState2, this, &Gui::onChangedChannelState2);
-    connectChanges(&m_drives, &DriveTCPthread::changedChannelState3, this, &Gui::onChangedChannelState3);
-    connect(&m_drives, &DriveTCPthread::changedChannelState1, ui->contour, &CONTOUR::onChannel1State);
-    connect(&m_drives, &DriveTCPthread::changedChannelState2, ui->contour, &CONTOUR::onChannel2State);
-    connect(&m_drives, &DriveTCPthread::changedChannelState3, ui->contour, &CONTOUR::onChannel3State);
-    connect(&m_drives, &DriveTCPthread::changedChannelMode1, this, &Gui::onChangedChannelMode1);
-    connect(&m_drives, &DriveTCPthread::changedChannelMode2, this, &Gui::onChangedChannelMode2);
-    connect(&m_drives, &DriveTCPthread::changedChannelMode3, this, &Gui::onChangedChannelMode3);
-    connect(&m_drives, &DriveTCPthread::changedAxisMoving, ui->contour, &CONTOUR::onAxisMoving);
-    connectChanges(&m_drives, &DriveTCPthread::changedPortPultRegime, this, &Gui::onChangedPultRegime);
-    connect(&m_drives, &DriveTCPthread::changedDoorState, ui->kvs, &KVS::onDoorStateChanged);
-    connect(&m_drives, &DriveTCPthread::changedKeyAccess, this, &Gui::onAccessChanged);
-    connect(&m_drives, &DriveTCPthread::changedDrivesLock, this, &Gui::changedDrivesLock);
-    connect(&m_drives, &DriveTCPthread::changedPointNo, ui->contour, &CONTOUR::onChangedPointNo);
-    connectMessages();
+    const auto add = [this](const char* word, const char* unit, int maxSpeed) { // units a minute
+        const QString name = QLatin1String(word);
+        const VirtualAxis::Row row{findChild<PoLabel*>(QStringLiteral("coord") + name),
+                                   findChild<PoLabel*>(QStringLiteral("speed") + name),
+                                   findChild<PoSprite*>(QStringLiteral("ind") + name),
+                                   findChild<QPushButton*>(QStringLiteral("pbPlus") + name),
+                                   findChild<QPushButton*>(QStringLiteral("pbMinus") + name),
+                                   findChild<QPushButton*>(QStringLiteral("pbInfo") + name)};
+        auto* axis = new VirtualAxis(name, QString::fromUtf8(unit), maxSpeed, row, &m_drives, this);
+        m_coord.insert(name, row.coord);
+        connect(axis, &VirtualAxis::message, this, &Gui::prgMessage);
+        connect(axis, &VirtualAxis::coordChanged, ui->contour, &CONTOUR::onCoordsChanged);
+        return axis;
+    };
+    m_x = add("X", "мм", 3000);
+    m_z = add("Z", "мм", 3000);
+    m_phi = add("PHI", "град", 900);
 }

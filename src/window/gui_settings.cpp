@@ -7,8 +7,11 @@
 
 namespace {
 
-const char* const kMultipliers[] = {"LX", "LY", "A", "B", "C", "D", "U", "V"};
-const char* const kSpeeds[] = {"LX", "LY", "A", "B", "C", "D", "U", "V", "X", "Z", "PHI"};
+// Of the rows with a speed: those of the pairs begin with that of the first.
+QStringList speedRows()
+{
+    return Handwheels::axes() + QStringList{QStringLiteral("X"), QStringLiteral("Z"), QStringLiteral("PHI")};
+}
 
 PoLabel* speedLabel(const QWidget* window, const QString& name)
 {
@@ -21,12 +24,8 @@ PoLabel* speedLabel(const QWidget* window, const QString& name)
 void Gui::loadIni()
 {
     const Settings settings;
-    for (const char* name : kMultipliers) {
-        const QString axis = QLatin1String(name);
-        m_lirMult[axis] = settings.value(QStringLiteral("LIR/") + axis, 0).toInt();
-    }
-    for (const char* name : kSpeeds) {
-        const QString axis = QLatin1String(name);
+    m_wheels->load(settings);
+    for (const QString& axis : speedRows()) {
         const float speed = storedSpeed(float(settings.value(QStringLiteral("speed") + axis, 0).toInt()));
         speedLabel(this, axis)->setValue(speed, 0);
         // The two axes of a pair begin with one speed.
@@ -38,14 +37,10 @@ void Gui::loadIni()
 void Gui::saveIni()
 {
     Settings settings;
-    for (const char* name : kMultipliers) {
-        const QString axis = QLatin1String(name);
-        settings.setValue(QStringLiteral("LIR/") + axis, m_lirMult[axis]);
-    }
+    m_wheels->save(settings);
     // Written as they are, with fractions; read back as whole numbers, so that every run begins with
     // speeds that can be read on their labels.
-    for (const char* name : kSpeeds) {
-        const QString axis = QLatin1String(name);
+    for (const QString& axis : speedRows()) {
         settings.setValue(QStringLiteral("speed") + axis, speedLabel(this, axis)->value());
     }
 }

@@ -91,6 +91,37 @@ constexpr uint count(const T (&)[N])
     return uint(N);
 }
 
+void drawChannelState(Gui* gui, int channel, PoLabel* label, uint state)
+{
+    const bool known = state > 0 && state < count(kChannelStates);
+    const ChannelState& shown = kChannelStates[known ? state : 0];
+    const QString text = QString::fromUtf8(shown.text);
+    label->setText(known ? text : text.arg(state));
+    setWindowColour(label, state == DriveStatus::channelRuns ? kActive : kRest);
+    if (shown.line)
+        gui->prgMessage(QString::fromUtf8(shown.line).arg(channel), true);
+}
+
+void drawChannelMode(PoLabel* label, uint mode)
+{
+    switch (mode) {
+    case 1:
+        label->setText(QStringLiteral("ручной"));
+        break;
+    case 4:
+        label->setText(QStringLiteral("MDI"));
+        break;
+    case 5:
+        label->setText(QStringLiteral("автомат"));
+        break;
+    case 14:
+        label->setText(QStringLiteral("WCS"));
+        break;
+    default:
+        label->setText(QString::number(mode));
+    }
+}
+
 } // namespace
 
 void Gui::onChangedCNCConnected(bool connected)
@@ -113,52 +144,20 @@ void Gui::onChangedELAConnected(bool connected)
     showConnection(ui->lblELA, connected);
 }
 
-void Gui::drawChannelState(int channel, PoLabel* label, uint state)
-{
-    const bool known = state > 0 && state < count(kChannelStates);
-    const ChannelState& shown = kChannelStates[known ? state : 0];
-    const QString text = QString::fromUtf8(shown.text);
-    label->setText(known ? text : text.arg(state));
-    setWindowColour(label, state == DriveStatus::channelRuns ? kActive : kRest);
-    if (shown.line)
-        prgMessage(QString::fromUtf8(shown.line).arg(channel), true);
-}
-
 void Gui::onChangedChannelState1(uint state)
 {
-    drawChannelState(1, ui->channel1State, state);
-    m_channel1State = state;
-    updateTrans();
+    drawChannelState(this, 1, ui->channel1State, state);
+    m_interlocks->setChannel1State(state);
 }
 
 void Gui::onChangedChannelState2(uint state)
 {
-    drawChannelState(2, ui->channel2State, state);
+    drawChannelState(this, 2, ui->channel2State, state);
 }
 
 void Gui::onChangedChannelState3(uint state)
 {
-    drawChannelState(3, ui->channel3State, state);
-}
-
-void Gui::drawChannelMode(PoLabel* label, uint mode)
-{
-    switch (mode) {
-    case 1:
-        label->setText(QStringLiteral("ручной"));
-        break;
-    case 4:
-        label->setText(QStringLiteral("MDI"));
-        break;
-    case 5:
-        label->setText(QStringLiteral("автомат"));
-        break;
-    case 14:
-        label->setText(QStringLiteral("WCS"));
-        break;
-    default:
-        label->setText(QString::number(mode));
-    }
+    drawChannelState(this, 3, ui->channel3State, state);
 }
 
 void Gui::onChangedChannelMode1(uint mode)
@@ -178,34 +177,14 @@ void Gui::onChangedChannelMode3(uint mode)
 
 void Gui::onChangedStateVirtual(uint value)
 {
-    m_virtualState = value;
-    VirtualAxisStateChanged(value);
+    for (VirtualAxis* axis : {m_x, m_z, m_phi})
+        axis->setState(value);
 }
 
 void Gui::VirtualAxisStateChanged(uint state)
 {
-    static constexpr int kLamps[] = {0, 2, 1, 4, 2}; // gray, yellow, green, red, yellow
-    if (state >= count(kLamps))
-        return;
-    for (const VirtualAxis& axis : m_virtual)
-        axis.lamp->setSprite(kLamps[state]);
-}
-
-void Gui::showVirtualCoord(VirtualIndex index, float value)
-{
-    VirtualAxis& axis = m_virtual[index];
-    axis.value = value;
-    axis.coordLabel->setValue(value, 2);
-    ui->contour->onCoordsChanged();
-}
-
-// The controller reports the ends of the virtual axes by the buttons that drive towards them: the maximum
-// takes away plus, whose command is the negative one.
-void Gui::setVirtualEnd(VirtualIndex index, bool maximum, bool on)
-{
-    VirtualAxis& axis = m_virtual[index];
-    (maximum ? axis.atMax : axis.atMin) = on;
-    (maximum ? axis.plus : axis.minus)->setDisabled(on);
+    for (VirtualAxis* axis : {m_x, m_z, m_phi})
+        axis->showState(state);
 }
 
 void Gui::changedMode(uint value)
@@ -221,8 +200,7 @@ void Gui::changedMode(uint value)
 
 void Gui::changedModeTime(uint value)
 {
-    m_modeMinutes = int(value / 60);
-    m_modeSeconds = int(value % 60);
+    m_modeTime = value;
     const auto two = [](uint number) { return QStringLiteral("%1").arg(number, 2, 10, QLatin1Char('0')); };
     ui->lblVacuumTime->setText(
         QStringLiteral("%1:%2:%3").arg(two(value / 3600), two(value / 60 % 60), two(value % 60)));
@@ -241,8 +219,8 @@ void Gui::changedModeState(uint state)
         setWindowColour(ui->lblVacuumActive, kActive);
         prgMessage(
             QStringLiteral("[I]Автоматический алгоритм выполнен, время выполнения - %1 минут %2 секунд")
-                .arg(m_modeMinutes)
-                .arg(m_modeSeconds),
+                .arg(m_modeTime / 60)
+                .arg(m_modeTime % 60),
             true);
         break;
     default:

@@ -78,21 +78,27 @@ private slots:
     void init() { begin(); }
     void cleanup() { end(); }
     void speedsSurviveARestart();
-    void spoiledSettings_data();
     void spoiledSettings();
-    void noSettingsAtAll();
     void linkLostAndBack();
-    void controllerThereBeforeTheWindow();
     void controllerSpeaksIntoTheBoxOfAFirstDay();
     void windowAndVacuumPanel();
     void programName();
     void login();
     void keySwitchDuringTheLogin();
-    void administratorComesUnnamed();
     void exitByKeys();
     void unknownNames();
     void onlyOneInstance();
     void textsFit();
+
+private:
+    QString topBar() const // what it tells of the vacuum
+    {
+        QStringList texts;
+        for (const char* label :
+             {"lblVacuumState", "lblVacuumTime", "lblVacuumActive", "VacuumChamber", "VacuumGun"})
+            texts << w<QLabel>(label)->text();
+        return texts.join('|');
+    }
 };
 
 void TestGui::speedsSurviveARestart()
@@ -116,64 +122,40 @@ void TestGui::speedsSurviveARestart()
     QCOMPARE(QSettings(site().path(settingsFile), QSettings::IniFormat).value("LIR/LY").toInt(), 3);
 }
 
-void TestGui::spoiledSettings_data()
-{
-    QTest::addColumn<QByteArray>("value"); // of every key that the console itself has written
-    QTest::addColumn<QString>("jog");
-    for (const char* noise : {"99999999999999999999", "-1e300", "nan", "many", "1, 2, 3", "@Rect(1 2 3 4)",
-                              "@Invalid()", "@Variant(\\0\\0\\x7f\\xff)", "\"", "\\x"})
-        QTest::addRow("%s", noise) << QByteArray(noise) << "0";
-    // The speed of a jog must not turn round.
-    for (const char* speed : {"2147483647", "-2147483648", "-200", "3001"})
-        QTest::addRow("%s", speed) << QByteArray(speed) << "0";
-    QTest::newRow("fastest") << QByteArray("3000") << "3000";
-}
-
 void TestGui::spoiledSettings()
 {
-    QFETCH(QByteArray, value);
-    QFETCH(QString, jog);
     m_gui.reset();
-    QByteArray spoiled;
-    for (const QByteArray& line : m_site->read(settingsFile).split('\n'))
-        spoiled += (line.contains('=') ? line.left(line.indexOf('=') + 1) + value : line) + '\n';
-    QVERIFY(spoiled.count(value) > 30);
-    QFile file(site().path(settingsFile));
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    file.write(spoiled);
-    file.close();
-
-    start();
-    QTest::mouseClick(w("pbPlusD"), Qt::LeftButton);
-    SENT("MOVE(D," + jog + ")", "MOVE(D,0)");
-    QTest::mouseClick(w("pbMinusLX"), Qt::LeftButton);
-    SENT("MOVE(LX,-" + jog + ")", "MOVE(LX,0)");
-    if (jog == QLatin1String("0"))
-        QCOMPARE(w<PoLabel>("speedPHI")->text(), jog);
-    m_gui.reset();
-    QCOMPARE(QSettings(site().path(settingsFile), QSettings::IniFormat).status(), QSettings::NoError);
-}
-
-// Bytes of no meaning, or a folder where the file should be.
-void TestGui::noSettingsAtAll()
-{
+    const QByteArray good = m_site->read(settingsFile);
+    QVERIFY(good.count('=') > 30);
+    const auto with = [&good](const QByteArray& value) { // in the place of each
+        QByteArray spoiled;
+        for (const QByteArray& line : good.split('\n'))
+            spoiled += (line.contains('=') ? line.left(line.indexOf('=') + 1) + value : line) + '\n';
+        return spoiled;
+    };
     QRandomGenerator random(5);
-    for (int round = 0; round < 4; ++round) {
+    QByteArray noise;
+    for (int i = 0; i < 20'000; ++i)
+        noise += char(random.bounded(256));
+    const QByteArray folder; // where the file should be
+    // The speed of a jog must not turn round.
+    for (const QByteArray& file :
+         {with("3000"), with("3001"), with("-2147483648"), with("99999999999999999999"), with("nan"),
+          with("@Variant(\\0\\0\\x7f\\xff)"), with("\""), noise, folder}) {
         m_gui.reset();
-        QFile file(site().path(settingsFile));
-        file.remove();
-        if (round == 3) {
-            QVERIFY(QDir().mkpath(file.fileName()));
-        } else {
-            QVERIFY(file.open(QIODevice::WriteOnly));
-            for (int i = 0; i < 20'000; ++i)
-                file.putChar(char(random.bounded(256)));
-            file.close();
-        }
+        QFile target(site().path(settingsFile));
+        target.remove();
+        QVERIFY(file == folder ? QDir().mkpath(target.fileName()) : target.open(QIODevice::WriteOnly));
+        if (target.isOpen())
+            target.write(file);
+        target.close();
+
         start();
+        const QString speed = file == with("3000") ? "3000" : "0";
         for (const char* label : {"speedLX", "speedLX2", "speedU2", "speedV", "speedPHI"})
-            QCOMPARE(w<PoLabel>(label)->value(), 0.0F);
-        SENT();
+            QCOMPARE(w<PoLabel>(label)->text(), speed);
+        QTest::mouseClick(w("pbMinusLX"), Qt::LeftButton);
+        SENT("MOVE(LX,-" + speed + ")", "MOVE(LX,0)");
     }
 }
 
@@ -199,16 +181,6 @@ void TestGui::linkLostAndBack()
     SENT("STOP_PRG");
 }
 
-// A vacuum controller answers while the form is still set up, when nobody listens yet.
-void TestGui::controllerThereBeforeTheWindow()
-{
-    m_gui.reset();
-    const VacuumController kvs(vacuumwire::kvs(), site().kvs);
-    start();
-    QCOMPARE(colour("lblKVS"), QColor(Qt::green));
-    QCOMPARE(colour("lblKVK"), QColor(Qt::red));
-}
-
 // The box about a missing user file lets in datagrams before the window listens; the first tells all fields.
 void TestGui::controllerSpeaksIntoTheBoxOfAFirstDay()
 {
@@ -230,14 +202,10 @@ void TestGui::controllerSpeaksIntoTheBoxOfAFirstDay()
         wait->start(5);
     });
     start();
+    QCOMPARE(colour("lblKVK"), QColor(Qt::green)); // told before anyone listened
+    QCOMPARE(colour("lblKVS"), QColor(Qt::red));
     QVERIFY(m_gui->lock("LOCK:LockShutdown")->state() && m_gui->lock("LOCK:LockSpiral")->state());
-    const std::pair<const char*, const char*> texts[] = {{"lblVacuumState", "Откачка камеры"},
-                                                         {"lblVacuumTime", "00:01:01"},
-                                                         {"lblVacuumActive", "Выполняется"},
-                                                         {"VacuumChamber", "4.0E-03"},
-                                                         {"VacuumGun", "2.0E-03"}};
-    for (const auto& [label, text] : texts)
-        QCOMPARE(w<QLabel>(label)->text(), QString::fromUtf8(text));
+    QCOMPARE(topBar(), QStringLiteral("Откачка камеры|00:01:01|Выполняется|4.0E-03|2.0E-03"));
     for (const char* gauge : {"VacuumChamber", "VacuumGun"})
         QCOMPARE(colour(gauge), QColor(189, 255, 180));
     for (const char* line :
@@ -259,14 +227,8 @@ void TestGui::windowAndVacuumPanel()
     kvk.keepTelling();
     QTRY_COMPARE(w<QLabel>("FreqTMN")->text(), QStringLiteral("7")); // the last field
     touch("lblPT2u");
-    const std::pair<const char*, const char*> texts[] = {{"lblVacuumState", "Откачка камеры"},
-                                                         {"lblVacuumTime", "00:01:01"},
-                                                         {"lblVacuumActive", "Выполняется"},
-                                                         {"VacuumChamber", "3.0E-05"},
-                                                         {"VacuumGun", "1.5E-05"},
-                                                         {"lblVacuumGun", "Пушка, мм.рт.ст."}};
-    for (const auto& [label, text] : texts)
-        QCOMPARE(w<QLabel>(label)->text(), QString::fromUtf8(text));
+    QCOMPARE(topBar(), QStringLiteral("Откачка камеры|00:01:01|Выполняется|3.0E-05|1.5E-05"));
+    QCOMPARE(w<QLabel>("lblVacuumGun")->text(), QStringLiteral("Пушка, мм.рт.ст."));
     QCOMPARE(m_gui->pressure(), 4e-3F);
     QCOMPARE(colour("VacuumChamber"), QColor(189, 255, 180));
     kvk.put({{"PT5Valid", 0}, {"SpiralLock", 0}, {"ShutdownLock", 1}});
@@ -287,39 +249,50 @@ void TestGui::windowAndVacuumPanel()
 
 void TestGui::programName()
 {
-    m_gui->setProgramName(QStringLiteral("/home//oper/шов 3.save/"), false);
-    QCOMPARE(m_gui->programName(), QStringLiteral("шов 3.save"));
-    QCOMPARE(w<QLabel>("lblContour")->text(), QStringLiteral("шов 3.save"));
-    QCOMPARE(colour("lblContour"), QColor(Qt::blue));
-    m_gui->setProgramName(QStringLiteral("шов"), true);
-    QCOMPARE(m_gui->programName(), QStringLiteral("шов"));
-    QCOMPARE(w<QLabel>("lblContour")->text(), QStringLiteral("шов (без управления током)"));
-    QCOMPARE(colour("lblContour"), QColor(Qt::red));
-    m_gui->setProgramName(QStringLiteral("//"), false);
-    QCOMPARE(m_gui->programName(), QString());
+    const std::tuple<const char*, bool, const char*, const char*> rows[] = {
+        {"/home//oper/шов 3.save/", false, "шов 3.save", "шов 3.save"},
+        {"шов", true, "шов", "шов (без управления током)"},
+        {"//", false, "", ""}};
+    for (const auto& [path, withoutCurrent, name, shown] : rows) {
+        m_gui->setProgramName(QString::fromUtf8(path), withoutCurrent);
+        QCOMPARE(m_gui->programName(), QString::fromUtf8(name));
+        QCOMPARE(w<QLabel>("lblContour")->text(), QString::fromUtf8(shown));
+        QCOMPARE(colour("lblContour"), QColor(withoutCurrent ? Qt::red : Qt::blue));
+    }
 }
 
 void TestGui::login()
 {
     QSignalSpy users(m_gui.get(), &Gui::signalUserChange);
-    const QString nobody =
+    const QString su = QStringLiteral("su"), password = QStringLiteral("46920137");
+    const QString unchanged = QStringLiteral("Смена пользователя не выполнена");
+    logIn(su, password);
+    touch("pbChangeUser"); // the administrator comes unnamed
+    QCOMPARE(users.takeFirst(), QVariantList{0});
+    QCOMPARE(list().last(), unchanged);
+    QCOMPARE(m_gui->getUserName(), QStringLiteral(" ")); // nobody has logged in at start
+    cancelLogin();
+    touch("pbChangeUser");
+    QCOMPARE(users.takeFirst(), QVariantList{-1});
+    QCOMPARE(list().last(), unchanged);
+
+    const QString labels =
         w<QLabel>("lblUserRight")->text() + QLatin1Char(' ') + w<QLabel>("lblUserName")->text();
     cancelLogin();
     QVERIFY(!m_gui->autorizationAccepted());
     QCOMPARE(users.takeFirst(), QVariantList{-1});
-    QCOMPARE(list().last(), "Регистрация пользователя - " + nobody);
-
-    logIn(QStringLiteral("su"), QStringLiteral("46920137"));
+    QCOMPARE(list().last(), "Регистрация пользователя - " + labels);
+    logIn(su, password);
     QVERIFY(m_gui->autorizationAccepted());
     QCOMPARE(users.takeFirst(), QVariantList{0});
     QCOMPARE(m_gui->getUserName(), QStringLiteral("Администратор Администратор"));
     QVERIFY(
         journal().contains(QStringLiteral("[I]Регистрация пользователя - Администратор Администратор\n")));
 
-    m_gui->onUserChanged(2);
-    QVERIFY(!w("pbConstants")->isVisible());
-    m_gui->onUserChanged(-1);
-    QVERIFY(w("pbConstants")->isVisible());
+    for (const int group : {2, -1}) {
+        m_gui->onUserChanged(group);
+        QCOMPARE(w("pbConstants")->isVisible(), group < 2);
+    }
 }
 
 // The window that would tell why is not on view yet.
@@ -328,7 +301,7 @@ void TestGui::keySwitchDuringTheLogin()
     m_gui->hide();
     whenOpen(QStringLiteral("AutorizationDialog"), [this](QWidget* dialog) {
         const auto end = qScopeGuard([dialog] { qobject_cast<QDialog*>(dialog)->reject(); });
-        QVERIFY(QTest::qWaitForWindowActive(dialog->window()));
+        QTRY_COMPARE(QApplication::activeWindow(), dialog->window()); // and not the one behind it
         auto* password = dialog->findChild<QLineEdit*>("lePassword");
         const auto* title = dialog->window()->findChild<QLabel*>("lblTitle");
         password->setFocus();
@@ -347,20 +320,6 @@ void TestGui::keySwitchDuringTheLogin()
         m_gui->onAccessChanged(true);
     });
     QVERIFY(!m_gui->autorizationAccepted());
-}
-
-void TestGui::administratorComesUnnamed()
-{
-    QSignalSpy users(m_gui.get(), &Gui::signalUserChange);
-    logIn(QStringLiteral("su"), QStringLiteral("46920137"));
-    touch("pbChangeUser");
-    QCOMPARE(users.takeFirst(), QVariantList{0});
-    QCOMPARE(list().last(), QStringLiteral("Смена пользователя не выполнена"));
-    QCOMPARE(m_gui->getUserName(), QStringLiteral(" ")); // nobody has logged in at start
-    cancelLogin();
-    touch("pbChangeUser");
-    QCOMPARE(users.takeFirst(), QVariantList{-1});
-    QCOMPARE(list().last(), QStringLiteral("Смена пользователя не выполнена"));
 }
 
 void TestGui::exitByKeys()

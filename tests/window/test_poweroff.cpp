@@ -39,7 +39,6 @@ private slots:
     void signalsEndWhatNoTouchOpened();
 
     void countsDown();
-    void goesOnWorking();
 
     void manuals();
     void programsThatAreMissing();
@@ -192,29 +191,8 @@ void TestPowerOff::signalsEndWhatNoTouchOpened()
     QCoreApplication::exec();
 }
 
+// Two units ask; the operator goes on working for one of them.
 void TestPowerOff::countsDown()
-{
-    SystemOff dialog(nullptr, nullptr);
-    dialog.show();
-    QSignalSpy off(&dialog, &SystemOff::turnOff);
-    QSignalSpy message(&dialog, &SystemOff::message);
-    const auto* seconds = dialog.findChild<QLabel*>("lblSeconds");
-    QCOMPARE(seconds->text(), QString("60"));
-    QTRY_COMPARE(seconds->text(), QString("59")); // by itself
-    for (int left = 58; left > 0; --left) {
-        dialog.timeChanged();
-        QCOMPARE(seconds->text(), QString::number(left));
-    }
-    QVERIFY(off.isEmpty() && dialog.isVisible());
-    dialog.timeChanged();
-    QCOMPARE(off.size(), 1);
-    QVERIFY(!dialog.isVisible());
-    QVERIFY(message.isEmpty());
-    QTest::qWait(1100); // nothing goes on counting
-    QCOMPARE(off.size(), 1);
-}
-
-void TestPowerOff::goesOnWorking()
 {
     QTcpServer unit;
     QVERIFY(unit.listen(QHostAddress::LocalHost));
@@ -223,22 +201,36 @@ void TestPowerOff::goesOnWorking()
     QVERIFY(link.connect("127.0.0.1", unit.serverPort(), site().kvs.udpPort, &none));
     QVERIFY(unit.waitForNewConnection(1000));
     QTcpSocket* peer = unit.nextPendingConnection();
-
-    SystemOff dialog(&link, nullptr);
+    SystemOff cancelled(&link, nullptr), dialog(nullptr, nullptr);
+    QSignalSpy cancelledOff(&cancelled, &SystemOff::turnOff), off(&dialog, &SystemOff::turnOff);
+    QSignalSpy cancelledSays(&cancelled, &SystemOff::message), says(&dialog, &SystemOff::message);
+    cancelled.show();
     dialog.show();
-    QSignalSpy off(&dialog, &SystemOff::turnOff);
-    QSignalSpy message(&dialog, &SystemOff::message);
-    QTest::mouseClick(dialog.findChild<QPushButton*>("pbCancel"), Qt::LeftButton);
-    QVERIFY(!dialog.isVisible());
-    QCOMPARE(message,
+    const auto* seconds = dialog.findChild<QLabel*>("lblSeconds");
+    QCOMPARE(seconds->text(), QString("60"));
+    QTest::mouseClick(cancelled.findChild<QPushButton*>("pbCancel"), Qt::LeftButton);
+    QVERIFY(!cancelled.isVisible());
+    QCOMPARE(cancelledSays,
              (QList<QVariantList>{{"[I]Автоматическое завершение работы отменено пользователем", true}}));
     const QByteArray text = "SET turnSystemOff := off;";
     QByteArray received;
     QTRY_VERIFY((received += peer->readAll()).endsWith(text));
     QCOMPARE(qFromLittleEndian<quint16>(received.constData() + received.size() - text.size() - 2),
              quint16(text.size()));
-    QTest::qWait(1100);
-    QVERIFY(off.isEmpty());
+
+    QTRY_COMPARE(seconds->text(), QString("59")); // by itself
+    for (int left = 58; left > 0; --left) {
+        dialog.timeChanged();
+        QCOMPARE(seconds->text(), QString::number(left));
+    }
+    QVERIFY(off.isEmpty() && dialog.isVisible());
+    dialog.timeChanged();
+    QCOMPARE(off.size(), 1);
+    QVERIFY(!dialog.isVisible() && says.isEmpty());
+    QTest::qWait(1100); // nothing goes on counting
+    QCOMPARE(off.size(), 1);
+    QVERIFY(cancelledOff.isEmpty());
+    QCOMPARE(cancelled.findChild<QLabel*>("lblSeconds")->text(), QString("60"));
     link.disconnect();
 }
 

@@ -45,10 +45,16 @@ if(MIRTA_SANITIZE)
 endif()
 
 # A file that is new among the sources of a library reaches moc in the same build: their list is not among what
-# Ninja watches.
+# Ninja watches, so a list that has changed takes away the mark that moc has been there.
 function(mirta_watch_sources target)
   get_target_property(sources ${target} SOURCES)
   set(list ${CMAKE_CURRENT_BINARY_DIR}/${target}-sources.txt)
-  file(CONFIGURE OUTPUT ${list} CONTENT "${sources}")
-  set_property(TARGET ${target} APPEND PROPERTY AUTOGEN_TARGET_DEPENDS ${list})
+  set(before "")
+  if(EXISTS ${list})
+    file(READ ${list} before)
+  endif()
+  if(NOT before STREQUAL sources)
+    file(WRITE ${list} "${sources}")
+    file(REMOVE ${CMAKE_CURRENT_BINARY_DIR}/${target}_autogen/timestamp)
+  endif()
 endfunction()

@@ -247,6 +247,13 @@ private:
     double m_motionEnd = 0, m_turnEnd = 0, m_beamEnd = 0;
 };
 
+QString weldTrouble(const WeldTables& tables, int lookAt)
+{
+    WeldRun run(tables);
+    run.weld(lookAt);
+    return run.trouble();
+}
+
 // Numbers of the events by which channel 1 (on a ring: and 2) goes on after its stops.
 QStringList stopEvents(const QString& channel1, bool ring)
 {
@@ -354,9 +361,7 @@ void TestWeldRuns::anyDirection()
         maker.mayStop = false;
         maker.oneSpeed = true;
         const WeldTables tables = maker.make();
-        WeldRun run(tables);
-        run.weld(WeldRun::InStep);
-        return run.trouble();
+        return weldTrouble(tables, WeldRun::InStep);
     });
     QCOMPARE(trouble, QString());
 }
@@ -376,9 +381,7 @@ void TestWeldRuns::outOfStep()
         tables.contour.moveForward = seed % 3 == 0;
         tables.contour.length = float(passLength(tables.contour));
         tables.tech.last().path = float(totalLength(tables.contour));
-        WeldRun run(tables);
-        run.weld(WeldRun::Runs);
-        return run.trouble();
+        return weldTrouble(tables, WeldRun::Runs);
     });
     QCOMPARE(trouble, QString());
 }
@@ -397,9 +400,8 @@ void TestWeldRuns::rowsThatGoBack()
         const WeldDoubt::Kind doubt = contourPrograms(tables, stage).doubt.kind;
         const bool inTime = doubt == WeldDoubt::None || doubt == WeldDoubt::OffSeam;
         ++told[doubt];
-        WeldRun run(tables);
-        run.weld((inTime ? WeldRun::InTime : 0) | (doubt == WeldDoubt::None ? WeldRun::OnContour : 0));
-        return run.trouble();
+        return weldTrouble(tables, (inTime ? WeldRun::InTime : 0) |
+                                       (doubt == WeldDoubt::None ? WeldRun::OnContour : 0));
     });
     QCOMPARE(trouble, QString());
     for (const auto& [doubt, least] : {std::pair(WeldDoubt::None, 20), std::pair(WeldDoubt::OffSeam, 4),

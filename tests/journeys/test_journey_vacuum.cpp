@@ -14,6 +14,8 @@ private slots:
     void aValveJamsInTheMiddle();
 
 private:
+    void pumpDown();
+    void weldAndGoHome();
     // A regime by its button, confirmed, until the chamber's controller reports it.
     void start(const QString& button, const QString& shown);
     // The same to its end, while the day runs faster.
@@ -82,65 +84,75 @@ void TestJourneyVacuum::expectChamber(double from, double to)
     Hand::expect(shown.toDouble() > from && shown.toDouble() < to, "pressure in the chamber: " + shown);
 }
 
+void TestJourneyVacuum::pumpDown()
+{
+    Operator& hand = m_journey->hand;
+    waitLine("[I]Дверь камеры отжата");
+    hand.waitText("PT5", "1.0E+05");
+    run("sbVacPrepare", "Подготовка");
+    waitLine("[I]Диффузионный насос ND1 включен");
+    Hand::expect(hand.text("ND1temp").toDouble() > 170, "hot oil: " + hand.text("ND1temp"));
+
+    // With the door open the chamber's controller does not rough; closed and pressed it does.
+    hand.tap("sbVacForepump");
+    hand.tap("pbYes");
+    waitLine("REFUSED ALG(3): the door is not closed");
+    m_journey->plant().instruct("door close");
+    waitLine("[I]Дверь закрыта");
+    command("Door", "[I]Дверь камеры прижата");
+    run("sbVacForepump", "Форвакуумная откачка");
+    expectChamber(1, 5.1);
+
+    // No drives yet, and VP4 stays closed: VP3 is open.
+    hand.tap("sbDrives");
+    hand.tap("VP4");
+    hand.waitVisible("sbSwitch");
+    hand.tap("sbSwitch");
+    Hand::expect(hand.visible("sbSwitch"), "a locked button does not hide its dialog");
+    hand.tap("pbHide");
+    run("sbVacPumping", "Откачка камеры");
+    expectChamber(0, 1.05e-2);
+    Hand::expect(!m_journey->journal().contains("'Включить питание приводов'"), "the drives were locked");
+}
+
+void TestJourneyVacuum::weldAndGoHome()
+{
+    Operator& hand = m_journey->hand;
+    speed(20);
+    hand.switchOn(true);
+    hand.tap("pbLoad");
+    hand.tapItem("listWidget_prog", "contour");
+    hand.tap("pbLoad");
+    hand.waitGone("listWidget_prog");
+    hand.tapTab("contour", 1);
+    hand.tap("pbGcode");
+    waitLine("Канал 3: выполнение автоматической программы");
+    hand.waitText("channel3State", "бездействие", 60'000);
+    hand.waitIdle();
+    Hand::expect(hand.text("coordLX") == "100.00", "the seam ends at 100 mm");
+
+    // Bleeding waits for the drives.
+    speed(kWork);
+    start("sbVacFilling", "Напуск в камеру");
+    waitLine("[I]Затвор VP1 закрыт");
+    hand.tap("sbDrives");
+    waitDone();
+    expectChamber(9.5e4, 1.1e5);
+    command("Door", "[I]Дверь камеры отжата");
+    m_journey->plant().instruct("door open");
+    waitLine("[I]Дверь открыта");
+
+    run("sbVacShutdown", "Завершение работы");
+    waitLine("[I]Повысительный насос NW2 выключен");
+}
+
 void TestJourneyVacuum::fromTheAirToAWeldAndHome()
 {
     Journey journey(kWork, true, true);
     m_journey = &journey;
-    Operator& hand = journey.hand;
     const QString trouble = journey.runLoggedIn([&] {
-        waitLine("[I]Дверь камеры отжата");
-        hand.waitText("PT5", "1.0E+05");
-        run("sbVacPrepare", "Подготовка");
-        waitLine("[I]Диффузионный насос ND1 включен");
-        Hand::expect(hand.text("ND1temp").toDouble() > 170, "hot oil: " + hand.text("ND1temp"));
-
-        // With the door open the chamber's controller does not rough; closed and pressed it does.
-        hand.tap("sbVacForepump");
-        hand.tap("pbYes");
-        waitLine("REFUSED ALG(3): the door is not closed");
-        journey.plant().instruct("door close");
-        waitLine("[I]Дверь закрыта");
-        command("Door", "[I]Дверь камеры прижата");
-        run("sbVacForepump", "Форвакуумная откачка");
-        expectChamber(1, 5.1);
-
-        // No drives yet, and VP4 stays closed: VP3 is open.
-        hand.tap("sbDrives");
-        hand.tap("VP4");
-        hand.waitVisible("sbSwitch");
-        hand.tap("sbSwitch");
-        Hand::expect(hand.visible("sbSwitch"), "a locked button does not hide its dialog");
-        hand.tap("pbHide");
-        run("sbVacPumping", "Откачка камеры");
-        expectChamber(0, 1.05e-2);
-        Hand::expect(!journey.journal().contains("'Включить питание приводов'"), "the drives were locked");
-
-        speed(20);
-        hand.switchOn(true);
-        hand.tap("pbLoad");
-        hand.tapItem("listWidget_prog", "contour");
-        hand.tap("pbLoad");
-        hand.waitGone("listWidget_prog");
-        hand.tapTab("contour", 1);
-        hand.tap("pbGcode");
-        waitLine("Канал 3: выполнение автоматической программы");
-        hand.waitText("channel3State", "бездействие", 60'000);
-        hand.waitIdle();
-        Hand::expect(hand.text("coordLX") == "100.00", "the seam ends at 100 mm");
-
-        // Bleeding waits for the drives.
-        speed(kWork);
-        start("sbVacFilling", "Напуск в камеру");
-        waitLine("[I]Затвор VP1 закрыт");
-        hand.tap("sbDrives");
-        waitDone();
-        expectChamber(9.5e4, 1.1e5);
-        command("Door", "[I]Дверь камеры отжата");
-        journey.plant().instruct("door open");
-        waitLine("[I]Дверь открыта");
-
-        run("sbVacShutdown", "Завершение работы");
-        waitLine("[I]Повысительный насос NW2 выключен");
+        pumpDown();
+        weldAndGoHome();
     });
     QCOMPARE(trouble, QString());
     QVERIFY(!journey.journal().contains("ошибка"));

@@ -24,6 +24,8 @@ private:
     void expectAt(const QString& axis, const QString& coordinate);
     void expect(int channel, const QByteArray& part);
     void newContour(const QString& scheme);
+    void teachLine(); // of 100 mm along LX
+    void backToStart();
 
     Journey* m_journey = nullptr;
     Operator* m_hand = nullptr;
@@ -110,30 +112,38 @@ void TestJourneyWeld::newContour(const QString& scheme)
     m_hand->tapMenu(scheme);
 }
 
+void TestJourneyWeld::teachLine()
+{
+    Operator& hand = *m_hand;
+    newContour("Смешаная интерполяция");
+    hand.teachPoint();
+    hand.jog("pbMinusZ", "Z", 5); // the button of this name jogs towards positive Z
+    Hand::expect(hand.text("coordZ").toDouble() > 4, "Z went up");
+    hand.moveTo("Z", "0");
+    hand.jog("pbPlusLX", "LX", 20);
+    Hand::expect(hand.text("coordLX").toDouble() > 19, "LX went forth");
+    hand.moveTo("LX", "100");
+    hand.teachPoint();
+    Hand::expect(hand.rows("twContour") == 2, "two points");
+    hand.waitText("length", "100.00");
+    hand.setNumber("contourSpeed", "1200");
+}
+
+void TestJourneyWeld::backToStart()
+{
+    m_hand->tapTab("contour", 0);
+    m_hand->tapCell("twContour", 0, 0);
+    m_hand->waitText("coordLX", "0.00");
+    m_hand->waitIdle();
+    m_hand->tapTab("contour", 1);
+}
+
 void TestJourneyWeld::linesTaughtByJogging()
 {
     Journey journey(20);
     const CommandLog log;
     play(journey, [&](Operator& hand) {
-        newContour("Смешаная интерполяция");
-        hand.teachPoint();
-        hand.jog("pbMinusZ", "Z", 5); // the button of this name jogs towards positive Z
-        Hand::expect(hand.text("coordZ").toDouble() > 4, "Z went up");
-        hand.moveTo("Z", "0");
-        hand.jog("pbPlusLX", "LX", 20);
-        Hand::expect(hand.text("coordLX").toDouble() > 19, "LX went forth");
-        hand.moveTo("LX", "100");
-        hand.teachPoint();
-        Hand::expect(hand.rows("twContour") == 2, "two points");
-        hand.waitText("length", "100.00");
-        hand.setNumber("contourSpeed", "1200");
-        const auto backToStart = [&] {
-            hand.tapTab("contour", 0);
-            hand.tapCell("twContour", 0, 0);
-            hand.waitText("coordLX", "0.00");
-            hand.waitIdle();
-            hand.tapTab("contour", 1);
-        };
+        teachLine();
         backToStart();
         hand.setNumber("weldSpeed", "600");
 

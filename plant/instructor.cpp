@@ -12,8 +12,6 @@ namespace plant {
 
 namespace {
 
-constexpr double slowest = 0.1;
-constexpr double fastest = 200;
 constexpr double longestFault = 3600; // s
 constexpr double largestLeak = 1e6;   // Pa m3/s
 
@@ -130,7 +128,7 @@ const std::vector<Instructor::Entry>& Instructor::entries()
          "no connection, or no datagrams, for a while of real time", 2, 3, &I::link},
         {"frame", "frame [kvs|kvk] bad|badtcp",
          "one datagram with a wrong signature, or text without a frame", 1, 2, &I::frame},
-        {"speed", "speed N", "simulated seconds for each real one, 0.1 to 200", 1, 1, &I::speed},
+        {"speed", "speed N", "simulated seconds for each real one, 0.1 to 1000", 1, 1, &I::speed},
         {"beam", "beam on|off", "the beam unit's program runs or hangs", 1, 1, &I::beam},
         {"quit", "quit", "ends the simulation", 0, 0, &I::quit},
     };
@@ -456,7 +454,7 @@ QString Instructor::air(const Words& w)
 QString Instructor::speed(const Words& w)
 {
     const auto factor = number(w[0]);
-    if (!factor || *factor < slowest || *factor > fastest)
+    if (!factor || *factor < slowestTime || *factor > fastestTime)
         return usage;
     emit speedWanted(*factor);
     return {};

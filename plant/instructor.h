@@ -13,6 +13,10 @@ class ControllerLink;
 class MotionController;
 class VacuumSystem;
 
+// Simulated seconds for each real one.
+constexpr double slowestTime = 0.1;
+constexpr double fastestTime = 1000;
+
 // What the instructor can do to the installation, one line at a time. Words are separated by blanks and
 // carry no case. Every line is answered with one line; an answer that begins with "error:" changed nothing.
 class Instructor : public QObject

@@ -1,5 +1,6 @@
 #include "plant/inputlines.h"
 #include "plant/installation.h"
+#include "plant/instructor.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
@@ -80,7 +81,7 @@ bool readOptions(const QCommandLineParser& parser, plant::InstallationOptions* o
     options->speed = parser.value(QStringLiteral("speed")).toDouble(&speed);
     options->seed = parser.value(QStringLiteral("seed")).toUInt(&seed);
     options->ownThread = false;
-    return seed && speed && options->speed >= 0.1 && options->speed <= 200;
+    return seed && speed && options->speed >= plant::slowestTime && options->speed <= plant::fastestTime;
 }
 
 void addOptions(QCommandLineParser* parser)
@@ -91,7 +92,7 @@ void addOptions(QCommandLineParser* parser)
         {QStringLiteral("free-ports"), QStringLiteral("a free port wherever none is given")},
         {QStringLiteral("air"),
          QStringLiteral("start with the vacuum plant off, air in the chamber, the door open")},
-        {QStringLiteral("speed"), QStringLiteral("simulated seconds for each real one, 0.1 to 200"),
+        {QStringLiteral("speed"), QStringLiteral("simulated seconds for each real one, 0.1 to 1000"),
          QStringLiteral("n"), QStringLiteral("1")},
         {QStringLiteral("shm-suffix"), QStringLiteral("end of the shared segments' keys"),
          QStringLiteral("s")},

@@ -2,21 +2,43 @@
 
 #include "screen.h"
 
+#include <QAbstractEventDispatcher>
 #include <QApplication>
 #include <QCursor>
-#include <QThread>
 #include <QWindow>
 #include <QtTest/qtestkeyboard.h>
 #include <qpa/qwindowsysteminterface.h>
 
+#include <chrono>
+#include <future>
+
 namespace {
 
-constexpr int kRest = 10; // ms
+constexpr std::chrono::seconds longestWork{10}; // of the console, upon one touch
 
 // Posted, not awaited: what a touch opens may run its own loop until the script closes it.
 void post(const std::function<void()>& function)
 {
     QMetaObject::invokeMethod(qApp, function, Qt::QueuedConnection);
+}
+
+// Until the console has taken what was posted and what that has posted in turn, and rests: out of the loops
+// of menus and dialogs that this has ended.
+void settle()
+{
+    for (int round = 0; round < 2; ++round)
+        QMetaObject::invokeMethod(
+            qApp, [] {}, Qt::BlockingQueuedConnection);
+    const auto rests = std::make_shared<std::promise<void>>();
+    post([rests] {
+        const auto once = std::make_shared<QMetaObject::Connection>();
+        *once = QObject::connect(QAbstractEventDispatcher::instance(),
+                                 &QAbstractEventDispatcher::aboutToBlock, [rests, once] {
+                                     rests->set_value();
+                                     QObject::disconnect(*once);
+                                 });
+    });
+    rests->get_future().wait_for(longestWork);
 }
 
 // Touches enter the toolkit where those of a window system would.
@@ -35,8 +57,7 @@ public:
                 post([] { send(QEvent::MouseButtonRelease); });
             send(QEvent::MouseButtonPress);
         });
-        // The queue has been run through once when this returns.
-        QThread::msleep(kRest);
+        settle();
     }
 
     void slideTo(QPoint panel) override
@@ -47,13 +68,13 @@ public:
             last.at = last.widget->mapFromGlobal(panel);
             send(QEvent::MouseMove);
         });
-        QThread::msleep(kRest);
+        settle();
     }
 
     void lift() override
     {
         post([] { send(QEvent::MouseButtonRelease); });
-        QThread::msleep(kRest);
+        settle();
     }
 
     void key(int key, const QString& text) override
@@ -62,7 +83,7 @@ public:
             if (QWindow* window = keyWindow())
                 QTest::sendKeyEvent(QTest::Click, window, Qt::Key(key), text, Qt::NoModifier);
         });
-        QThread::msleep(kRest);
+        settle();
     }
 
 private:

@@ -411,7 +411,7 @@ QString runScript(const std::function<void()>& console, const std::function<void
     if (operatorThread.joinable()) {
         // The console may have ended first; the script's last questions still want an answer.
         while (!over)
-            QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
+            QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
         operatorThread.join();
     } else {
         trouble = QStringLiteral("the console did not come up");

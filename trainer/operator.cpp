@@ -63,14 +63,23 @@ void Operator::waitIdle()
 
 void Operator::moveTo(const QString& axis, const QString& coordinate)
 {
+    const QString wanted = QString::number(coordinate.toDouble(), 'f', 2);
+    if (text("coord" + axis) == wanted)
+        return; // nothing would show that such a move has been made
     tap("coord" + axis);
     tap("lblCoord");
     enterNumber(coordinate);
     waitEnabled("pbStart");
     tap("pbStart");
     waitGone("pbStart");
-    waitText("coord" + axis, QString::number(coordinate.toDouble(), 'f', 2));
+    waitText("coord" + axis, wanted);
     waitIdle();
+}
+
+void Operator::teachPoint()
+{
+    waitEnabled("pbIns"); // once the mode and the end of the last program have been told
+    tap("pbIns");
 }
 
 void Operator::jog(const QString& button, const QString& axis, double distance)

@@ -29,6 +29,9 @@ public:
     // Sends an axis to a coordinate by its fixed move dialog and waits until it stands there.
     void moveTo(const QString& axis, const QString& coordinate);
 
+    // The point where the machine stands, into the contour.
+    void teachPoint();
+
     // Holds a jog button until the coordinate has changed by at least `distance`, then lets go.
     void jog(const QString& button, const QString& axis, double distance);
 };

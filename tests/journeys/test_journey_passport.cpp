@@ -11,59 +11,27 @@ class TestJourneyPassport : public QObject
 
 private slots:
     void aProgramOfChannelOneIsRecorded();
-
-private:
-    static QColor beamUnitLabel(Hand& hand);
 };
-
-QColor TestJourneyPassport::beamUnitLabel(Hand& hand)
-{
-    QColor colour;
-    hand.onScreen([&colour] {
-        for (QWidget* top : QApplication::topLevelWidgets()) {
-            if (auto* label = top->findChild<QLabel*>("lblELA"))
-                colour = label->palette().color(QPalette::Window);
-        }
-    });
-    return colour;
-}
 
 void TestJourneyPassport::aProgramOfChannelOneIsRecorded()
 {
     Journey journey(1);
     Operator& hand = journey.hand;
-    const QStringList program{"N1 $1",
-                              "N2 COORD(1)",
-                              "N3 G4 F0.2",
-                              "N4 COORD(2)",
-                              "N5 G90 G01 x=0.00 y=0.00 z=0.00 F600.000",
-                              "WAIT",
-                              "1 @AXISMOVING?=TRUE",
-                              "N6 G90 G01 x=10.00 y=0.00 z=0.00 F600.000",
-                              "WAIT",
-                              "2 @AXISMOVING?=FALSE",
-                              "N7 G4 F0.5",
-                              "N8 COORD(0,2)",
-                              "N9 M30"};
-    QFile file(site().path("/programs/ch1/record.npg"));
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    file.write(program.join('\n').toUtf8());
-    file.close();
+    const QByteArray program = "N1 $1\nN2 COORD(1)\nN3 G4 F0.2\nN4 COORD(2)\n"
+                               "N5 G90 G01 x=0.00 y=0.00 z=0.00 F600.000\nWAIT\n1 @AXISMOVING?=TRUE\n"
+                               "N6 G90 G01 x=10.00 y=0.00 z=0.00 F600.000\nWAIT\n2 @AXISMOVING?=FALSE\n"
+                               "N7 G4 F0.5\nN8 COORD(0,2)\nN9 M30";
+    journey.files().write("/programs/ch1/record.npg", program);
 
     QString welder;
     const QString trouble = journey.runLoggedIn([&] {
         welder = hand.text("lblUserRight") + " " + hand.text("lblUserName");
         const auto waitLabel = [&hand](bool alive) {
-            QElapsedTimer timer;
-            timer.start();
-            const auto green = [&hand] {
-                const QColor colour = beamUnitLabel(hand);
-                return colour.green() > colour.red();
-            };
-            while (green() != alive) {
-                Hand::expect(timer.elapsed() < hand.patience(), "the label of the beam unit");
-                QThread::msleep(20);
-            }
+            hand.waitFor("the label of the beam unit", [alive] {
+                const auto* label = Operator::console()->findChild<QLabel*>("lblELA");
+                const QColor colour = label->palette().color(QPalette::Window);
+                return (colour.green() > colour.red()) == alive;
+            });
         };
         waitLabel(true);
         journey.plant().instruct("beam off");
@@ -96,7 +64,7 @@ void TestJourneyPassport::aProgramOfChannelOneIsRecorded()
                            "\"ПРОГРАММА ПЕРЕМЕЩЕНИЯ (канал 1)\"\n")
                        .arg(name.captured(3), name.captured(2), name.captured(1), welder,
                             name.captured(4).replace('-', ':'));
-    for (const QString& line : program)
+    for (const QString& line : QString(program).split('\n'))
         head += "\"" + line + "\";\n";
     head += "\n\"Время\";\"LX\";\"LY\";\"A\";\"B\";\"C\";\"D\";\"U1\";\"V\";\n";
     const QByteArray bytes = QTextCodec::codecForName("Windows-1251")->fromUnicode(head);

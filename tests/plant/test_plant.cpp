@@ -17,6 +17,7 @@ using namespace plant;
 namespace {
 
 constexpr double dt = 0.01;
+const char* const coordNames[coordCount] = {"LX", "LY", "A", "B", "C", "D", "U", "V", "X", "Z", "PHI"};
 
 // A controller with a folder for its programs and a clock that the test turns.
 struct Machine
@@ -31,7 +32,7 @@ struct Machine
 
     Machine()
     {
-        QDir(root.path()).mkpath(QStringLiteral("programs"));
+        QDir(root.path()).mkpath("programs");
         c.setLog([this](const QString& line) { log << line; });
     }
     void pass(double seconds)
@@ -55,10 +56,10 @@ struct Machine
     // "arm STATE". Returns the first step that failed, with what was found instead; empty when all is well.
     QString play(const QString& steps)
     {
-        for (const QString& step : steps.split(QStringLiteral("; "), Qt::SkipEmptyParts)) {
+        for (const QString& step : steps.split("; ", Qt::SkipEmptyParts)) {
             const QString found = playStep(step);
             if (!found.isNull())
-                return step + QStringLiteral(": ") + found;
+                return step + ": " + found;
         }
         return {};
     }
@@ -116,7 +117,7 @@ struct Machine
     double at(AxisId axis) const { return c.axes().position(axis); }
     void program(const QString& name, const QString& text)
     {
-        QFile file(root.filePath(QStringLiteral("programs/") + name));
+        QFile file(root.filePath("programs/" + name));
         QVERIFY(file.open(QIODevice::WriteOnly));
         file.write(text.toUtf8());
     }
@@ -147,359 +148,330 @@ class TestPlant : public QObject
     Q_OBJECT
 
 private slots:
-    void theDatagramCarriesEachValueAtItsOffset();
-    void flagsStandAtTheirOffsets_data();
-    void flagsStandAtTheirOffsets();
-    void drivesGoOnOnlyWhenAllIsInOrder();
-    void troubleTakesTheDrivesOff();
-    void stories();
-    void limitsEndAJog();
-    void armSolvesEveryPoseOfItsRange();
-    void messagesTakeTurnsAndGoOut();
-    void noGarbageChangesAnything();
-};
-
-void TestPlant::theDatagramCarriesEachValueAtItsOffset()
-{
-    Machine m;
-    // A value of its own for each axis, so that no two offsets can be mixed up.
-    for (int i = 0; i < driveCount; ++i)
-        QCOMPARE(m.c.placeAxis(static_cast<AxisId>(i), 10 + i), QString());
-    m.c.placeAxis(AxisId::LX2, 11);
-    m.c.placeAxis(AxisId::U2, 18);
-    for (int i = 0; i < driveCount; ++i)
-        QCOMPARE(m.field<float>(28 + 4 * i), 10.0f + static_cast<float>(i));
-    QCOMPARE(m.field<float>(76), 13.0f + 14.0f + 15.0f); // PHI = A + B + C
-    const ArmPose pose = armForward({13, 14, 15});
-    QVERIFY(std::abs(m.field<float>(68) - pose.x) < 1e-3);
-    QVERIFY(std::abs(m.field<float>(72) - pose.z) < 1e-3);
-
-    const char* const names[] = {"LX", "LY", "A", "B", "C", "D", "U1", "V", "X", "Z", "PHI"};
-    for (int i = 0; i < coordCount; ++i) {
-        const QString name = QLatin1String(names[i]);
-        QCOMPARE(m.c.command(QStringLiteral("LIMIT_MAX(%1,%2.5)").arg(name).arg(50 + i)), QString());
-        QCOMPARE(m.c.command(QStringLiteral("LIMIT_MIN(%1,-%2.5)").arg(name).arg(50 + i)), QString());
-        QCOMPARE(m.field<float>(124 + 4 * i), -50.5f - static_cast<float>(i));
-        QCOMPARE(m.field<float>(168 + 4 * i), 50.5f + static_cast<float>(i));
-    }
-    for (int i = 0; i < driveCount; ++i) {
-        m.c.trip(static_cast<AxisId>(i), 0xF2018 + i);
-        QCOMPARE(m.field<std::int32_t>(80 + 4 * i), 0xF2018 + i);
-    }
-    QCOMPARE(m.field<std::uint32_t>(120), 3u); // a fault on the arm
-    QCOMPARE(m.field<std::uint16_t>(0), std::uint16_t(0x5650));
-    for (int channel = 0; channel < 3; ++channel) {
-        QCOMPARE(m.field<std::uint32_t>(4 + 4 * channel), 1u);
-        QCOMPARE(m.field<std::uint32_t>(16 + 4 * channel), m.c.nc().mode(channel + 1));
-    }
-    m.c.raiseError(4711);
-    QCOMPARE(m.field<std::uint32_t>(232), 4711u);
-    m.c.setTransportModule(3);
-    QCOMPARE(m.field<std::uint32_t>(240), 3u);
-    m.c.setPult(2, 0);
-    QCOMPARE(m.field<std::uint32_t>(252), 2u);
-    m.c.setAlarm(AlarmButton::RightRope, true);
-    QCOMPARE(m.field<std::uint32_t>(256), 8u);
-    m.c.setLight(Light::Spiral, true);
-    QCOMPARE(m.field<std::uint32_t>(248), 4u);
-    m.c.setBreaker(Breaker::QF18, false);
-    m.c.setBreaker(Breaker::QF33, false);
-    QCOMPARE(m.field<std::uint32_t>(244), 0x7FFu & ~(1u << 10) & ~(1u << 2));
-}
-
-void TestPlant::flagsStandAtTheirOffsets_data()
-{
-    QTest::addColumn<int>("offset");
-    QTest::addColumn<int>("before");
-    QTest::addColumn<QString>("steps");
-    const auto row = [](const QByteArray& name, int offset, int before, const QString& steps) {
-        QTest::newRow(name) << offset << before << steps;
-    };
-    row("drives on", 282, 0, "DRIVE ON; wait 1.2");
-    row("virtual axes", 283, 0, "DRIVE ON; wait 1.2; TRANS ON; wait 0.01");
-    row("remote panel", 285, 0, "DRIVE ON; wait 1.2; PULT ON");
-    row("key", 286, 1, "key off");
-    row("drives lock", 287, 0, "door close");
-    row("spiral lock", 288, 1, "door close; wait 4; vacuum on");
-    row("spiral breaker", 291, 1, "breaker qf23 off");
-    row("24 V breaker", 292, 1, "breaker qf28 off");
-    row("phases", 293, 0, "phase off");
-    const char* const names[] = {"LX", "LY", "A", "B", "C", "D", "U", "V", "X", "Z", "PHI"};
-    for (int i = 0; i < coordCount; ++i) {
-        const CoordTraits& range = traits(static_cast<Coord>(i));
-        if (range.endless)
-            continue;
-        const QString place = QStringLiteral("axis %1 %2").arg(QLatin1String(names[i]));
-        row(QByteArray(names[i]) + " lower", 260 + i, 0, place.arg(range.min));
-        row(QByteArray(names[i]) + " upper", 271 + i, 0, place.arg(range.max));
-    }
-}
-
-void TestPlant::flagsStandAtTheirOffsets()
-{
-    QFETCH(int, offset);
-    QFETCH(int, before);
-    QFETCH(QString, steps);
-    Machine m;
-    QCOMPARE(int(m.field<std::uint8_t>(offset)), before);
-    QCOMPARE(m.play(steps), QString());
-    QCOMPARE(int(m.field<std::uint8_t>(offset)), 1 - before);
-}
-
-void TestPlant::drivesGoOnOnlyWhenAllIsInOrder()
-{
-    const std::pair<const char*, const char*> troubles[] = {{"key off", "key on"},
-                                                            {"door close", "door open; wait 4"},
-                                                            {"door close; wait 4", "vacuum on"},
-                                                            {"phase off", "phase on"},
-                                                            {"emergency console on", "emergency console off"},
-                                                            {"rope right on", "rope right off"},
-                                                            {"breaker qf28 off", "breaker qf28 on"},
-                                                            {"breaker qf18 off", "breaker qf18 on"},
-                                                            {"breaker qf40 off", "PARK(V)"},
-                                                            {"trip C", "CLEAR_ERROR(C)"}};
-    for (const auto& [spoil, mend] : troubles) {
-        Machine m;
-        QCOMPARE(m.play(spoil + QStringLiteral("; !DRIVE ON; wait 2")), QString());
-        QVERIFY2(!m.c.drivesOn(), spoil);
-        QCOMPARE(m.play(mend + QStringLiteral("; on")), QString());
-        QVERIFY2(m.c.drivesOn(), mend);
-    }
-}
-
-// Whatever takes the power takes motion, programs, the virtual axes and the remote panel with it.
-void TestPlant::troubleTakesTheDrivesOff()
-{
-    const struct
+    void theDatagramCarriesEachValueAtItsOffset()
     {
-        const char* trouble;
-        int message; // 0: none
-        int codeOfB;
-    } rows[] = {{"door close", 104, 0xA0013},     {"rope left on", 103, 0xA0013},
-                {"trip B F2018", 0, 0xF2018},     {"trip B F8060", 124, 0xF8060},
-                {"breaker qf35 off", 0, 0xF2026}, {"breaker qf18 off", 0, 0xF2026},
-                {"breaker qf28 off", 0, 0},       {"phase off", 0, 0xA0013}};
-    for (const auto& [trouble, message, codeOfB] : rows) {
+        Machine m;
+        // A value of its own for each axis, so that no two offsets can be mixed up.
+        for (int i = 0; i < driveCount; ++i)
+            QCOMPARE(m.c.placeAxis(static_cast<AxisId>(i), 10 + i), QString());
+        m.c.placeAxis(AxisId::LX2, 11);
+        m.c.placeAxis(AxisId::U2, 18);
+        for (int i = 0; i < driveCount; ++i)
+            QCOMPARE(m.field<float>(28 + 4 * i), 10.0f + static_cast<float>(i));
+        QCOMPARE(m.field<float>(76), 13.0f + 14.0f + 15.0f); // PHI = A + B + C
+        const ArmPose pose = armForward({13, 14, 15});
+        QVERIFY(std::abs(m.field<float>(68) - pose.x) < 1e-3);
+        QVERIFY(std::abs(m.field<float>(72) - pose.z) < 1e-3);
+
+        for (int i = 0; i < coordCount; ++i) {
+            const QString name = i == 6 ? "U1" : coordNames[i];
+            QCOMPARE(m.c.command(QString("LIMIT_MAX(%1,%2.5)").arg(name).arg(50 + i)), QString());
+            QCOMPARE(m.c.command(QString("LIMIT_MIN(%1,-%2.5)").arg(name).arg(50 + i)), QString());
+            QCOMPARE(m.field<float>(124 + 4 * i), -50.5f - static_cast<float>(i));
+            QCOMPARE(m.field<float>(168 + 4 * i), 50.5f + static_cast<float>(i));
+        }
+        for (int i = 0; i < driveCount; ++i) {
+            m.c.trip(static_cast<AxisId>(i), 0xF2018 + i);
+            QCOMPARE(m.field<std::int32_t>(80 + 4 * i), 0xF2018 + i);
+        }
+        QCOMPARE(m.field<std::uint32_t>(120), 3u); // a fault on the arm
+        QCOMPARE(m.field<std::uint16_t>(0), std::uint16_t(0x5650));
+        for (int channel = 0; channel < 3; ++channel) {
+            QCOMPARE(m.field<std::uint32_t>(4 + 4 * channel), 1u);
+            QCOMPARE(m.field<std::uint32_t>(16 + 4 * channel), m.c.nc().mode(channel + 1));
+        }
+        m.c.raiseError(4711);
+        QCOMPARE(m.field<std::uint32_t>(232), 4711u);
+        m.c.setTransportModule(3);
+        QCOMPARE(m.field<std::uint32_t>(240), 3u);
+        m.c.setPult(2, 0);
+        QCOMPARE(m.field<std::uint32_t>(252), 2u);
+        m.c.setAlarm(AlarmButton::RightRope, true);
+        QCOMPARE(m.field<std::uint32_t>(256), 8u);
+        m.c.setLight(Light::Spiral, true);
+        QCOMPARE(m.field<std::uint32_t>(248), 4u);
+        m.c.setBreaker(Breaker::QF18, false);
+        m.c.setBreaker(Breaker::QF33, false);
+        QCOMPARE(m.field<std::uint32_t>(244), 0x7FFu & ~(1u << 10) & ~(1u << 2));
+    }
+
+    void flagsStandAtTheirOffsets()
+    {
+        struct Flag
+        {
+            int offset;
+            int before;
+            QString steps;
+        };
+        QVector<Flag> flags = {{282, 0, "DRIVE ON; wait 1.2"},
+                               {283, 0, "DRIVE ON; wait 1.2; TRANS ON; wait 0.01"},
+                               {285, 0, "DRIVE ON; wait 1.2; PULT ON"},
+                               {286, 1, "key off"},
+                               {287, 0, "door close"},                    // drives lock
+                               {288, 1, "door close; wait 4; vacuum on"}, // spiral lock
+                               {291, 1, "breaker qf23 off"},
+                               {292, 1, "breaker qf28 off"},
+                               {293, 0, "phase off"}};
+        for (int i = 0; i < coordCount; ++i) {
+            const CoordTraits& range = traits(static_cast<Coord>(i));
+            if (range.endless)
+                continue;
+            const QString place = QString("axis %1 %2").arg(coordNames[i]);
+            flags << Flag{260 + i, 0, place.arg(range.min)} << Flag{271 + i, 0, place.arg(range.max)};
+        }
+        for (const auto& [offset, before, steps] : qAsConst(flags)) {
+            Machine m;
+            QCOMPARE(int(m.field<std::uint8_t>(offset)), before);
+            QCOMPARE(m.play(steps), QString());
+            QVERIFY2(m.field<std::uint8_t>(offset) == 1 - before, qPrintable(steps));
+        }
+    }
+
+    void drivesGoOnOnlyWhenAllIsInOrder()
+    {
+        const std::pair<const char*, const char*> troubles[] = {
+            {"key off", "key on"},
+            {"door close", "door open; wait 4"},
+            {"door close; wait 4", "vacuum on"},
+            {"phase off", "phase on"},
+            {"emergency console on", "emergency console off"},
+            {"rope right on", "rope right off"},
+            {"breaker qf28 off", "breaker qf28 on"},
+            {"breaker qf18 off", "breaker qf18 on"},
+            {"breaker qf40 off", "PARK(V)"},
+            {"trip C", "CLEAR_ERROR(C)"}};
+        for (const auto& [spoil, mend] : troubles) {
+            Machine m;
+            QCOMPARE(m.play(QString(spoil) + "; !DRIVE ON; wait 2"), QString());
+            QVERIFY2(!m.c.drivesOn(), spoil);
+            QCOMPARE(m.play(QString(mend) + "; on"), QString());
+            QVERIFY2(m.c.drivesOn(), mend);
+        }
+    }
+
+    // Whatever takes the power takes motion, programs, the virtual axes and the remote panel with it.
+    void troubleTakesTheDrivesOff()
+    {
+        const struct
+        {
+            const char* trouble;
+            int message; // 0: none
+            int codeOfB;
+        } rows[] = {{"door close", 104, 0xA0013},     {"rope left on", 103, 0xA0013},
+                    {"trip B F2018", 0, 0xF2018},     {"trip B F8060", 124, 0xF8060},
+                    {"breaker qf35 off", 0, 0xF2026}, {"breaker qf18 off", 0, 0xF2026},
+                    {"breaker qf28 off", 0, 0},       {"phase off", 0, 0xA0013}};
+        for (const auto& [trouble, message, codeOfB] : rows) {
+            Machine m;
+            m.on(true);
+            m.tell("PULT ON");
+            m.tell("MOVE(Z,600)");
+            m.program("w.npg", "N1 $2\nN2 G4 F100\nN3 M30\n");
+            QCOMPARE(m.tell("EXEC_2(/programs/w.npg)"), QString());
+            m.pass(0.5);
+            QCOMPARE(m.c.channelState(2), ChannelState::Running);
+            QCOMPARE(m.play(trouble), QString());
+            const double z = m.at(AxisId::Z);
+            m.pass(0.9);
+            QCOMPARE(m.at(AxisId::Z), z);
+            QCOMPARE(m.c.channelState(2), ChannelState::Idle);
+            const StatusPack pack = m.c.status();
+            QCOMPARE(pack.drivesOn + pack.transOn + pack.pultOn, 0);
+            QCOMPARE(pack.driveState[int(AxisId::B)], codeOfB);
+            QCOMPARE(m.messages(),
+                     message ? QList<std::uint32_t>{std::uint32_t(message)} : QList<std::uint32_t>());
+        }
+    }
+
+    void stories()
+    {
+        const std::pair<const char*, const char*> stories[] = {
+            {"codes follow the drive",
+             "PARK(U1); code LX A0013; DRIVE ON; wait 0.5; code LX A0012; wait 1; code LX A0102; code U1 "
+             "C1600; code U2 C1600; MOVE(LX,600); wait 0.1; code LX A0101; MOVE(LX,0); wait 1; code LX "
+             "A0102; !MOVE(U1,10)"},
+            {"a warning stops nothing",
+             "on; trip A E2074; code A E2074; arm 4; CLEAR_ERROR(A); code A C0500; wait 1; code A A0102; "
+             "DRIVE OFF; code A A0012; wait 1; code A A0013"},
+            {"an undervoltage stays as long as its cause",
+             "on; breaker qf33 off; !CLEAR_ERROR(LY); breaker qf33 on; CLEAR_ERROR(LY)"},
+            {"a jog runs up, keeps its speed, brakes",
+             "!MOVE(LY,600); on; MOVE(LY,600); wait 0.01; LY=0.0001..0.05; wait 1; mark LY; wait 1; moved "
+             "LY 9.99..10.01; MOVE(LY,0); wait 1; mark LY; wait 1; moved LY 0"},
+            {"a jog is cut to what the axis can do",
+             "on; MOVE(LY,-1e9); wait 2; mark LY; wait 1; moved LY -50.01..-49.99; STOP_PRG; wait 1; still"},
+            {"pairs move together", "on; MOVE(LX,3000); wait 1; MOVE(LX,0); wait 1; LX=10..60; LX2=LX"},
+            {"the second of a pair is aligned, the one ahead meets the limit",
+             "on; mark LX; MOVE(LX2,60); wait 1; MOVE(LX2,0); wait 1; moved LX 0; LX2=0.5..1.1; axis LX "
+             "1490; MOVE(LX,3000); wait 3; LX2=1500; LX=1498.9..1499.5"},
+            {"the endless axis turns past its zero",
+             "on; axis V 350; MOVE(V,2160); wait 1; V=5..40; MOVE(V,-2160); wait 3; V=260..360; told "},
+            {"increments add up",
+             "!LIR(LX,1000,3000); on; LIR(LX,1000,3000); wait 0.02; LIR(LX,1000,3000); wait 0.02; "
+             "LIR(LX,1000,3000); LIR(LX,-500,3000); wait 2; LX=2.5; !LIR(U,100,0); axis D 179.5; "
+             "LIR(D,1000,900); wait 2; D=180"},
+            {"an increment taken back at once",
+             "on; LIR(LY,100,3000); LIR(LY,-100,3000); wait 1; LY=0; still"},
+            {"the remote panel turns its own axis",
+             "!PULT ON; virtual; !HANDWHEEL(1000); PULT ON; pult f2 z; HANDWHEEL(1000); pult f3 5; "
+             "HANDWHEEL(-2000); pult f3 z; !HANDWHEEL(1000); wait 2; Z=1; V=358"},
+            {"a new limit is told and held",
+             "on; LIMIT_MAX(U1,12.5); LIMIT_MIN(U2,-12.5); LIMIT_MAX(PHI,45.0); wait 0.01; told "
+             "187,167,191; MOVE(U1,120); wait 10; U2=12.5"},
+            {"limits that cannot be",
+             "!LIMIT_MAX(LX,1506); !LIMIT_MIN(LX,-1506); !LIMIT_MAX(LX,-1500); !LIMIT_MIN(LX,1500); "
+             "!LIMIT_MAX(LX,nan); !LIMIT_MAX(LX,inf); !LIMIT_MAX(LX,)"},
+            {"parking and referencing need drives off",
+             "on; !PARK(A); !DEPARK(A); !REFERENCE(A,15000); DRIVE OFF; wait 1; !PARK(LX2); !PARK(X); "
+             "!REFERENCE(U2,0); !REFERENCE(PHI,0); !REFERENCE(A,1.5); REFERENCE(A,15000); "
+             "REFERENCE(LX,-1); REFERENCE(V,900000); wait 0.01; A=1.5; PHI=1.5; LX2=-0.0001; V=90; told "
+             "204,201,210"},
+            {"the arm needs all its joints", "PARK(B); on; !TRANS ON; DRIVE OFF; DEPARK(B); virtual"},
+            {"virtual axes wait for the jog",
+             "!TRANS ON; on; arm 1; !MOVE(X,600); MOVE(A,60); wait 1; TRANS ON; arm 1; wait 1; arm 2; "
+             "!MOVE(A,60)"},
+            {"virtual axes move the joints",
+             "on; MOVE(A,60); wait 1; TRANS ON; wait 1; mark X; mark PHI; mark A; MOVE(Z,-1200); wait 2; "
+             "MOVE(Z,0); wait 1; moved X 0; moved PHI 0; moved A 0.1..90; mark Z; TRANS OFF; wait 0.1; "
+             "moved Z 0; mark PHI; MOVE(C,900); wait 1; moved PHI 10..16"},
+            {"a joint limit ends a virtual move",
+             "LIMIT_MAX(B,5.0); wait 1.1; virtual; MOVE(Z,3000); wait 5; still; B=4.5..5; Z=10..299; "
+             "MOVE(Z,-600); wait 1; B=0..4.5"},
+            {"programs come from the root",
+             "file go.npg N01 $1|N03 G90 G01 LX=30.00 F3000|N05 M30; !EXEC_1(/programs/go.npg); told 111; "
+             "on; !EXEC_1(/programs/none.npg); error 2001; !EXEC_1(/programs/../programs/go.npg); "
+             "!EXEC_1(/etc/passwd); !EXEC_4(/programs/go.npg); !EXEC_1(); EXEC_1(/programs/go.npg); wait "
+             "0.1; channel 1 3; !EXEC_1(/programs/go.npg); wait 2; LX=30; LX2=30; channel 1 1"},
+            {"a program that is none",
+             "on; file bad.npg N1 $1|N2 NONSENSE|N3 M30; EXEC_1(/programs/bad.npg); wait 0.1; channel 1 6;"
+             " error 2002; STOP_PRG; wait 0.1; channel 1 1"},
+            {"a program and a hand never move the same axis",
+             "on; file long.npg N1 $1|N2 G90 G01 LX=300 F600|N3 M30; MOVE(LX,-3000); MOVE(V,360); wait 1; "
+             "EXEC_1(/programs/long.npg); channel 1 9; mark V; wait 1; channel 1 3; moved V 5..7; "
+             "!MOVE(LX,600); !LIR(LX,100,3000); !MOVE(LY,600); !TRANS ON; !EXEC_1(/programs/long.npg); "
+             "!axis LX 0; STOP_PRG; wait 1; still; MOVE(LX,600)"},
+            {"a program stops at a soft limit",
+             "virtual; LIMIT_MAX(LX,20.0); wait 1.1; file far.npg N1 $1|N2 G90 G01 LX=30 F600|N3 M30; "
+             "EXEC_1(/programs/far.npg); wait 0.2; channel 1 6; told 131; LX=0"},
+            {"a program stops at the lower one",
+             "on; LIMIT_MIN(LY,-20.0); wait 1.1; file far.npg N1 $1|N2 G90 G01 LY=-20.5 F600|N3 M30; "
+             "EXEC_1(/programs/far.npg); wait 0.2; channel 1 6; told 142; LY=0"},
+            {"an arc whose crown lies beyond the limit",
+             "virtual; LIMIT_MAX(LX,20.0); file arc.npg N1 $1|N2 COORD(2)|N3 G17|N4 G90 G01 x=20.00 y=0.00"
+             " z=0.00 F3000|N5 G90 G3 x=20.00 y=40.00 R20.00 z=0.00 F3000|N6 M30; "
+             "EXEC_1(/programs/arc.npg); wait 3; channel 1 6; LX=19..20.001; LY=0..39"},
+        };
+        for (const auto& [name, steps] : stories) {
+            const QString failed = Machine().play(steps);
+            QVERIFY2(failed.isEmpty(), qPrintable(QString(name) + ": " + failed));
+        }
+    }
+
+    // Never past it; pressed again it is told again, and the other way is free.
+    void limitsEndAJog()
+    {
+        const struct
+        {
+            AxisId axis;
+            double start;
+            int speed;
+            int message;
+        } cases[] = {{AxisId::LX1, 1499, 3000, 131}, {AxisId::LY, -799.9, -600, 142},
+                     {AxisId::A, 89, 360, 133},      {AxisId::B, -79, -720, 144},
+                     {AxisId::C, 199, 900, 135},     {AxisId::D, 179, 100, 136},
+                     {AxisId::U1, -99, -120, 147}};
+        for (const auto& [axis, start, speed, message] : cases) {
+            Machine m;
+            m.on();
+            const AxisTraits& own = traits(axis);
+            const double end = speed > 0 ? traits(own.coord).max : traits(own.coord).min;
+            const QString jog = QString("MOVE(%1,%2)").arg(own.name).arg(speed);
+            QCOMPARE(m.play(QString("axis %1 %2; ").arg(own.name).arg(start) + jog), QString());
+            for (int i = 0; i < 200 && m.c.axes().moving(axis); ++i) {
+                m.pass(dt);
+                QVERIFY(!m.c.axes().beyond(axis, m.at(axis)));
+            }
+            const QString told = QString("; told %1; ").arg(message);
+            const QString back = QString("MOVE(%1,%2); wait 0.3").arg(own.name).arg(-speed);
+            QCOMPARE(m.play(QString("still; %1=%2").arg(own.name).arg(end) + told + "wait 1.1; " + jog +
+                            "; wait 0.1" + told + back),
+                     QString());
+            QVERIFY(std::abs(m.at(axis) - end) > 0.1);
+        }
+    }
+
+    void armSolvesEveryPoseOfItsRange()
+    {
+        QCOMPARE(armForward({}).x, 0.0);
+        QCOMPARE(armForward({}).z, 0.0);
+        QVERIFY(!armInverse({0, -700, 0}));
+        QRandomGenerator random(3);
+        const auto within = [&](double range) { return range * (2 * random.generateDouble() - 1); };
+        const auto inside = [](Coord coord, double value) {
+            return value > traits(coord).min && value < traits(coord).max;
+        };
+        for (int i = 0; i < 5000; ++i) {
+            const ArmPose pose{within(300), within(300), within(120)};
+            const auto joints = armInverse(pose);
+            QVERIFY(joints && inside(Coord::A, joints->a) && inside(Coord::B, joints->b) &&
+                    inside(Coord::C, joints->c));
+            const ArmPose back = armForward(*joints);
+            QVERIFY(std::hypot(back.x - pose.x, back.z - pose.z, back.phi - pose.phi) < 1e-6);
+            const ArmJoints any{within(90), within(80), within(200)};
+            const auto same = armInverse(armForward(any));
+            QVERIFY(same && std::hypot(same->a - any.a, same->b - any.b, same->c - any.c) < 1e-6);
+        }
+    }
+
+    void messagesTakeTurnsAndGoOut()
+    {
+        Machine m;
+        for (std::uint32_t number = 1; number <= 6; ++number)
+            m.c.raiseMessage(number);
+        for (int i = 0; i < 4; ++i)
+            QCOMPARE(m.field<std::uint32_t>(212 + 4 * i), std::uint32_t(i + 1));
+        m.c.stepMessages(0.9);
+        QCOMPARE(m.messages(), (QList<std::uint32_t>{1, 2, 3, 4}));
+        m.c.stepMessages(0.2); // a second is over: the slots are free for those that waited
+        QCOMPARE(m.messages(), (QList<std::uint32_t>{5, 6}));
+        m.c.stepMessages(1.1);
+        QCOMPARE(m.messages(), QList<std::uint32_t>());
+        m.c.raiseMessage(6); // the same number once more
+        QCOMPARE(m.messages(), QList<std::uint32_t>{6});
+        QCOMPARE(m.field<std::uint32_t>(220), 6u); // the third slot is next in turn
+    }
+
+    void noGarbageChangesAnything()
+    {
         Machine m;
         m.on(true);
-        m.tell("PULT ON");
-        m.tell("MOVE(Z,600)");
-        m.program(QStringLiteral("w.npg"), QStringLiteral("N1 $2\nN2 G4 F100\nN3 M30\n"));
-        QCOMPARE(m.tell("EXEC_2(/programs/w.npg)"), QString());
-        m.pass(0.5);
-        QCOMPARE(m.c.channelState(2), ChannelState::Running);
-        QCOMPARE(m.play(trouble), QString());
-        const double z = m.at(AxisId::Z);
-        m.pass(0.9);
-        QCOMPARE(m.at(AxisId::Z), z);
-        QCOMPARE(m.c.channelState(2), ChannelState::Idle);
-        const StatusPack pack = m.c.status();
-        QCOMPARE(pack.drivesOn + pack.transOn + pack.pultOn, 0);
-        QCOMPARE(pack.driveState[int(AxisId::B)], codeOfB);
-        QCOMPARE(m.messages(),
-                 message ? QList<std::uint32_t>{std::uint32_t(message)} : QList<std::uint32_t>());
-    }
-}
-
-void TestPlant::stories()
-{
-    const std::pair<const char*, const char*> stories[] = {
-        {"codes follow the drive",
-         "PARK(U1); code LX A0013; DRIVE ON; wait 0.5; code LX A0012; wait 1; code LX A0102; code U1 "
-         "C1600; code U2 C1600; MOVE(LX,600); wait 0.1; code LX A0101; MOVE(LX,0); wait 1; code LX "
-         "A0102; !MOVE(U1,10)"},
-        {"a warning stops nothing",
-         "on; trip A E2074; code A E2074; arm 4; CLEAR_ERROR(A); code A C0500; wait 1; code A A0102; "
-         "DRIVE OFF; code A A0012; wait 1; code A A0013"},
-        {"an undervoltage stays as long as its cause",
-         "on; breaker qf33 off; !CLEAR_ERROR(LY); breaker qf33 on; CLEAR_ERROR(LY)"},
-        {"a jog runs up, keeps its speed, brakes",
-         "!MOVE(LY,600); on; MOVE(LY,600); wait 0.01; LY=0.0001..0.05; wait 1; mark LY; wait 1; moved "
-         "LY 9.99..10.01; MOVE(LY,0); wait 1; mark LY; wait 1; moved LY 0"},
-        {"a jog is cut to what the axis can do",
-         "on; MOVE(LY,-1e9); wait 2; mark LY; wait 1; moved LY -50.01..-49.99; STOP_PRG; wait 1; still"},
-        {"pairs move together", "on; MOVE(LX,3000); wait 1; MOVE(LX,0); wait 1; LX=10..60; LX2=LX"},
-        {"the second of a pair is aligned, the one ahead meets the limit",
-         "on; mark LX; MOVE(LX2,60); wait 1; MOVE(LX2,0); wait 1; moved LX 0; LX2=0.5..1.1; axis LX "
-         "1490; MOVE(LX,3000); wait 3; LX2=1500; LX=1498.9..1499.5"},
-        {"the endless axis turns past its zero",
-         "on; axis V 350; MOVE(V,2160); wait 1; V=5..40; MOVE(V,-2160); wait 3; V=260..360; told "},
-        {"increments add up",
-         "!LIR(LX,1000,3000); on; LIR(LX,1000,3000); wait 0.02; LIR(LX,1000,3000); wait 0.02; "
-         "LIR(LX,1000,3000); LIR(LX,-500,3000); wait 2; LX=2.5; !LIR(U,100,0); axis D 179.5; "
-         "LIR(D,1000,900); wait 2; D=180"},
-        {"an increment taken back at once", "on; LIR(LY,100,3000); LIR(LY,-100,3000); wait 1; LY=0; still"},
-        {"the remote panel turns its own axis",
-         "!PULT ON; virtual; !HANDWHEEL(1000); PULT ON; pult f2 z; HANDWHEEL(1000); pult f3 5; "
-         "HANDWHEEL(-2000); pult f3 z; !HANDWHEEL(1000); wait 2; Z=1; V=358"},
-        {"a new limit is told and held",
-         "on; LIMIT_MAX(U1,12.5); LIMIT_MIN(U2,-12.5); LIMIT_MAX(PHI,45.0); wait 0.01; told "
-         "187,167,191; MOVE(U1,120); wait 10; U2=12.5"},
-        {"limits that cannot be",
-         "!LIMIT_MAX(LX,1506); !LIMIT_MIN(LX,-1506); !LIMIT_MAX(LX,-1500); !LIMIT_MIN(LX,1500); "
-         "!LIMIT_MAX(LX,nan); !LIMIT_MAX(LX,inf); !LIMIT_MAX(LX,)"},
-        {"parking and referencing need drives off",
-         "on; !PARK(A); !DEPARK(A); !REFERENCE(A,15000); DRIVE OFF; wait 1; !PARK(LX2); !PARK(X); "
-         "!REFERENCE(U2,0); !REFERENCE(PHI,0); !REFERENCE(A,1.5); REFERENCE(A,15000); "
-         "REFERENCE(LX,-1); REFERENCE(V,900000); wait 0.01; A=1.5; PHI=1.5; LX2=-0.0001; V=90; told "
-         "204,201,210"},
-        {"the arm needs all its joints", "PARK(B); on; !TRANS ON; DRIVE OFF; DEPARK(B); virtual"},
-        {"virtual axes wait for the jog",
-         "!TRANS ON; on; arm 1; !MOVE(X,600); MOVE(A,60); wait 1; TRANS ON; arm 1; wait 1; arm 2; "
-         "!MOVE(A,60)"},
-        {"virtual axes move the joints",
-         "on; MOVE(A,60); wait 1; TRANS ON; wait 1; mark X; mark PHI; mark A; MOVE(Z,-1200); wait 2; "
-         "MOVE(Z,0); wait 1; moved X 0; moved PHI 0; moved A 0.1..90; mark Z; TRANS OFF; wait 0.1; "
-         "moved Z 0; mark PHI; MOVE(C,900); wait 1; moved PHI 10..16"},
-        {"a joint limit ends a virtual move",
-         "LIMIT_MAX(B,5.0); wait 1.1; virtual; MOVE(Z,3000); wait 5; still; B=4.5..5; Z=10..299; "
-         "MOVE(Z,-600); wait 1; B=0..4.5"},
-        {"programs come from the root",
-         "file go.npg N01 $1|N03 G90 G01 LX=30.00 F3000|N05 M30; !EXEC_1(/programs/go.npg); told 111; "
-         "on; !EXEC_1(/programs/none.npg); error 2001; !EXEC_1(/programs/../programs/go.npg); "
-         "!EXEC_1(/etc/passwd); !EXEC_4(/programs/go.npg); !EXEC_1(); EXEC_1(/programs/go.npg); wait "
-         "0.1; channel 1 3; !EXEC_1(/programs/go.npg); wait 2; LX=30; LX2=30; channel 1 1"},
-        {"a program that is none",
-         "on; file bad.npg N1 $1|N2 NONSENSE|N3 M30; EXEC_1(/programs/bad.npg); wait 0.1; channel 1 6;"
-         " error 2002; STOP_PRG; wait 0.1; channel 1 1"},
-        {"a program and a hand never move the same axis",
-         "on; file long.npg N1 $1|N2 G90 G01 LX=300 F600|N3 M30; MOVE(LX,-3000); MOVE(V,360); wait 1; "
-         "EXEC_1(/programs/long.npg); channel 1 9; mark V; wait 1; channel 1 3; moved V 5..7; "
-         "!MOVE(LX,600); !LIR(LX,100,3000); !MOVE(LY,600); !TRANS ON; !EXEC_1(/programs/long.npg); "
-         "!axis LX 0; STOP_PRG; wait 1; still; MOVE(LX,600)"},
-        {"a program stops at a soft limit",
-         "virtual; LIMIT_MAX(LX,20.0); wait 1.1; file far.npg N1 $1|N2 G90 G01 LX=30 F600|N3 M30; "
-         "EXEC_1(/programs/far.npg); wait 0.2; channel 1 6; told 131; LX=0"},
-        {"an arc whose crown lies beyond the limit",
-         "virtual; LIMIT_MAX(LX,20.0); file arc.npg N1 $1|N2 COORD(2)|N3 G17|N4 G90 G01 x=20.00 y=0.00"
-         " z=0.00 F3000|N5 G90 G3 x=20.00 y=40.00 R20.00 z=0.00 F3000|N6 M30; "
-         "EXEC_1(/programs/arc.npg); wait 3; channel 1 6; LX=19..20.001; LY=0..39"},
-    };
-    for (const auto& [name, steps] : stories) {
-        const QString failed = Machine().play(steps);
-        QVERIFY2(failed.isEmpty(), qPrintable(name + QStringLiteral(": ") + failed));
-    }
-}
-
-void TestPlant::limitsEndAJog()
-{
-    Machine m;
-    m.on();
-    struct Case
-    {
-        AxisId axis;
-        double start;
-        int speed;
-        int message;
-    };
-    const Case cases[] = {{AxisId::LX1, 1499, 3000, 131}, {AxisId::LY, -799.9, -600, 142},
-                          {AxisId::A, 89, 360, 133},      {AxisId::B, -79, -720, 144},
-                          {AxisId::C, 199, 900, 135},     {AxisId::D, 179, 100, 136},
-                          {AxisId::U1, -99, -120, 147}};
-    for (const Case& one : cases) {
-        const Coord coord = traits(one.axis).coord;
-        const QString name = QLatin1String(traits(one.axis).name);
-        QCOMPARE(m.c.placeAxis(one.axis, one.start), QString());
-        QCOMPARE(m.c.command(QStringLiteral("MOVE(%1,%2)").arg(name).arg(one.speed)), QString());
-        for (int i = 0; i < 200 && m.c.axes().moving(one.axis); ++i) {
-            m.pass(dt);
-            QVERIFY(!m.c.axes().beyond(one.axis, m.at(one.axis))); // never past it
+        m.pass(2);
+        const QStringList words = {"MOVE",  "(",     ")",         ",",         "LX",
+                                   "ZZ",    "1e400", "-",         "EXEC_1",    "DRIVE ",
+                                   "TRANS", " ON",   "nan",       "\n",        QString(QChar(0)),
+                                   "PARK",  "()",    "0x10",      "ы",         "move",
+                                   "V ",    "3000",  "LIMIT_MAX", "REFERENCE", "99999999999999999999",
+                                   "%s"};
+        const StatusPack before = m.c.status();
+        QRandomGenerator random(42);
+        int tried = 0;
+        for (int i = 0; i < 20000; ++i) {
+            QString text;
+            for (int n = random.bounded(6); n >= 0; --n)
+                text += words.at(random.bounded(words.size()));
+            static const QRegularExpression sound("\\A(TRANS ON|DRIVE ON|MOVE\\((LX|V),(3000|-?3000)\\))\\z");
+            if (sound.match(text).hasMatch())
+                continue;
+            ++tried;
+            QVERIFY2(!m.c.command(text).isEmpty(), qPrintable(text));
         }
-        QVERIFY2(!m.c.axes().moving(one.axis), qPrintable(name));
-        QCOMPARE(m.at(one.axis), one.speed > 0 ? traits(coord).max : traits(coord).min);
-        QCOMPARE(m.messages(), QList<std::uint32_t>{std::uint32_t(one.message)});
-        m.pass(1.1);
-        // Pressed again at the limit: told again; the other way is free.
-        m.c.command(QStringLiteral("MOVE(%1,%2)").arg(name).arg(one.speed));
+        QVERIFY(tried > 19000);
+        QVERIFY(!m.c.command(QString(100000, QLatin1Char('('))).isEmpty());
         m.pass(0.1);
-        QCOMPARE(m.messages(), QList<std::uint32_t>{std::uint32_t(one.message)});
-        m.c.command(QStringLiteral("MOVE(%1,%2)").arg(name).arg(-one.speed));
-        m.pass(0.3);
-        QVERIFY(one.speed > 0 ? !m.c.axes().atMax(coord) : !m.c.axes().atMin(coord));
-        m.tell("STOP_PRG");
-        m.pass(1.1);
+        const StatusPack after = m.c.status();
+        QCOMPARE(std::memcmp(&before, &after, sizeof before), 0);
     }
-}
-
-void TestPlant::armSolvesEveryPoseOfItsRange()
-{
-    const ArmPose zero = armForward({});
-    QCOMPARE(zero.x, 0.0);
-    QCOMPARE(zero.z, 0.0);
-    const auto inLimits = [](Coord coord, double value) {
-        return value > traits(coord).min && value < traits(coord).max;
-    };
-    for (double x = -300; x <= 300; x += 50)
-        for (double z = -300; z <= 300; z += 50)
-            for (double phi = -120; phi <= 120; phi += 15) {
-                const auto joints = armInverse({x, z, phi});
-                QVERIFY(joints.has_value());
-                QVERIFY(inLimits(Coord::A, joints->a) && inLimits(Coord::B, joints->b) &&
-                        inLimits(Coord::C, joints->c));
-                const ArmPose back = armForward(*joints);
-                QVERIFY(std::abs(back.x - x) < 1e-6 && std::abs(back.z - z) < 1e-6 &&
-                        std::abs(back.phi - phi) < 1e-9);
-            }
-    for (double a = -90; a <= 90; a += 15)
-        for (double b = -80; b <= 80; b += 10)
-            for (double c = -200; c <= 200; c += 40) {
-                const auto joints = armInverse(armForward({a, b, c}));
-                QVERIFY(joints.has_value());
-                QVERIFY(std::abs(joints->a - a) < 1e-6 && std::abs(joints->b - b) < 1e-6 &&
-                        std::abs(joints->c - c) < 1e-6);
-            }
-    QVERIFY(!armInverse({0, -700, 0}));
-}
-
-void TestPlant::messagesTakeTurnsAndGoOut()
-{
-    Machine m;
-    for (std::uint32_t number = 1; number <= 6; ++number)
-        m.c.raiseMessage(number);
-    for (int i = 0; i < 4; ++i)
-        QCOMPARE(m.field<std::uint32_t>(212 + 4 * i), std::uint32_t(i + 1));
-    m.c.stepMessages(0.9);
-    QCOMPARE(m.messages(), (QList<std::uint32_t>{1, 2, 3, 4}));
-    m.c.stepMessages(0.2); // a second is over: the slots are free for those that waited
-    QCOMPARE(m.messages(), (QList<std::uint32_t>{5, 6}));
-    m.c.stepMessages(1.1);
-    QCOMPARE(m.messages(), QList<std::uint32_t>());
-    m.c.raiseMessage(6); // the same number once more
-    QCOMPARE(m.messages(), QList<std::uint32_t>{6});
-    QCOMPARE(m.field<std::uint32_t>(220), 6u); // the third slot is next in turn
-}
-
-void TestPlant::noGarbageChangesAnything()
-{
-    Machine m;
-    m.on(true);
-    m.pass(2);
-    const QStringList words = {"MOVE",  "(",     ")",         ",",         "LX",
-                               "ZZ",    "1e400", "-",         "EXEC_1",    "DRIVE ",
-                               "TRANS", " ON",   "nan",       "\n",        QString(QChar(0)),
-                               "PARK",  "()",    "0x10",      "ы",         "move",
-                               "V ",    "3000",  "LIMIT_MAX", "REFERENCE", "99999999999999999999",
-                               "%s"};
-    const StatusPack before = m.c.status();
-    QRandomGenerator random(42);
-    int tried = 0;
-    for (int i = 0; i < 20000; ++i) {
-        QString text;
-        for (int n = random.bounded(6); n >= 0; --n)
-            text += words.at(random.bounded(words.size()));
-        static const QRegularExpression sound(
-            QStringLiteral("\\A(TRANS ON|DRIVE ON|MOVE\\((LX|V),(3000|-?3000)\\))\\z"));
-        if (sound.match(text).hasMatch())
-            continue;
-        ++tried;
-        QVERIFY2(!m.c.command(text).isEmpty(), qPrintable(text));
-    }
-    QVERIFY(tried > 19000);
-    QVERIFY(!m.c.command(QString(100000, QLatin1Char('('))).isEmpty());
-    m.pass(0.1);
-    const StatusPack after = m.c.status();
-    QCOMPARE(std::memcmp(&before, &after, sizeof before), 0);
-}
+};
 
 QTEST_GUILESS_MAIN(TestPlant)
 

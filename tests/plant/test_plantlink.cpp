@@ -25,6 +25,13 @@ QByteArray frame(const QByteArray& text)
     return bytes + text;
 }
 
+InstallationOptions fast()
+{
+    InstallationOptions options;
+    options.speed = 50;
+    return options;
+}
+
 // What a console does on the network, with its own sockets.
 struct Console
 {
@@ -41,6 +48,7 @@ struct Console
             !udp.bind(QHostAddress::LocalHost, ports.udp, QUdpSocket::ShareAddress))
             return false;
         tcp.abort();
+        datagrams = 0;
         tcp.connectToHost(QHostAddress::LocalHost, ports.tcp);
         return tcp.waitForConnected(2000);
     }
@@ -53,6 +61,11 @@ struct Console
             ++datagrams;
             strange += last.left(2) != QByteArray("\x50\x56", 2);
         }
+    }
+    bool served(int times) // with so many datagrams since the connection
+    {
+        receive();
+        return datagrams >= times;
     }
     StatusPack pack()
     {
@@ -70,283 +83,239 @@ class TestPlantLink : public QObject
     Q_OBJECT
 
 private slots:
-    void everyInstructorLineIsAnswered();
-    void aConsoleIsServed();
-    void garbageOnTheWireEndsOnlyTheConnection_data();
-    void garbageOnTheWireEndsOnlyTheConnection();
-    void aLostConsoleStopsItsJogs();
-    void theLinkFailsOnRequest();
-    void theVacuumControllersHaveLinksOfTheirOwn();
-    void theProgramRunsAScriptAndAnswersOnItsInput();
-};
-
-void TestPlantLink::everyInstructorLineIsAnswered()
-{
-    const char* const lines[][2] = {
-        {"", ""},
-        {"# a remark", ""},
-        {"help", "help [WORD]; status; door open|close; "},
-        {"help me", "error:"},
-        {"status", "door closed, vacuum on, key on, drives off"},
-        {"door ajar", "error: door open|close"},
-        {"door open", "error: the vacuum holds the door"},
-        {"vacuum", "regime 4 done, 1500 s, PT1 1.0e+00, "},
-        {"vacuum off", "ok"},
-        {"valve vp3 jam", "ok"},
-        {"valve nl1 jam", "error:"},
-        {"pump nl1 stop", "ok"},
-        {"gauge PT6 freeze", "ok"},
-        {"gauge pt7 good", "error:"},
-        {"water all off", "ok"},
-        {"leak chamber 0.5", "ok"},
-        {"leak chamber -1", "error:"},
-        {"air off", "ok"},
-        {"key off", "ok"},
-        {"key", "error: key on|off"},
-        {"breaker qf28 off", "ok"},
-        {"breaker qf41 off", "error:"},
-        {"phase off", "ok"},
-        {"emergency pendant on", "ok"},
-        {"rope left on", "ok"},
-        {"trip LX2", "ok"},
-        {"trip LX A0013", "error:"},
-        {"trip PHI", "error: PHI has no drive"},
-        {"clear V", "ok"},
-        {"axis LX 12.5", "ok"},
-        {"axis LX 1e9", "error: beyond its hard switch"},
-        {"axis LX nan", "error:"},
-        {"pult f3 5", "ok"},
-        {"pult f4 x", "error:"},
-        {"module 2", "ok"},
-        {"module 4", "error:"},
-        {"light led on", "ok"},
-        {"message 131", "ok"},
-        {"message 0", "error:"},
-        {"cncerror 5", "ok"},
-        {"program 2 state", "channel 2 idle"},
-        {"variable @RASTERON%", "error: never written"},
-        {"link drop 0.1", "ok"},
-        {"link silence 0.1", "ok"},
-        {"link drop -1", "error:"},
-        {"link kvs drop 0.1", "ok"},
-        {"frame kvk bad", "error: no console is connected"},
-        {"frame bad", "error: no console is connected"},
-        {"speed 10", "ok"},
-        {"speed 0", "error:"},
-        {"quit", "ok"},
-        {"quit now", "error:"},
-        {"dance", "error: unknown word \"dance\""},
-    };
-    for (const auto& [line, answer] : lines) {
+    void everyInstructorLineIsAnswered()
+    {
+        const std::pair<const char*, const char*> lines[] = {
+            {"", ""},
+            {"# a remark", ""},
+            {"help", "help [WORD]; status; door open|close; "},
+            {"help me", "error:"},
+            {"status", "door closed, vacuum on, key on, drives off"},
+            {"door ajar", "error: door open|close"},
+            {"door open", "error: the vacuum holds the door"},
+            {"vacuum", "regime 4 done, 1500 s, PT1 1.0e+00, "},
+            {"valve nl1 jam", "error:"},
+            {"gauge pt7 good", "error:"},
+            {"leak chamber -1", "error:"},
+            {"key", "error: key on|off"},
+            {"breaker qf41 off", "error:"},
+            {"trip LX A0013", "error:"},
+            {"trip PHI", "error: PHI has no drive"},
+            {"axis LX 1e9", "error: beyond its hard switch"},
+            {"axis LX nan", "error:"},
+            {"pult f4 x", "error:"},
+            {"module 4", "error:"},
+            {"message 0", "error:"},
+            {"program 2 state", "channel 2 idle"},
+            {"variable @RASTERON%", "error: never written"},
+            {"link drop -1", "error:"},
+            {"frame kvk bad", "error: no console is connected"},
+            {"frame bad", "error: no console is connected"},
+            {"speed 1000", "ok"},
+            {"speed 1001", "error:"},
+            {"speed 0", "error:"},
+            {"quit", "ok"},
+            {"quit now", "error:"},
+            {"dance", "error: unknown word \"dance\""},
+        };
         Installation plant;
         QVERIFY(plant.start());
-        const QString got = plant.instruct(QLatin1String(line));
-        QVERIFY2(*answer ? got.startsWith(QLatin1String(answer)) : got.isEmpty(), line);
-        QVERIFY(!got.contains(QLatin1Char('\n')));
+        for (const auto& [line, answer] : lines) {
+            const QString got = plant.instruct(line);
+            QVERIFY2(*answer ? got.startsWith(answer) : got.isEmpty(), line);
+            QVERIFY(!got.contains('\n'));
+        }
     }
-}
 
-void TestPlantLink::aConsoleIsServed()
-{
-    InstallationOptions options;
-    options.speed = 50;
-    Installation plant(options);
-    QVERIFY(plant.start());
-    Console console;
-    QVERIFY(console.open(plant));
-    QTRY_VERIFY((console.receive(), console.datagrams >= 3));
-    QCOMPARE(console.last.size(), 296);
-    QCOMPARE(console.last.left(2), QByteArray("\x50\x56", 2));
-
-    // A command in pieces, then two in one segment.
-    const QByteArray drive = frame("DRIVE ON");
-    console.tcp.write(drive.left(3));
-    console.tcp.flush();
-    QTest::qWait(20);
-    console.tcp.write(drive.mid(3));
-    QTRY_VERIFY(console.pack().drivesOn);
-    console.tcp.write(frame("MOVE(LX,600)") + frame("MOVE(LY,-600)"));
-    QTRY_VERIFY(console.pack().position[0] > 1 && console.pack().position[2] < -1);
-    console.tcp.write(frame("") + frame("MOVE(QQ,1)"));
-    QByteArray answers;
-    QTRY_VERIFY((answers += console.tcp.readAll()).contains("REFUSED MOVE(QQ,1): no axis"));
-    QVERIFY(answers.startsWith(frame("OK DRIVE ON")));
-    QVERIFY(console.up());
-
-    // A newer console takes over.
-    Console second;
-    QVERIFY(second.open(plant));
-    QTRY_VERIFY(!console.up());
-    QTRY_VERIFY((second.receive(), second.datagrams >= 2));
-}
-
-void TestPlantLink::garbageOnTheWireEndsOnlyTheConnection_data()
-{
-    QTest::addColumn<QByteArray>("bytes");
-    QTest::addColumn<bool>("ends");
-    QTest::newRow("text without a frame") << QByteArray("DRIVE ON") << true;
-    QTest::newRow("wrong signature") << QByteArray("\x50\x57\x01\x00x", 5) << true;
-    QTest::newRow("sound, then garbage") << frame("DRIVE ON") + "\xff\xff\xff\xff" << true;
-    QTest::newRow("half a head") << QByteArray("\x50\x56\x05", 3) << false;
-    QTest::newRow("a body that never comes") << QByteArray("\x50\x56\xff\xff", 4) << false;
-    QTest::newRow("no UTF-8") << frame("\xff\xfe\x80\x00\x01") << false;
-    QTest::newRow("longest") << frame(QByteArray(0xFFFF, '(')) << false;
-    QByteArray noise;
-    QRandomGenerator random(5);
-    for (int i = 0; i < 200000; ++i)
-        noise += static_cast<char>(random.generate());
-    QTest::newRow("noise") << noise << true;
-}
-
-void TestPlantLink::garbageOnTheWireEndsOnlyTheConnection()
-{
-    QFETCH(QByteArray, bytes);
-    QFETCH(bool, ends);
-    InstallationOptions options;
-    options.speed = 50;
-    Installation plant(options);
-    QVERIFY(plant.start());
-    Console console;
-    QVERIFY(console.open(plant));
-    console.tcp.write(bytes);
-    console.tcp.flush();
-    if (ends) {
-        QTRY_VERIFY(!console.up());
-    } else {
-        QTRY_VERIFY((console.receive(), console.datagrams >= 3)); // served as before
-        QVERIFY(console.up());
-    }
-    Console next;
-    QVERIFY(next.open(plant));
-    next.tcp.write(frame("DRIVE ON"));
-    QTRY_VERIFY(next.pack().drivesOn);
-}
-
-void TestPlantLink::aLostConsoleStopsItsJogs()
-{
-    InstallationOptions options;
-    options.speed = 20;
-    Installation plant(options);
-    QVERIFY(plant.start());
-    Console console;
-    QVERIFY(console.open(plant));
-    console.tcp.write(frame("DRIVE ON"));
-    QTRY_VERIFY(console.pack().drivesOn);
-    console.tcp.write(frame("MOVE(LX,60)") + frame("MOVE(V,60)"));
-    QTRY_VERIFY(console.pack().position[9] > 0.5f);
-    console.tcp.abort();
-    bool moving = true;
-    QTRY_VERIFY((plant.inside([&](MotionController& c) { moving = c.axes().anyMoving(); }), !moving));
-    QVERIFY(plant.status().drivesOn);
-}
-
-void TestPlantLink::theLinkFailsOnRequest()
-{
-    Installation plant;
-    QVERIFY(plant.start());
-    Console console;
-    QVERIFY(console.open(plant));
-    QTRY_VERIFY((console.receive(), console.datagrams > 0));
-
-    QCOMPARE(plant.instruct(QStringLiteral("frame bad")), QStringLiteral("ok"));
-    QTRY_COMPARE((console.receive(), console.strange), 1);
-    QVERIFY(console.up());
-
-    QCOMPARE(plant.instruct(QStringLiteral("link silence 0.4")), QStringLiteral("ok"));
-    console.receive();
-    console.datagrams = 0;
-    QTest::qWait(200);
-    console.receive();
-    QVERIFY(console.datagrams <= 1); // one may have been on its way
-    QVERIFY(console.up());
-    QTRY_VERIFY((console.receive(), console.datagrams > 3));
-
-    QCOMPARE(plant.instruct(QStringLiteral("frame badtcp")), QStringLiteral("ok"));
-    QByteArray text;
-    QTRY_VERIFY(!(text += console.tcp.readAll()).isEmpty());
-    QVERIFY(!text.startsWith("\x50\x56"));
-
-    QCOMPARE(plant.instruct(QStringLiteral("link drop 0.3")), QStringLiteral("ok"));
-    QTRY_VERIFY(!console.up());
-    QVERIFY(!console.open(plant));
-    QTRY_VERIFY(console.open(plant));
-    console.datagrams = 0;
-    QTRY_VERIFY((console.receive(), console.datagrams > 2));
-}
-
-void TestPlantLink::theVacuumControllersHaveLinksOfTheirOwn()
-{
-    Installation plant;
-    QVERIFY(plant.start());
-    const struct
+    void aConsoleIsServed()
     {
-        Controller controller;
-        const char* name;
-        int size;
-        const char* command;
-        const char* constants; // signature of their packet
-    } links[] = {{Controller::Kvs, "kvs", 404, "NW2 ON", "\x52\x56"},
-                 {Controller::Kvk, "kvk", 144, "ALG(1)", "\x51\x56"}};
-    for (const auto& link : links) {
+        Installation plant(fast());
+        QVERIFY(plant.start());
         Console console;
-        QVERIFY(console.open(plant, link.controller));
-        QTRY_VERIFY((console.receive(), console.datagrams >= 3));
-        QCOMPARE(console.last.size(), link.size);
-        QCOMPARE(console.strange, 0);
-        console.tcp.write(frame(link.command) + frame("DRIVE ON") + frame("CONST"));
-        const QByteArray refused = QByteArray("REFUSED DRIVE ON: unknown command");
-        const QByteArray expected = frame(QByteArray("OK ") + link.command) + frame(refused) + link.constants;
+        QVERIFY(console.open(plant));
+        QTRY_VERIFY(console.served(3));
+        QCOMPARE(console.last.size(), 296);
+        QCOMPARE(console.last.left(2), QByteArray("\x50\x56", 2));
+
+        // A command in pieces, then two in one segment.
+        const QByteArray drive = frame("DRIVE ON");
+        console.tcp.write(drive.left(3));
+        console.tcp.flush();
+        QTest::qWait(20);
+        console.tcp.write(drive.mid(3));
+        QTRY_VERIFY(console.pack().drivesOn);
+        console.tcp.write(frame("MOVE(LX,600)") + frame("MOVE(LY,-600)"));
+        QTRY_VERIFY(console.pack().position[0] > 1 && console.pack().position[2] < -1);
+        console.tcp.write(frame("") + frame("MOVE(QQ,1)"));
         QByteArray answers;
-        QTRY_VERIFY((answers += console.tcp.readAll()).startsWith(expected));
-        QCOMPARE(plant.instruct(QStringLiteral("link %1 drop 0.3").arg(QLatin1String(link.name))),
-                 QStringLiteral("ok"));
+        QTRY_VERIFY((answers += console.tcp.readAll()).contains("REFUSED MOVE(QQ,1): no axis"));
+        QVERIFY(answers.startsWith(frame("OK DRIVE ON")));
+        QVERIFY(console.up());
+
+        // A newer console takes over.
+        Console second;
+        QVERIFY(second.open(plant));
         QTRY_VERIFY(!console.up());
-        QVERIFY(!console.open(plant, link.controller));
-        QTRY_VERIFY(console.open(plant, link.controller));
+        QTRY_VERIFY(second.served(2));
     }
-}
 
-void TestPlantLink::theProgramRunsAScriptAndAnswersOnItsInput()
-{
-    QTemporaryDir root;
-    QFile script(root.filePath(QStringLiteral("lesson")));
-    QVERIFY(script.open(QIODevice::WriteOnly));
-    script.write("# first lesson\nkey off\nwait 0.1\naxis LX 25\nnonsense\n");
-    script.close();
-    QProcess process;
-    process.start(PlantProcess::besideThisProgram(),
-                  {QStringLiteral("--root"), root.path(), QStringLiteral("--free-ports"),
-                   QStringLiteral("--air"), QStringLiteral("--script"), script.fileName(),
-                   QStringLiteral("--quit-on-eof")});
-    QVERIFY(process.waitForReadyRead(5000));
-    const QByteArray ready = process.readLine();
-    QVERIFY2(QRegularExpression(
-                 QStringLiteral("\\Aplant ready( (kv[sk]-)?tcp=[1-9]\\d+ (kv[sk]-)?udp=[1-9]\\d+){3}\\n\\z"))
-                 .match(QString::fromLatin1(ready))
-                 .hasMatch(),
-             ready.constData());
-    QByteArray errors;
-    QTRY_VERIFY((errors += process.readAllStandardError()).contains("nonsense: error:"));
-    process.write("status\n\ndance\n");
-    QByteArray answers;
-    QTRY_COMPARE((answers += process.readAllStandardOutput()).count('\n'), 2);
-    QVERIFY(answers.startsWith("door open, vacuum off, key off"));
-    QVERIFY(answers.contains("LX 25.00"));
-    process.closeWriteChannel();
-    QVERIFY(process.waitForFinished(5000));
-    QCOMPARE(process.exitCode(), 0);
+    void garbageOnTheWireEndsOnlyTheConnection()
+    {
+        QByteArray noise;
+        QRandomGenerator random(5);
+        for (int i = 0; i < 200000; ++i)
+            noise += static_cast<char>(random.generate());
+        const struct
+        {
+            const char* name;
+            QByteArray bytes;
+            bool ends;
+        } rows[] = {{"text without a frame", "DRIVE ON", true},
+                    {"wrong signature", QByteArray("\x50\x57\x01\x00x", 5), true},
+                    {"sound, then garbage", frame("DRIVE ON") + "\xff\xff\xff\xff", true},
+                    {"half a head", "\x50\x56\x05", false},
+                    {"a body that never comes", "\x50\x56\xff\xff", false},
+                    {"no UTF-8", frame("\xff\xfe\x80\x00\x01"), false},
+                    {"longest", frame(QByteArray(0xFFFF, '(')), false},
+                    {"noise", noise, true}};
+        for (const auto& [name, bytes, ends] : rows) {
+            Installation plant(fast());
+            QVERIFY(plant.start());
+            Console console;
+            QVERIFY(console.open(plant));
+            console.tcp.write(bytes);
+            console.tcp.flush();
+            if (ends)
+                QTRY_VERIFY2(!console.up(), name);
+            else
+                QTRY_VERIFY2(console.served(3), name); // as before
+            QVERIFY2(console.up() != ends, name);
+            Console next;
+            QVERIFY(next.open(plant));
+            next.tcp.write(frame("DRIVE ON"));
+            QTRY_VERIFY2(next.pack().drivesOn, name);
+        }
+    }
 
-    // A wrong number is refused, a signal ends it in order.
-    QCOMPARE(
-        QProcess::execute(PlantProcess::besideThisProgram(), {QStringLiteral("--speed"), QStringLiteral("0")}),
-        2);
-    process.start(PlantProcess::besideThisProgram(), {QStringLiteral("--free-ports")});
-    QVERIFY(process.waitForReadyRead(5000));
-    process.terminate();
-    QVERIFY(process.waitForFinished(5000));
-    QCOMPARE(process.exitStatus(), QProcess::NormalExit);
-    QCOMPARE(process.exitCode(), 0);
-}
+    void aLostConsoleStopsItsJogs()
+    {
+        Installation plant(fast());
+        QVERIFY(plant.start());
+        Console console;
+        QVERIFY(console.open(plant));
+        console.tcp.write(frame("DRIVE ON"));
+        QTRY_VERIFY(console.pack().drivesOn);
+        console.tcp.write(frame("MOVE(LX,60)") + frame("MOVE(V,60)"));
+        QTRY_VERIFY(console.pack().position[9] > 0.5f);
+        console.tcp.abort();
+        bool moving = true;
+        QTRY_VERIFY((plant.inside([&](MotionController& c) { moving = c.axes().anyMoving(); }), !moving));
+        QVERIFY(plant.status().drivesOn);
+    }
+
+    void theLinkFailsOnRequest()
+    {
+        Installation plant;
+        QVERIFY(plant.start());
+        Console console;
+        QVERIFY(console.open(plant));
+        QTRY_VERIFY(console.served(1));
+
+        QCOMPARE(plant.instruct("frame bad"), "ok");
+        QTRY_COMPARE((console.receive(), console.strange), 1);
+        QVERIFY(console.up());
+
+        QCOMPARE(plant.instruct("link silence 0.4"), "ok");
+        console.receive();
+        console.datagrams = 0;
+        QTest::qWait(200);
+        console.receive();
+        QVERIFY(console.datagrams <= 1); // one may have been on its way
+        QVERIFY(console.up());
+        QTRY_VERIFY(console.served(4));
+
+        QCOMPARE(plant.instruct("frame badtcp"), "ok");
+        QByteArray text;
+        QTRY_VERIFY(!(text += console.tcp.readAll()).isEmpty());
+        QVERIFY(!text.startsWith("\x50\x56"));
+
+        QCOMPARE(plant.instruct("link drop 0.3"), "ok");
+        QTRY_VERIFY(!console.up());
+        QVERIFY(!console.open(plant));
+        QTRY_VERIFY(console.open(plant));
+        QTRY_VERIFY(console.served(3));
+    }
+
+    void theVacuumControllersHaveLinksOfTheirOwn()
+    {
+        Installation plant;
+        QVERIFY(plant.start());
+        const struct
+        {
+            Controller controller;
+            const char* name;
+            int size;
+            const char* command;
+            const char* constants; // signature of their packet
+        } links[] = {{Controller::Kvs, "kvs", 404, "NW2 ON", "\x52\x56"},
+                     {Controller::Kvk, "kvk", 144, "ALG(1)", "\x51\x56"}};
+        for (const auto& link : links) {
+            Console console;
+            QVERIFY(console.open(plant, link.controller));
+            QTRY_VERIFY(console.served(3));
+            QCOMPARE(console.last.size(), link.size);
+            QCOMPARE(console.strange, 0);
+            console.tcp.write(frame(link.command) + frame("DRIVE ON") + frame("CONST"));
+            const QByteArray refused = QByteArray("REFUSED DRIVE ON: unknown command");
+            const QByteArray expected =
+                frame(QByteArray("OK ") + link.command) + frame(refused) + link.constants;
+            QByteArray answers;
+            QTRY_VERIFY((answers += console.tcp.readAll()).startsWith(expected));
+            QCOMPARE(plant.instruct(QString("link %1 drop 0.3").arg(link.name)), "ok");
+            QTRY_VERIFY(!console.up());
+            QVERIFY(!console.open(plant, link.controller));
+            QTRY_VERIFY(console.open(plant, link.controller));
+        }
+    }
+
+    void theProgramRunsAScriptAndAnswersOnItsInput()
+    {
+        QTemporaryDir root;
+        QFile script(root.filePath("lesson"));
+        QVERIFY(script.open(QIODevice::WriteOnly));
+        script.write("# first lesson\nkey off\nwait 0.1\naxis LX 25\nnonsense\n");
+        script.close();
+        QProcess process;
+        process.start(PlantProcess::besideThisProgram(), {"--root", root.path(), "--free-ports", "--air",
+                                                          "--script", script.fileName(), "--quit-on-eof"});
+        QVERIFY(process.waitForReadyRead(5000));
+        const QByteArray ready = process.readLine();
+        QVERIFY2(
+            QRegularExpression("\\Aplant ready( (kv[sk]-)?tcp=[1-9]\\d+ (kv[sk]-)?udp=[1-9]\\d+){3}\\n\\z")
+                .match(QString::fromLatin1(ready))
+                .hasMatch(),
+            ready.constData());
+        QByteArray errors;
+        QTRY_VERIFY((errors += process.readAllStandardError()).contains("nonsense: error:"));
+        process.write("status\n\ndance\n");
+        QByteArray answers;
+        QTRY_COMPARE((answers += process.readAllStandardOutput()).count('\n'), 2);
+        QVERIFY(answers.startsWith("door open, vacuum off, key off"));
+        QVERIFY(answers.contains("LX 25.00"));
+        process.closeWriteChannel();
+        QVERIFY(process.waitForFinished(5000));
+        QCOMPARE(process.exitCode(), 0);
+
+        // A wrong number is refused, a signal ends it in order.
+        QCOMPARE(QProcess::execute(PlantProcess::besideThisProgram(), {"--speed", "0"}), 2);
+        process.start(PlantProcess::besideThisProgram(), {"--free-ports"});
+        QVERIFY(process.waitForReadyRead(5000));
+        process.terminate();
+        QVERIFY(process.waitForFinished(5000));
+        QCOMPARE(process.exitStatus(), QProcess::NormalExit);
+        QCOMPARE(process.exitCode(), 0);
+    }
+};
 
 QTEST_GUILESS_MAIN(TestPlantLink)
 

@@ -1,3 +1,4 @@
+#include "comparetext.h"
 #include "oscope.h"
 
 #include <QDateTime>
@@ -16,20 +17,19 @@ const QColor green(0, 255, 0);
 class Scope : public Oscope
 {
 public:
-    explicit Scope(long present = 1000000)
-        : time(present)
+    Scope()
     {
         show(); // tells the margin
         const int margin = plot().left();
         resize(400 + 2 * margin, 200 + margin);
-        addOrdinate(QStringLiteral("мА"), 100);
-        addCurve(QStringLiteral("a"), 100, red, 0);
-        addCurve(QStringLiteral("b"), 50, green, 0);
+        addOrdinate("мА", 100);
+        addCurve("a", 100, red, 0);
+        addCurve("b", 50, green, 0);
         start();
     }
     void run(long centisec, float a = 0)
     {
-        setValues({{QStringLiteral("a"), a}});
+        setValues({{"a", a}});
         time += centisec;
         timeEvent();
     }
@@ -40,7 +40,7 @@ public:
         QCoreApplication::sendEvent(this, &event);
     }
 
-    long time;
+    long time = 1000000;
 
 protected:
     long presentCentisec() const override { return time; }
@@ -57,7 +57,7 @@ QString rows(const QImage& picture, int column, const QColor& colour)
         first = first < 0 ? y : first;
         last = y;
     }
-    return first < 0 ? QString() : QStringLiteral("%1-%2").arg(first).arg(last);
+    return first < 0 ? QString() : QString("%1-%2").arg(first).arg(last);
 }
 
 } // namespace
@@ -67,198 +67,189 @@ class TestOscope : public QObject
     Q_OBJECT
 
 private slots:
-    void recordsWhatIsKnown();
-    void followsThePresent();
-    void dragEndsAtTheRecord();
-    void zoom();
-    void beginsAnewAfterEightHours();
-    void picture();
-    void gridStaysAtItsInstant();
-    void oddValuesAndScales();
-};
+    void recordsWhatIsKnown()
+    {
+        Scope scope;
+        QCOMPARE(scope.plot().size(), QSize(400, 200));
+        scope.run(1, 7);
+        scope.setVisible("a", false);
+        scope.run(3, 8); // the clock paused
+        scope.run(0, 9); // nothing is due
+        scope.time -= 2; // the clock was set back
+        scope.run(0, 9);
+        QCOMPARE(scope.now(), 4L);
+        const float expected[] = {7, 8, 8, 8, 0};
+        for (int i = 0; i < 5; ++i)
+            QCOMPARE(scope.sample("a", i), expected[i]);
+        QCOMPARE(scope.sample("b", 3), 0.0F); // missing among the values
 
-void TestOscope::recordsWhatIsKnown()
-{
-    Scope scope;
-    QCOMPARE(scope.plot().size(), QSize(400, 200));
-    scope.run(1, 7);
-    scope.setVisible(QStringLiteral("a"), false);
-    scope.run(3, 8); // the clock paused
-    scope.run(0, 9); // nothing is due
-    scope.time -= 2; // the clock was set back
-    scope.run(0, 9);
-    QCOMPARE(scope.now(), 4L);
-    const float expected[] = {7, 8, 8, 8, 0};
-    for (int i = 0; i < 5; ++i)
-        QCOMPARE(scope.sample(QStringLiteral("a"), i), expected[i]);
-    QCOMPARE(scope.sample(QStringLiteral("b"), 3), 0.0F); // missing among the values
-
-    // New looks for a curve keep its history; the widget itself can still be hidden.
-    scope.addCurve(QStringLiteral("a"), 10, green, 0);
-    QCOMPARE(scope.sample(QStringLiteral("a"), 0), 7.0F);
-    scope.QWidget::setVisible(false);
-    QVERIFY(scope.isHidden());
-    QTest::ignoreMessage(QtWarningMsg, "Oscope: no curve ?");
-    scope.setVisible(QStringLiteral("?"), true);
-}
-
-void TestOscope::followsThePresent()
-{
-    Scope scope;
-    scope.run(3000);
-    QCOMPARE(scope.offset(), 0L); // the plot, 4000, is not full yet
-    scope.run(3000);
-    QCOMPARE(scope.offset(), 2000L);
-    auto* current = scope.findChild<QPushButton*>();
-    scope.setOffsetCentisec(1999); // a single sample of the past holds the view
-    scope.run(100);
-    QCOMPARE(scope.offset(), 1999L);
-    scope.picture();
-    QVERIFY(!current->isChecked());
-    current->click();
-    QCOMPARE(scope.offset(), 2100L);
-    scope.run(100);
-    QCOMPARE(scope.offset(), 2200L);
-    scope.picture();
-    QVERIFY(current->isChecked());
-    QCOMPARE(current->text(), QDateTime::fromMSecsSinceEpoch(scope.time * 10).toString("hh:mm:ss"));
-
-    scope.resize(scope.width() + 100, scope.height());
-    QCOMPARE(scope.offset(), 1200L); // a wider view ends at the present too
-    for (const auto& [asked, got] : {std::pair(-5L, 0L), {99999L, 6200L}, {6200L, 6200L}}) {
-        scope.setOffsetCentisec(asked);
-        QCOMPARE(scope.offset(), got);
+        // New looks for a curve keep its history; the widget itself can still be hidden.
+        scope.addCurve("a", 10, green, 0);
+        QCOMPARE(scope.sample("a", 0), 7.0F);
+        scope.QWidget::setVisible(false);
+        QVERIFY(scope.isHidden());
+        QTest::ignoreMessage(QtWarningMsg, "Oscope: no curve ?");
+        scope.setVisible("?", true);
     }
-}
 
-void TestOscope::dragEndsAtTheRecord()
-{
-    Scope scope;
-    scope.run(20000);
-    scope.setOffsetCentisec(10000);
-    const int left = scope.plot().left();
-    const auto drag = [&](int from, int by) {
-        scope.touch(QEvent::MouseButtonPress, from);
-        scope.touch(QEvent::MouseMove, from + by);
-    };
-    drag(left, 50); // on the margin
-    QCOMPARE(scope.offset(), 10000L);
-    drag(left + 1, 50);
-    QCOMPARE(scope.offset(), 9500L);
-    scope.touch(QEvent::MouseMove, left + 31); // from where it began, not from the last step
-    QCOMPARE(scope.offset(), 9700L);
-    scope.touch(QEvent::MouseMove, left + 5000);
-    QCOMPARE(scope.offset(), 0L);
-    scope.touch(QEvent::MouseMove, left - 5000);
-    QCOMPARE(scope.offset(), 20000L);
-    scope.touch(QEvent::MouseButtonRelease, left - 5000);
-    scope.touch(QEvent::MouseMove, left + 1);
-    QCOMPARE(scope.offset(), 20000L);
-    drag(left + 10, 30);
-    scope.hide(); // the finger may lift unseen
-    scope.touch(QEvent::MouseMove, left + 300);
-    QCOMPARE(scope.offset(), 19700L);
-}
+    void followsThePresent()
+    {
+        Scope scope;
+        scope.run(3000);
+        QCOMPARE(scope.offset(), 0L); // the plot, 4000, is not full yet
+        scope.run(3000);
+        QCOMPARE(scope.offset(), 2000L);
+        auto* current = scope.findChild<QPushButton*>();
+        scope.setOffsetCentisec(1999); // a single sample of the past holds the view
+        scope.run(100);
+        QCOMPARE(scope.offset(), 1999L);
+        scope.picture();
+        QVERIFY(!current->isChecked());
+        current->click();
+        QCOMPARE(scope.offset(), 2100L);
+        scope.run(100);
+        QCOMPARE(scope.offset(), 2200L);
+        scope.picture();
+        QVERIFY(current->isChecked());
+        QCOMPARE(current->text(), QDateTime::fromMSecsSinceEpoch(scope.time * 10).toString("hh:mm:ss"));
 
-void TestOscope::zoom()
-{
-    Scope scope;
-    auto* bar = scope.findChild<QScrollBar*>();
-    QCOMPARE(bar->width(), 100); // a quarter of the plot
-    QCOMPARE(scope.zoomIndex(), 4);
-    scope.run(1000000);
-    const long pixel[] = {1, 2, 3, 5, 10, 15, 20, 30, 60, 120, 180, 300, 600};
-    for (int i = 12; i >= 0; --i) {
-        bar->setValue(i);
-        QCOMPARE(scope.offset(), 1000000 - 400 * pixel[i]); // follows, at each scale
-    }
-    for (const auto& [asked, got] : {std::pair(99, 12), {-1, 0}}) {
-        scope.setZoomIndex(asked);
-        QCOMPARE(scope.zoomIndex(), got);
-        QCOMPARE(bar->value(), got);
-    }
-    scope.setOffsetCentisec(5000);
-    scope.setZoomIndex(3);
-    QCOMPARE(scope.offset(), 5000L); // the past stays where it was
-}
-
-void TestOscope::beginsAnewAfterEightHours()
-{
-    Scope scope;
-    scope.run(Oscope::capacity, 5);
-    QCOMPARE(scope.now(), long(Oscope::capacity));
-    QCOMPARE(scope.sample(QStringLiteral("a"), Oscope::capacity - 1), 5.0F);
-    scope.run(1, 6);
-    QCOMPARE(scope.now(), 0L);
-    QCOMPARE(scope.offset(), 0L);
-    scope.run(2, 6);
-    QCOMPARE(scope.now(), 2L);
-    QCOMPARE(scope.sample(QStringLiteral("a"), 1), 6.0F);
-}
-
-void TestOscope::picture()
-{
-    Scope scope;
-    QCOMPARE(rows(scope.picture(), 50, red), QString());
-    scope.run(1000, 25); // columns 0 to 99
-    scope.run(1000, 75);
-    QImage picture = scope.picture();
-    QCOMPARE(rows(picture, 50, red), QStringLiteral("149-150")); // a quarter up of 200 px
-    QCOMPARE(rows(picture, 150, red), QStringLiteral("49-50"));
-    // The step goes up between the columns 99 and 100, half of it in each.
-    QCOMPARE(rows(picture, 99, red), QStringLiteral("99-150"));
-    QCOMPARE(rows(picture, 100, red), QStringLiteral("49-100"));
-    // The last point has its mark, and nothing comes behind it.
-    QCOMPARE(rows(picture, 199, red), QStringLiteral("48-51"));
-    QCOMPARE(rows(picture, 201, red), QString());
-    QCOMPARE(rows(picture, 50, green), QStringLiteral("199-199")); // zero is on the plot
-
-    scope.setVisible(QStringLiteral("a"), false);
-    QCOMPARE(rows(scope.picture(), 50, red), QString());
-    scope.setVisible(QStringLiteral("a"), true);
-    scope.setZoomIndex(7); // 30 cs a pixel: the steps come closer
-    picture = scope.picture();
-    QCOMPARE(rows(picture, 30, red), QStringLiteral("149-150"));
-    QCOMPARE(rows(picture, 40, red), QStringLiteral("49-50"));
-}
-
-void TestOscope::gridStaysAtItsInstant()
-{
-    Scope scope;
-    scope.run(12340);
-    const auto lines = [&] {
-        const QImage picture = scope.picture();
-        QVector<int> at;
-        for (int x = 0; x < picture.width(); ++x) {
-            if (!rows(picture, x, QColor(150, 150, 150)).isEmpty())
-                at.append(x);
+        scope.resize(scope.width() + 100, scope.height());
+        QCOMPARE(scope.offset(), 1200L); // a wider view ends at the present too
+        for (const auto& [asked, got] : {std::pair(-5L, 0L), {99999L, 6200L}, {6200L, 6200L}}) {
+            scope.setOffsetCentisec(asked);
+            QCOMPARE(scope.offset(), got);
         }
-        return at;
-    };
-    // Lines stand at the multiples of 1000 samples, ten to a pixel.
-    scope.setOffsetCentisec(2000);
-    QCOMPARE(lines(), (QVector<int>{100, 200, 300}));
-    scope.setOffsetCentisec(2300);
-    QCOMPARE(lines(), (QVector<int>{70, 170, 270, 370}));
-}
+    }
 
-void TestOscope::oddValuesAndScales()
-{
-    Scope scope;
-    QTest::ignoreMessage(QtWarningMsg, "Oscope: nothing can be drawn of curve z on the scale 0");
-    scope.addCurve(QStringLiteral("z"), 0, green, 7); // and of no axis
-    const float inf = std::numeric_limits<float>::infinity();
-    for (const float value : {50.0F, std::numeric_limits<float>::quiet_NaN(), 50.0F, inf, -inf, 1e30F, 50.0F})
-        scope.run(100, value);
-    const QImage picture = scope.picture();
-    QCOMPARE(rows(picture, 5, red), QStringLiteral("99-100"));
-    QCOMPARE(rows(picture, 15, red), QString()); // a gap
-    QCOMPARE(rows(picture, 25, red), QStringLiteral("99-100"));
-    QCOMPARE(rows(picture, 35, red), QString()); // beyond the plot
-    QCOMPARE(rows(picture, 65, red), QStringLiteral("99-100"));
-    scope.resize(60, 40); // no room for a plot
-    scope.grab();
-}
+    void dragEndsAtTheRecord()
+    {
+        Scope scope;
+        scope.run(20000);
+        scope.setOffsetCentisec(10000);
+        const int left = scope.plot().left();
+        const auto drag = [&](int from, int by) {
+            scope.touch(QEvent::MouseButtonPress, from);
+            scope.touch(QEvent::MouseMove, from + by);
+        };
+        drag(left, 50); // on the margin
+        QCOMPARE(scope.offset(), 10000L);
+        drag(left + 1, 50);
+        QCOMPARE(scope.offset(), 9500L);
+        scope.touch(QEvent::MouseMove, left + 31); // from where it began, not from the last step
+        QCOMPARE(scope.offset(), 9700L);
+        scope.touch(QEvent::MouseMove, left + 5000);
+        QCOMPARE(scope.offset(), 0L);
+        scope.touch(QEvent::MouseMove, left - 5000);
+        QCOMPARE(scope.offset(), 20000L);
+        scope.touch(QEvent::MouseButtonRelease, left - 5000);
+        scope.touch(QEvent::MouseMove, left + 1);
+        QCOMPARE(scope.offset(), 20000L);
+        drag(left + 10, 30);
+        scope.hide(); // the finger may lift unseen
+        scope.touch(QEvent::MouseMove, left + 300);
+        QCOMPARE(scope.offset(), 19700L);
+    }
+
+    void zoom()
+    {
+        Scope scope;
+        auto* bar = scope.findChild<QScrollBar*>();
+        QCOMPARE(bar->width(), 100); // a quarter of the plot
+        QCOMPARE(scope.zoomIndex(), 4);
+        scope.run(1000000);
+        for (const auto& [zoom, pixel] : {std::pair(12, 600), {8, 60}, {1, 2}, {0, 1}}) {
+            bar->setValue(zoom);
+            QCOMPARE(scope.offset(), 1000000L - 400 * pixel); // follows, at each scale
+        }
+        for (const auto& [asked, got] : {std::pair(99, 12), {-1, 0}}) {
+            scope.setZoomIndex(asked);
+            QCOMPARE(scope.zoomIndex(), got);
+            QCOMPARE(bar->value(), got);
+        }
+        scope.setOffsetCentisec(5000);
+        scope.setZoomIndex(3);
+        QCOMPARE(scope.offset(), 5000L); // the past stays where it was
+    }
+
+    void beginsAnewAfterEightHours()
+    {
+        Scope scope;
+        scope.run(Oscope::capacity, 5);
+        QCOMPARE(scope.now(), long(Oscope::capacity));
+        QCOMPARE(scope.sample("a", Oscope::capacity - 1), 5.0F);
+        scope.run(1, 6);
+        QCOMPARE(scope.now(), 0L);
+        QCOMPARE(scope.offset(), 0L);
+        scope.run(2, 6);
+        QCOMPARE(scope.now(), 2L);
+        QCOMPARE(scope.sample("a", 1), 6.0F);
+    }
+
+    void picture()
+    {
+        Scope scope;
+        QCOMPARE(rows(scope.picture(), 50, red), "");
+        scope.run(1000, 25); // columns 0 to 99
+        scope.run(1000, 75);
+        QImage picture = scope.picture();
+        QCOMPARE(rows(picture, 50, red), "149-150"); // a quarter up of 200 px
+        QCOMPARE(rows(picture, 150, red), "49-50");
+        // The step goes up between the columns 99 and 100, half of it in each.
+        QCOMPARE(rows(picture, 99, red), "99-150");
+        QCOMPARE(rows(picture, 100, red), "49-100");
+        // The last point has its mark, and nothing comes behind it.
+        QCOMPARE(rows(picture, 199, red), "48-51");
+        QCOMPARE(rows(picture, 201, red), QString());
+        QCOMPARE(rows(picture, 50, green), "199-199"); // zero is on the plot
+
+        scope.setVisible("a", false);
+        QCOMPARE(rows(scope.picture(), 50, red), "");
+        scope.setVisible("a", true);
+        scope.setZoomIndex(7); // 30 cs a pixel: the steps come closer
+        picture = scope.picture();
+        QCOMPARE(rows(picture, 30, red), "149-150");
+        QCOMPARE(rows(picture, 40, red), "49-50");
+    }
+
+    void gridStaysAtItsInstant()
+    {
+        Scope scope;
+        scope.run(12340);
+        const auto lines = [&] {
+            const QImage picture = scope.picture();
+            QString at;
+            for (int x = 0; x < 400; ++x) {
+                if (!rows(picture, x, QColor(150, 150, 150)).isEmpty())
+                    at += QString::number(x) + ' ';
+            }
+            return at;
+        };
+        // Lines stand at the multiples of 1000 samples, ten to a pixel.
+        scope.setOffsetCentisec(2000);
+        QCOMPARE(lines(), "100 200 300 ");
+        scope.setOffsetCentisec(2300);
+        QCOMPARE(lines(), "70 170 270 370 ");
+    }
+
+    void oddValuesAndScales()
+    {
+        Scope scope;
+        QTest::ignoreMessage(QtWarningMsg, "Oscope: nothing can be drawn of curve z on the scale 0");
+        scope.addCurve("z", 0, green, 7); // and of no axis
+        const float inf = std::numeric_limits<float>::infinity();
+        for (const float value :
+             {50.0F, std::numeric_limits<float>::quiet_NaN(), 50.0F, inf, -inf, 1e30F, 50.0F})
+            scope.run(100, value);
+        const QImage picture = scope.picture();
+        QCOMPARE(rows(picture, 5, red), "99-100");
+        QCOMPARE(rows(picture, 15, red), QString()); // a gap
+        QCOMPARE(rows(picture, 25, red), "99-100");
+        QCOMPARE(rows(picture, 35, red), QString()); // beyond the plot
+        QCOMPARE(rows(picture, 65, red), "99-100");
+        scope.resize(60, 40); // no room for a plot
+        scope.grab();
+    }
+};
 
 QTEST_MAIN(TestOscope)
 #include "test_oscope.moc"

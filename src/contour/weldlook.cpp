@@ -144,7 +144,6 @@ void keepWidths(const QTableWidget* table, QSettings& settings, const QStringLis
 
 FittedColumn::FittedColumn(QTableWidget* table, int column)
     : QObject(table)
-    , m_table(table)
     , m_column(column)
     , m_ownWidth(table->columnWidth(column))
 {
@@ -162,11 +161,15 @@ FittedColumn::FittedColumn(QTableWidget* table, int column)
 
 void FittedColumn::fit()
 {
-    QHeaderView* header = m_table->horizontalHeader();
+    // A table that goes away has its header tell once more, when it is no table any longer.
+    const auto* table = qobject_cast<QTableWidget*>(parent());
+    if (!table)
+        return;
+    QHeaderView* header = table->horizontalHeader();
     int others = 0;
     for (int column = 0; column < m_column; ++column)
         others += header->sectionSize(column); // 0 for a hidden one
-    const int width = qMax(m_table->viewport()->width() - others, m_ownWidth);
+    const int width = qMax(table->viewport()->width() - others, m_ownWidth);
     if (header->sectionSize(m_column) == width)
         return;
     m_fitting = true;

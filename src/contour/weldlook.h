@@ -32,7 +32,6 @@ public:
 private:
     void fit();
 
-    QTableWidget* const m_table;
     const int m_column;
     int m_ownWidth;
     bool m_fitting = false; // the column is being sized by the console itself

@@ -92,6 +92,7 @@ private slots:
     void fixedMoveButton()
     {
         auto dialog = fixedMove("A");
+        QCOMPARE(child<QLabel>(dialog.get(), "lblUnit")->text(), "град");
         auto* start = child<QPushButton>(dialog.get(), "pbStart");
         // The last word wins, whoever speaks.
         for (unsigned int state : {0U, 2U, 6U}) {

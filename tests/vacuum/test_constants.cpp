@@ -73,6 +73,7 @@ private slots:
         });
         QVERIFY(journal().contains("Нажата кнопка 'Параметры системы'"));
         QVERIFY(journal().contains("Закрыто окно параметров системы"));
+        QVERIFY(list().filter("Закрыто окно").isEmpty());
     }
 
     // Only the order of the questions, and the pause between them, tells whose rows stand first.

@@ -74,7 +74,8 @@ private slots:
         readings(words(d.readings));
     }
 
-    // What the dialogs say beside it, of the first device, the last one and some between.
+    // What the dialogs say beside it, of the first device, the last one and some between; and all that told
+    // the refusals of the devices above.
     void texts()
     {
         const std::tuple<const char*, const char*, const char*> names[] = {

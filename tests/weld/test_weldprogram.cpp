@@ -170,45 +170,15 @@ private slots:
         }
     }
 
-    // A row at a frame's end cuts nothing: its speed holds from the next frame. The cut at 80 does not change
-    // x and is dropped.
-    void rowAtTheEndOfAFrame()
+    // After a navigation backward arcs turn the other way.
+    void arcAfterAStepBackward()
     {
         Weld weld(new SchemaXYZ);
-        weld.point({0, 0, 0}).point({50, 0, 0}).point({50, 0, 10}).point({50, 50, 10});
-        weld.row(0, 5, 600).row(50, 5, 300).row(80, 5, 1200).end(5);
-        compare(moves(weld),
-                "G90 G01 x=50.00 y=0.00 z=0.00 F600.000 | G90 G01 x=50.00 y=0.00 z=10.00 F300.000 | "
-                "G90 G01 x=50.00 y=50.00 z=10.00 F1200.000");
-    }
-
-    void arcFrames()
-    {
-        const struct
-        {
-            int plane, direction;
-            bool moveForward;
-            const char* moves;
-        } frames[] = {
-            {0, 1, true,
-             "G17 | G90 G3 x=43.30 y=25.00 R50.00 z=7.00 F600.000 | "
-             "G17 | G90 G3 x=0.00 y=50.00 R50.00 z=7.00 F300.000"},
-            {0, 1, false, // after a step backward
-             "G17 | G90 G2 x=43.30 y=25.00 R50.00 z=7.00 F600.000 | "
-             "G17 | G90 G2 x=0.00 y=50.00 R50.00 z=7.00 F300.000"},
-            {1, 0, true,
-             "G18 | G90 G2 x=25.00 z=6.70 R50.00 y=7.00 F600.000 | "
-             "G18 | G90 G2 x=0.00 z=50.00 R50.00 y=7.00 F300.000"},
-            // The cut does not change x here and is dropped.
-            {2, 1, true, "G19 | G90 G3 y=0.00 z=50.00 R50.00 x=7.00 F300.000"},
-        };
-        for (const auto& [plane, direction, moveForward, expected] : frames) {
-            Weld weld(new SchemaXYZ);
-            weld.point(inPlane(plane, 50, 0, 7), arc(50, direction, plane)).point(inPlane(plane, 0, 50, 7));
-            weld.tables.contour.moveForward = moveForward;
-            weld.row(0, 5, 600).row(float(50 * M_PI / 6), 5, 300).end(5);
-            compare(moves(weld), expected);
-        }
+        weld.point({50, 0, 7}, arc(50, 1, 0)).point({0, 50, 7});
+        weld.tables.contour.moveForward = false;
+        weld.row(0, 5, 600).row(float(50 * M_PI / 6), 5, 300).end(5);
+        compare(moves(weld), "G17 | G90 G2 x=43.30 y=25.00 R50.00 z=7.00 F600.000 | "
+                             "G17 | G90 G2 x=0.00 y=50.00 R50.00 z=7.00 F300.000");
     }
 
     void circleOfThreePoints()
@@ -253,55 +223,6 @@ private slots:
                 "G90 G01 x=60.00 y=0.00 z=0.00 F600.000 | G90 G01 x=100.00 y=0.00 z=0.00 F600.000 | "
                 "G90 G01 x=30.00 y=0.00 z=0.00 F600.000 | G90 G01 x=60.00 y=0.00 z=0.00 F300.000 | "
                 "G90 G01 x=100.00 y=0.00 z=0.00 F300.000");
-    }
-
-    // A closing frame that is an arc: the passes after it are cut where they were.
-    void closedByAnArc()
-    {
-        Weld weld(new SchemaXYZ);
-        weld.point({-50, 0, 0}).point({50, 0, 0}, arc(50, 1, 0)).closed(2).measure();
-        const float pass = weld.tables.contour.length;
-        weld.row(0, 5, 600)
-            .row(25, 5, 300)
-            .row(100 + 50 * float(M_PI) / 3, 5, 900)
-            .row(pass + 25, 5, 1200)
-            .end(5);
-        const QStringList lines = moves(weld);
-        QVERIFY(lines.contains("G90 G3 x=25.00 y=43.30 R50.00 z=0.00 F300.000"));
-        QCOMPARE(lines.count("G90 G01 x=-25.00 y=0.00 z=0.00 F600.000"), 1);
-        QCOMPARE(lines.count("G90 G01 x=-25.00 y=0.00 z=0.00 F900.000"), 1);
-        QCOMPARE(lines.last(), QString("G90 G3 x=-50.00 y=0.00 R50.00 z=0.00 F1200.000"));
-    }
-
-    // The beam waits without current over a turn and more; the part turns only what is left of it.
-    void passesLeftOut()
-    {
-        const float turn = 314.1593f;
-        const struct
-        {
-            float begin, resume; // of the pause, mm
-            const char* angles;  // until the current rises
-            const char* pause;
-        } cases[] = {{39.27f, 39.27f + 2 * turn + 20, "45.00 67.92", "2.000"},
-                     {78.54f, 78.54f + 3 * turn + 20, "90.00 112.92", "2.000"}, // from a frame's end
-                     {274.89f, 274.89f + 2 * turn + 60, "90.00 180.00 270.00 315.00 0.00 23.76", "6.000"},
-                     // not quite a turn
-                     {39.27f, 39.27f + 314.0f, "45.00 90.00 180.00 270.00 0.00 44.82", "31.400"}};
-        for (const auto& [begin, resume, expected, pause] : cases) {
-            Weld weld = ring(6);
-            weld.row(0, 10, 600).row(begin - 5, 10, 600).row(begin, 0, 600).row(resume, 0, 600);
-            weld.row(resume + 10, 10, 600).end(10);
-            QStringList turned = angles(generate(weld).channel2);
-            turned.removeOne(QString::number(double(begin - 5) * 360 / (100 * M_PI), 'f', 2));
-            QVERIFY2(turned.join(' ').startsWith(expected), qPrintable(turned.join(' ')));
-            const QString beam = technologyProgram(weld.tables);
-            QVERIFY2(beam.contains(QLatin1String("G4 F") + pause), qPrintable(beam));
-
-            // With beam, or in a ramp down, every turn is run.
-            weld.tables.tech[2].Ir = 10;
-            weld.tables.tech[3].Ir = 0;
-            QCOMPARE(angles(generate(weld).channel2).count("0.00"), 6);
-        }
     }
 
     // Two decimals put the end of the table before or behind the end of the pass: a ring as it is created

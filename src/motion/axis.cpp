@@ -1,6 +1,7 @@
 #include "axis.h"
 
 #include "axisinfo.h"
+#include "axisprogram.h"
 #include "drivecomm.h"
 #include "drivestate.h"
 #include "fixedmove.h"
@@ -133,7 +134,7 @@ void Axis::endJog(const QPushButton* button)
 
 void Axis::move(const QString& speed)
 {
-    m_drive->command(QStringLiteral("MOVE(%1,%2)").arg(m_name, speed));
+    m_drive->command(moveCommand(m_name, speed));
 }
 
 void Axis::onPlusToggled(bool checked)
@@ -162,10 +163,7 @@ void Axis::onCoordClicked()
 
 void Axis::onSpeedClicked()
 {
-    QList<float> speeds;
-    for (const float percent : {2.5F, 5.0F, 10.0F, 25.0F, 50.0F, 100.0F})
-        speeds.append(percent / 100 * float(m_maxSpeed));
-    Selector selector(m_name, m_unit, speeds, QStringLiteral("Произвольная скорость"), 0, m_speedLabel);
+    Selector selector(m_name, m_unit, m_maxSpeed, m_speedLabel);
     connect(&selector, &Selector::message, this, &Axis::axisMessage);
     if (selector.exec() != QDialog::Accepted)
         return;

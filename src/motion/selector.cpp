@@ -12,6 +12,14 @@ namespace {
 
 constexpr float leastSpeed = 0.1F; // of the free entry
 
+QList<float> sharesOf(int maxSpeed)
+{
+    QList<float> speeds;
+    for (const float percent : {2.5F, 5.0F, 10.0F, 25.0F, 50.0F, 100.0F})
+        speeds.append(percent / 100 * float(maxSpeed));
+    return speeds;
+}
+
 // Just below the parent, moved so that every entry stays on the panel.
 QPoint placeBelow(const QWidget* parent, const QSize& size)
 {
@@ -50,6 +58,10 @@ Selector::Selector(const QString& name, const QString& unit, const QList<float>&
     move(placeBelow(parent, size()));
     show();
 }
+
+Selector::Selector(const QString& name, const QString& unit, int maxSpeed, QWidget* parent)
+    : Selector(name, unit, sharesOf(maxSpeed), QStringLiteral("Произвольная скорость"), 0, parent)
+{}
 
 Selector::~Selector() = default;
 

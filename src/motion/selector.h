@@ -24,6 +24,8 @@ public:
     // free entry, `decimals` those of the six. `name` and `unit` of the axis go into the journal line.
     Selector(const QString& name, const QString& unit, const QList<float>& values, const QString& title,
              int decimals, QWidget* parent);
+    // Of an axis's speed: six shares of `maxSpeed`, units a minute, without decimals.
+    Selector(const QString& name, const QString& unit, int maxSpeed, QWidget* parent);
     ~Selector() override;
 
     float value() const { return m_value; }        // units a minute

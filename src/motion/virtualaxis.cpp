@@ -1,6 +1,7 @@
 #include "virtualaxis.h"
 
 #include "axisinfo.h"
+#include "axisprogram.h"
 #include "drivecomm.h"
 #include "fixedmove.h"
 #include "joghold.h"
@@ -10,12 +11,6 @@
 #include <QPushButton>
 
 #include <iterator>
-
-namespace {
-
-const float kSpeedShares[] = {2.5F, 5, 10, 25, 50, 100}; // % of the maximum
-
-} // namespace
 
 VirtualAxis::VirtualAxis(const QString& name, const QString& unit, int maxSpeed, const Row& row,
                          DriveTCPthread* drive, QObject* parent)
@@ -109,7 +104,7 @@ void VirtualAxis::jogBack()
 
 void VirtualAxis::startJog(const QString& speed, const QString& direction)
 {
-    m_drive->command(QStringLiteral("MOVE(%1,%2)").arg(m_name, speed));
+    m_drive->command(moveCommand(m_name, speed));
     emit message(QStringLiteral("[C]Выполнение ручного перемещение по виртуальной оси %1 в %2 направлении...")
                      .arg(m_name, direction),
                  true);
@@ -117,7 +112,7 @@ void VirtualAxis::startJog(const QString& speed, const QString& direction)
 
 void VirtualAxis::endJog()
 {
-    m_drive->command(QStringLiteral("MOVE(%1,0)").arg(m_name));
+    m_drive->command(moveCommand(m_name, QStringLiteral("0")));
     emit message(QStringLiteral("[I]Завершено ручное перемещение по виртуальной оси %1").arg(m_name), true);
 }
 
@@ -125,10 +120,7 @@ void VirtualAxis::endJog()
 // alone.
 void VirtualAxis::chooseSpeed()
 {
-    QList<float> values;
-    for (float share : kSpeedShares)
-        values << share / 100 * float(m_maxSpeed);
-    Selector selector(m_name, m_unit, values, QStringLiteral("Произвольная скорость"), 0, m_row.speed);
+    Selector selector(m_name, m_unit, m_maxSpeed, m_row.speed);
     if (selector.exec() == QDialog::Accepted)
         m_row.speed->setValue(selector.value(), 0);
 }

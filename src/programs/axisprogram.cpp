@@ -14,6 +14,11 @@ QString axisWord(const QString& name)
 
 } // namespace
 
+QString moveCommand(const QString& axis, const QString& speed)
+{
+    return QStringLiteral("MOVE(%1,%2)").arg(axis, speed);
+}
+
 QString axisProgram(int channel, const QString& axis, bool absolute, const QString& value,
                     const QString& speed)
 {

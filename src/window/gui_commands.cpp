@@ -2,6 +2,7 @@
 
 #include "autorization_manager.h"
 #include "axis.h"
+#include "axisprogram.h"
 #include "constants.h"
 #include "desktopprogram.h"
 #include "inform.h"
@@ -82,7 +83,7 @@ void Gui::on_pbEndlessV_clicked()
         v->onEndlessClicked(true);
     } else {
         prgMessage(QStringLiteral("[I]Отжата кнопка 'Бесконечное вращение' на панели координаты V"), false);
-        m_drives.command(QStringLiteral("MOVE(V,0)"));
+        m_drives.command(moveCommand(QStringLiteral("V"), QStringLiteral("0")));
         v->onEndlessClicked(false);
     }
 }

@@ -111,7 +111,7 @@ void DeviceDlg::showValidity(int row, bool valid)
 {
     QTableWidgetItem* const cell = m_ui->twElements->item(row, 1);
     cell->setForeground(valid ? QBrush() : Qt::black);
-    cell->setBackground(valid ? QBrush() : QColor(255, 192, 192));
+    cell->setBackground(valid ? QBrush() : invalidGround);
 }
 
 QString DeviceDlg::switchText(bool on)

@@ -16,7 +16,6 @@ namespace {
 
 constexpr int reconnectMs = 1000; // between two attempts to reach a controller
 const QColor connectedColour(255, 255, 192);
-const QColor lostColour(255, 192, 192);
 
 // A limit of the settings file. What is no number there would call every reading bad or good, so the
 // machine's own limit stands instead.
@@ -89,7 +88,7 @@ void KVS::connectKVS()
 
 void KVS::disconnectedKVS()
 {
-    setBackground(this, lostColour);
+    setBackground(this, invalidGround);
     m_kvsConnected = false;
     emit onKVSConnected(false);
     QTimer::singleShot(reconnectMs, this, &KVS::connectKVS);
@@ -110,8 +109,8 @@ void KVS::connectKVK()
 
 void KVS::disconnectedKVK()
 {
-    setBackground(ui->Chamber, lostColour);
-    setBackground(ui->Door, lostColour);
+    setBackground(ui->Chamber, invalidGround);
+    setBackground(ui->Door, invalidGround);
     m_kvkConnected = false;
     emit onKVKConnected(false);
     QTimer::singleShot(reconnectMs, this, &KVS::connectKVK);

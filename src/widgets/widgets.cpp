@@ -137,7 +137,7 @@ void PoLabel::changedValid(bool valid)
         m_savedFill = autoFillBackground();
     }
     colours.setColor(foregroundRole(), valid ? m_savedText : QColor(Qt::black));
-    colours.setColor(backgroundRole(), valid ? m_savedBackground : QColor(255, 192, 192));
+    colours.setColor(backgroundRole(), valid ? m_savedBackground : invalidGround);
     setPalette(colours);
     setAutoFillBackground(!valid || m_savedFill);
 }

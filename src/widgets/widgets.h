@@ -21,6 +21,9 @@ class QPushButton;
 constexpr int panelWidth = 1920;
 constexpr int panelHeight = 1200;
 
+// Behind what has no valid value, and behind what shows a link that is lost.
+inline const QColor invalidGround(255, 192, 192);
+
 // Whether from this event of `widget` on a finger may lift unseen (hidden, disabled, or blocked by a modal
 // dialog): what lives only while the finger is down must end with it.
 bool liftMayBeLost(const QWidget& widget, const QEvent& event);

@@ -8,9 +8,8 @@
 
 namespace {
 
-const QColor kRest(189, 255, 180);    // valid and at rest
-const QColor kActive(0, 255, 128);    // running
-const QColor kInvalid(255, 192, 192); // a sensor that does not answer
+const QColor kRest(189, 255, 180); // valid and at rest
+const QColor kActive(0, 255, 128); // running
 
 void setColours(QLabel* label, const QColor& window, const QColor& text)
 {
@@ -241,12 +240,12 @@ void Gui::onChangedGunPressure(float value)
 
 void Gui::onChangedChamberValid(bool valid)
 {
-    setWindowColour(ui->VacuumChamber, valid ? kRest : kInvalid);
+    setWindowColour(ui->VacuumChamber, valid ? kRest : invalidGround);
 }
 
 void Gui::onChangedGunValid(int valid)
 {
-    setWindowColour(ui->VacuumGun, valid ? kRest : kInvalid);
+    setWindowColour(ui->VacuumGun, valid ? kRest : invalidGround);
 }
 
 void Gui::onChangedPressUnit(bool unit)

@@ -23,6 +23,15 @@ namespace {
 constexpr int kTick = 1000;      // ms
 constexpr int kReconnect = 1000; // ms between two attempts to reach the motion controller
 
+// The recorder of `values` is left to the end of the process: the console waits for no disk.
+DumpCreator* startRecorder(float* values)
+{
+    auto* recorder = new DumpCreator(QStringLiteral("pass"), 20, values);
+    recorder->setDumpPath(site().root.isEmpty() ? QStringLiteral("dump") : site().programDir() + "/dump");
+    recorder->startDump();
+    return recorder;
+}
+
 // What the contour tab and the vacuum panel tell, and what they are told.
 void connectPanels(Gui* gui, CONTOUR* contour, KVS* kvs)
 {
@@ -82,10 +91,7 @@ Gui::Gui()
     ui->lblDate->setText(
         QLocale(QLocale::Russian).toString(QDate::currentDate(), QStringLiteral("dd.MM.yyyy, ddd")));
     m_journal->open();
-    // The recorder is left to the end of the process: the console waits for no disk.
-    m_dump = new DumpCreator(QStringLiteral("pass"), 20, m_dumpValues);
-    m_dump->setDumpPath(site().root.isEmpty() ? QStringLiteral("dump") : site().programDir() + "/dump");
-    m_dump->startDump();
+    m_dump = startRecorder(m_dumpValues);
     emit signalSystemStarted();
 }
 

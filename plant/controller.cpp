@@ -7,17 +7,9 @@ namespace plant {
 
 namespace {
 
-constexpr double doorTravel = 3;        // s
-constexpr double messageTime = 1;       // s of real time that a number stands in its slot
-constexpr std::size_t maxWaiting = 200; // messages that wait for a slot
-constexpr double sameplace = 0.001;     // mm or deg: an axis that is there already needs no permission
-constexpr double maxBeamCurrent = 800;  // mA
+constexpr double sameplace = 0.001;    // mm or deg: an axis that is there already needs no permission
+constexpr double maxBeamCurrent = 800; // mA
 constexpr double maxFocusCurrent = 1500;
-
-constexpr std::uint32_t bit(Breaker breaker)
-{
-    return 1u << static_cast<std::uint32_t>(breaker);
-}
 
 constexpr AxisId armJoints[] = {AxisId::A, AxisId::B, AxisId::C};
 constexpr AxisId armAxes[] = {AxisId::A, AxisId::B, AxisId::C, AxisId::X, AxisId::Z, AxisId::PHI};
@@ -36,7 +28,7 @@ void MotionController::step(double dt)
 {
     m_time += dt;
     m_drives.step(dt);
-    stepDoor(dt);
+    m_cabinet.step(dt);
     startPending();
     m_nc.step(dt);
     if (m_overtravel) {
@@ -59,32 +51,6 @@ void MotionController::step(double dt)
     watchChannels();
 }
 
-void MotionController::stepMessages(double realSeconds)
-{
-    m_error.pass(realSeconds);
-    for (Shown& slot : m_messages)
-        slot.pass(realSeconds);
-    // A number is never taken off early for the next one: what comes thick waits its turn.
-    while (!m_waitingMessages.empty() && m_messages[m_nextSlot].number == 0) {
-        m_messages[m_nextSlot].show(m_waitingMessages.front());
-        m_nextSlot = (m_nextSlot + 1) % m_messages.size();
-        m_waitingMessages.pop_front();
-    }
-}
-
-void MotionController::Shown::show(std::uint32_t value)
-{
-    number = value;
-    left = messageTime;
-}
-
-void MotionController::Shown::pass(double seconds)
-{
-    left = std::max(0.0, left - seconds);
-    if (left <= 0)
-        number = 0;
-}
-
 StatusPack MotionController::status() const
 {
     StatusPack pack{};
@@ -95,7 +61,7 @@ StatusPack MotionController::status() const
     }
     for (int i = 0; i < axisCount; ++i)
         pack.position[i] = static_cast<float>(m_axes.position(static_cast<AxisId>(i)));
-    const bool supplied = m_breakers & bit(Breaker::QF28);
+    const bool supplied = m_cabinet.breakers.has(Breaker::QF28);
     for (int i = 0; i < driveCount; ++i) {
         const auto axis = static_cast<AxisId>(i);
         pack.driveState[i] = supplied ? m_drives.code(axis, m_axes.jogging(axis)) : diagnostic::none;
@@ -108,26 +74,12 @@ StatusPack MotionController::status() const
         pack.minFlag[i] = m_axes.atMin(coord);
         pack.maxFlag[i] = m_axes.atMax(coord);
     }
-    for (std::size_t i = 0; i < m_messages.size(); ++i)
-        pack.message[i] = m_messages[i].number;
     pack.pointNo = m_pointNo;
-    pack.cncError = m_error.number;
-    pack.doorState = static_cast<std::uint32_t>(m_door);
-    pack.trModuleState = m_module;
-    pack.drivePower = m_breakers & (bit(Breaker::QF28) - 1);
-    pack.light = m_light;
-    pack.pultRegime = m_pultRegime;
-    pack.alarm = m_alarm;
     pack.drivesOn = m_drives.on();
     pack.transOn = m_axes.transformed();
     pack.axisMoving = m_axisMoving;
-    pack.pultOn = m_pultOn;
-    pack.keyAccess = m_key;
-    pack.drivesLock = !drivesAllowed();
-    pack.spiralLock = !m_vacuum;
-    pack.spiralPower = (m_breakers & bit(Breaker::QF23)) != 0;
-    pack.drivesPower = supplied;
-    pack.phaseAlarm = !m_phases;
+    m_messages.fill(pack);
+    m_cabinet.fill(pack);
     return pack;
 }
 
@@ -161,60 +113,46 @@ void MotionController::consoleLost()
 
 QString MotionController::setDoor(bool open)
 {
-    if (open && m_vacuum)
+    if (open && m_cabinet.vacuum)
         return QStringLiteral("the vacuum holds the door");
-    if (open && m_doorHold)
-        return QLatin1String(m_doorHold);
-    const bool there = open ? m_door == Door::Open || m_door == Door::Opening
-                            : m_door == Door::Closed || m_door == Door::Closing;
-    if (there)
+    if (open && m_cabinet.doorHold)
+        return QLatin1String(m_cabinet.doorHold);
+    if (m_cabinet.doorStandsOrGoes(open))
         return {};
-    m_door = open ? Door::Opening : Door::Closing;
-    m_doorTime = doorTravel;
-    if (!drivesAllowed() && drivesLive()) {
+    m_cabinet.startDoor(open);
+    if (!m_cabinet.drivesAllowed() && drivesLive()) {
         raiseMessage(event::doorCloses);
         cutDrives(QStringLiteral("the door closes"));
     }
     return {};
 }
 
-void MotionController::putDoor(bool open)
-{
-    m_door = open ? Door::Open : Door::Closed;
-    m_doorTime = 0;
-}
-
 QString MotionController::setVacuum(bool present)
 {
-    if (present == m_vacuum)
+    if (present == m_cabinet.vacuum)
         return {};
-    if (present && m_door != Door::Closed)
+    if (present && m_cabinet.door != Door::Closed)
         return QStringLiteral("the door is not closed");
-    m_vacuum = present;
-    if (!drivesAllowed() && drivesLive()) {
+    m_cabinet.vacuum = present;
+    if (!m_cabinet.drivesAllowed() && drivesLive()) {
         raiseMessage(event::noVacuum);
         cutDrives(QStringLiteral("no vacuum"));
     }
-    if (!m_vacuum)
+    if (!present)
         setLight(Light::Spiral, false);
     return {};
 }
 
-void MotionController::setKey(bool on)
-{
-    m_key = on;
-}
-
 void MotionController::setPhases(bool healthy)
 {
-    m_phases = healthy;
+    m_cabinet.phases = healthy;
     if (!healthy)
         cutDrives(QStringLiteral("phases"));
 }
 
 void MotionController::setBreaker(Breaker breaker, bool closed)
 {
-    m_breakers = closed ? m_breakers | bit(breaker) : m_breakers & ~bit(breaker);
+    m_cabinet.breakers.set(breaker, closed);
     if (closed)
         return;
     if (breaker == Breaker::QF23) {
@@ -232,16 +170,9 @@ void MotionController::setBreaker(Breaker breaker, bool closed)
         cutDrives(QStringLiteral("a breaker opened"));
 }
 
-void MotionController::setLight(Light light, bool on)
-{
-    const std::uint32_t mask = 1u << static_cast<std::uint32_t>(light);
-    m_light = on ? m_light | mask : m_light & ~mask;
-}
-
 void MotionController::setAlarm(AlarmButton button, bool pressed)
 {
-    const std::uint32_t mask = 1u << static_cast<std::uint32_t>(button);
-    m_alarm = pressed ? m_alarm | mask : m_alarm & ~mask;
+    m_cabinet.alarm.set(button, pressed);
     if (pressed && drivesLive()) {
         raiseMessage(event::emergency);
         cutDrives(QStringLiteral("emergency stop"));
@@ -250,8 +181,8 @@ void MotionController::setAlarm(AlarmButton button, bool pressed)
 
 void MotionController::setPult(std::uint32_t regime, int selector)
 {
-    m_pultRegime = regime;
-    m_pultSelector = selector;
+    m_cabinet.pultRegime = regime;
+    m_cabinet.pultSelector = selector;
 }
 
 QString MotionController::trip(AxisId axis, std::int32_t code)
@@ -295,27 +226,19 @@ QString MotionController::placeAxis(AxisId axis, double value)
 
 void MotionController::raiseMessage(std::uint32_t number)
 {
-    if (m_waitingMessages.size() < maxWaiting)
-        m_waitingMessages.push_back(number);
-    else
+    if (!m_messages.raise(number))
         log(QStringLiteral("message %1 lost: too many at once").arg(number));
-    stepMessages(0);
-}
-
-void MotionController::raiseError(std::uint32_t number)
-{
-    m_error.show(number);
 }
 
 QString MotionController::summary() const
 {
     static const char* const doors[] = {"closed", "open", "closing", "opening"};
     const auto yes = [](bool on) { return on ? QStringLiteral("on") : QStringLiteral("off"); };
-    QStringList parts = {QStringLiteral("door %1").arg(QLatin1String(doors[static_cast<int>(m_door)])),
-                         QStringLiteral("vacuum %1").arg(yes(m_vacuum)),
-                         QStringLiteral("key %1").arg(yes(m_key)),
-                         QStringLiteral("drives %1").arg(yes(m_drives.on())),
-                         QStringLiteral("virtual %1").arg(yes(m_axes.transformed()))};
+    QStringList parts = {
+        QStringLiteral("door %1").arg(QLatin1String(doors[static_cast<int>(m_cabinet.door)])),
+        QStringLiteral("vacuum %1").arg(yes(m_cabinet.vacuum)),
+        QStringLiteral("key %1").arg(yes(m_cabinet.key)), QStringLiteral("drives %1").arg(yes(m_drives.on())),
+        QStringLiteral("virtual %1").arg(yes(m_axes.transformed()))};
     for (int channel = 1; channel <= 3; ++channel)
         parts << QStringLiteral("channel%1 %2")
                      .arg(channel)
@@ -332,15 +255,15 @@ QString MotionController::summary() const
 
 QString MotionController::switchOnRefusal() const
 {
-    if (!m_key)
+    if (!m_cabinet.key)
         return QStringLiteral("the key switch is off");
-    if (!drivesAllowed())
+    if (!m_cabinet.drivesAllowed())
         return QStringLiteral("no vacuum or door not open");
-    if (m_alarm)
+    if (m_cabinet.alarm.word())
         return QStringLiteral("an emergency button or a rope is pulled");
-    if (!m_phases)
+    if (!m_cabinet.phases)
         return QStringLiteral("the phases are wrong");
-    if (!(m_breakers & bit(Breaker::QF28)))
+    if (!m_cabinet.breakers.has(Breaker::QF28))
         return QStringLiteral("QF28 is open");
     for (int i = 0; i < driveCount; ++i) {
         const auto axis = static_cast<AxisId>(i);
@@ -356,8 +279,7 @@ QString MotionController::switchOnRefusal() const
 
 bool MotionController::breakersClosed(AxisId axis) const
 {
-    const std::uint32_t own = 1u << static_cast<std::uint32_t>(axis);
-    return (m_breakers & own) && (m_breakers & bit(Breaker::QF18));
+    return m_cabinet.breakers.has(static_cast<Breaker>(axis)) && m_cabinet.breakers.has(Breaker::QF18);
 }
 
 void MotionController::cutDrives(const QString& why)
@@ -367,7 +289,7 @@ void MotionController::cutDrives(const QString& why)
     stopPrograms();
     m_axes.setTransformed(false);
     m_transPending.reset();
-    m_pultOn = false;
+    m_cabinet.pultOn = false;
     m_drives.switchOff();
     log(QStringLiteral("drives off: ") + why);
 }
@@ -408,15 +330,6 @@ void MotionController::startPending()
         if (m_nc.start(channel, start.text))
             log(QStringLiteral("channel %1 runs %2").arg(channel).arg(start.path));
     }
-}
-
-void MotionController::stepDoor(double dt)
-{
-    if (m_doorTime <= 0)
-        return;
-    m_doorTime -= dt;
-    if (m_doorTime <= 0)
-        m_door = m_door == Door::Opening ? Door::Open : Door::Closed;
 }
 
 void MotionController::watchChannels()

@@ -1,7 +1,9 @@
 #pragma once
 
 #include "plant/axes.h"
+#include "plant/cabinet.h"
 #include "plant/drives.h"
+#include "plant/messageslots.h"
 #include "plant/nc.h"
 #include "plant/statuspack.h"
 
@@ -11,7 +13,6 @@
 
 #include <array>
 #include <cstdint>
-#include <deque>
 #include <functional>
 #include <optional>
 #include <vector>
@@ -35,15 +36,6 @@ constexpr std::uint32_t noProgramFile = 2001;  // cannot be read
 constexpr std::uint32_t programStopped = 2002; // a channel went into its error state
 } // namespace cncerror
 
-enum class Door : std::uint32_t { Closed = 0, Open = 1, Closing = 2, Opening = 3 };
-
-// Circuit breakers in the control cabinet: bits of the drive power word, then the two on lines of their own.
-enum class Breaker { QF31, QF32, QF33, QF34, QF35, QF36, QF37, QF38, QF39, QF40, QF18, QF28, QF23 };
-
-enum class Light { Led, Spots, Spiral }; // bits of the light word
-
-enum class AlarmButton { Console, Pendant, LeftRope, RightRope }; // bits of the alarm word
-
 // The motion controller CML75 with the drives, the interlocks of the cabinet and three NC channels. Not
 // thread safe. Time passes in `step` alone.
 class MotionController final : private NcHost
@@ -62,7 +54,7 @@ public:
     // Advances by dt seconds (10 ms are meant).
     void step(double dt);
     // Message numbers stand in the datagram for a second of real time, however fast the plant runs.
-    void stepMessages(double realSeconds);
+    void stepMessages(double realSeconds) { m_messages.pass(realSeconds); }
 
     StatusPack status() const;
 
@@ -70,39 +62,32 @@ public:
     void consoleLost();
 
     // What happens to the plant from outside. Those that can be refused return the reason, empty when done.
-    QString setDoor(bool open); // takes its time
-    void putDoor(bool open);    // at once
+    QString setDoor(bool open);                          // takes its time
+    void putDoor(bool open) { m_cabinet.putDoor(open); } // at once
     QString setVacuum(bool present);
-    void setDoorHold(const char* reason) { m_doorHold = reason; } // why the door cannot open; null: it can
-    void setKey(bool on);
+    void setDoorHold(const char* reason)
+    {
+        m_cabinet.doorHold = reason;
+    } // why the door cannot open; null: it can
+    void setKey(bool on) { m_cabinet.key = on; }
     void setPhases(bool healthy);
     void setBreaker(Breaker breaker, bool closed);
     void setAlarm(AlarmButton button, bool pressed);
-    void setLight(Light light, bool on);
-    void setTransportModule(std::uint32_t state) { m_module = state; }
+    void setLight(Light light, bool on) { m_cabinet.light.set(light, on); }
+    void setTransportModule(std::uint32_t state) { m_cabinet.module = state; }
     void setPult(std::uint32_t regime, int selector); // regime 1..3; selector 0..4: X Y Z 4 5
     QString trip(AxisId axis, std::int32_t code);
     QString clear(AxisId axis);
     QString placeAxis(AxisId axis, double value);
     void raiseMessage(std::uint32_t number);
-    void raiseError(std::uint32_t number);
+    void raiseError(std::uint32_t number) { m_messages.raiseError(number); }
 
     const Axes& axes() const { return m_axes; }
     const NcMachine& nc() const { return m_nc; }
     ChannelState channelState(int channel) const;
     bool drivesOn() const { return m_drives.on(); }
-    Door door() const { return m_door; }
+    const Cabinet& cabinet() const { return m_cabinet; }
     bool drivesLive() const { return m_drives.on() || m_drives.switching(); }
-    bool phases() const { return m_phases; }
-    bool breakerClosed(Breaker breaker) const
-    {
-        return m_breakers & (1u << static_cast<std::uint32_t>(breaker));
-    }
-    bool alarmed(AlarmButton button) const { return m_alarm & (1u << static_cast<std::uint32_t>(button)); }
-    bool lit(Light light) const { return m_light & (1u << static_cast<std::uint32_t>(light)); }
-    // The cabinet has nothing against the beam: no button or rope pulled, phases and supply in order.
-    bool healthy() const { return !m_alarm && m_phases && breakerClosed(Breaker::QF28); }
-    bool drivesAllowed() const { return m_vacuum || m_door == Door::Open; }
     // Raster settings as the programs last wrote them, by variable name such as "@RASTERTYPE%".
     QString variable(const QString& name) const { return m_variables.value(name); }
     double beamCurrent() const { return m_beamCurrent; }   // mA
@@ -110,13 +95,6 @@ public:
     QString summary() const;                               // one line on everything
 
 private:
-    struct Shown
-    {
-        std::uint32_t number = 0;
-        double left = 0; // s of real time
-        void show(std::uint32_t value);
-        void pass(double seconds);
-    };
     struct Start
     {
         QString path;
@@ -174,7 +152,6 @@ private:
     bool busy(int channel) const;     // runs a program or is about to
     bool standing(int channel) const; // none of the channel's axes is moved by hand
     void startPending();
-    void stepDoor(double dt);
     void watchChannels();
 
     // NcHost
@@ -198,19 +175,8 @@ private:
     NcMachine m_nc;
 
     double m_time = 0; // s of the machine since it began
-    Door m_door = Door::Open;
-    double m_doorTime = 0; // s left of its travel
-    const char* m_doorHold = nullptr;
-    bool m_key = true;
-    bool m_vacuum = false;
-    bool m_phases = true;
-    std::uint32_t m_breakers = (1u << 13) - 1; // bit by Breaker
-    std::uint32_t m_alarm = 0;
-    std::uint32_t m_light = 0;
-    std::uint32_t m_module = 0;
-    bool m_pultOn = false;
-    std::uint32_t m_pultRegime = 1;
-    int m_pultSelector = 0;
+    Cabinet m_cabinet;
+    MessageSlots m_messages;
     std::optional<bool> m_transPending; // waits for the axes to stand
 
     std::array<std::optional<Start>, 3> m_pending; // programs that wait for their axes to stand
@@ -225,11 +191,6 @@ private:
     bool m_axisMoving = false;
     double m_beamCurrent = 0;
     double m_focusCurrent = 0;
-
-    std::array<Shown, 4> m_messages;
-    std::size_t m_nextSlot = 0;
-    std::deque<std::uint32_t> m_waitingMessages;
-    Shown m_error;
 };
 
 } // namespace plant

@@ -237,9 +237,9 @@ QString MotionController::handwheel(const Arguments& a)
     const auto distance = number(a[0]);
     if (!distance)
         return QStringLiteral("\"%1\" is no distance").arg(a[0]);
-    if (!m_pultOn)
+    if (!m_cabinet.pultOn)
         return QStringLiteral("the remote panel is off");
-    const auto axis = pultAxes[m_pultRegime - 1][m_pultSelector];
+    const auto axis = pultAxes[m_cabinet.pultRegime - 1][m_cabinet.pultSelector];
     if (!axis)
         return QStringLiteral("the panel's selector stands on no axis");
     return increment(*axis, *distance / wheelPerUnit, traits(*axis).maxSpeed);
@@ -334,21 +334,21 @@ QString MotionController::pultOnCommand(const Arguments&)
 {
     if (!m_drives.on())
         return QStringLiteral("the drives are off");
-    m_pultOn = true;
+    m_cabinet.pultOn = true;
     return {};
 }
 
 QString MotionController::pultOff(const Arguments&)
 {
-    m_pultOn = false;
+    m_cabinet.pultOn = false;
     return {};
 }
 
 QString MotionController::spiralOn(const Arguments&)
 {
-    if (!m_vacuum)
+    if (!m_cabinet.vacuum)
         return QStringLiteral("no vacuum in the chamber");
-    if (!(m_breakers & (1u << static_cast<std::uint32_t>(Breaker::QF23))))
+    if (!m_cabinet.breakers.has(Breaker::QF23))
         return QStringLiteral("QF23 is open");
     setLight(Light::Spiral, true);
     return {};

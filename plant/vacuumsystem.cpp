@@ -276,16 +276,18 @@ QString VacuumSystem::summary() const
 
 void couple(MotionController& motion, VacuumSystem& vacuum)
 {
+    const Cabinet& cabinet = motion.cabinet();
+    const auto& alarm = cabinet.alarm;
     Surroundings now;
-    now.doorClosed = motion.door() == Door::Closed;
+    now.doorClosed = cabinet.door == Door::Closed;
     now.drivesOff = !motion.drivesLive();
     now.accelerating = motion.channelState(3) == ChannelState::Running;
-    now.cabinetReady = motion.healthy();
-    now.cabinetPower = motion.breakerClosed(Breaker::QF28);
-    now.phases = motion.phases();
-    now.spiral = motion.lit(Light::Spiral);
-    now.emergency = motion.alarmed(AlarmButton::Console) || motion.alarmed(AlarmButton::Pendant);
-    now.rope = motion.alarmed(AlarmButton::LeftRope) || motion.alarmed(AlarmButton::RightRope);
+    now.cabinetReady = cabinet.healthy();
+    now.cabinetPower = cabinet.breakers.has(Breaker::QF28);
+    now.phases = cabinet.phases;
+    now.spiral = cabinet.light.has(Light::Spiral);
+    now.emergency = alarm.has(AlarmButton::Console) || alarm.has(AlarmButton::Pendant);
+    now.rope = alarm.has(AlarmButton::LeftRope) || alarm.has(AlarmButton::RightRope);
     vacuum.plant().setSurroundings(now);
     motion.setVacuum(vacuum.vacuumReached() && now.doorClosed);
     motion.setDoorHold(!vacuum.plant().is(Device::Door, DeviceState::On)

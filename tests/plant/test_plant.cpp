@@ -264,17 +264,13 @@ private slots:
 
     void drivesGoOnOnlyWhenAllIsInOrder()
     {
-        for (const auto& [spoil, mend] : {std::pair{"key off", "key on"},
-                                          {"door close", "door open; wait 4"},
-                                          {"door close; wait 4", "vacuum on"},
-                                          {"phase off", "phase on"},
-                                          {"emergency console on", "emergency console off"},
-                                          {"rope right on", "rope right off"},
-                                          {"breaker qf28 off", "breaker qf28 on"},
-                                          {"breaker qf18 off", "breaker qf18 on"},
-                                          {"breaker qf40 off", "PARK(V)"},
-                                          {"trip C", "CLEAR_ERROR(C)"}})
-            holds(QString("%1; !DRIVE ON; wait 2; flag 282 0; %2; on").arg(spoil, mend));
+        const QString troubles =
+            "key off > key on | door close > door open; wait 4 | door close; wait 4 > vacuum on | "
+            "phase off > phase on | emergency console on > emergency console off | "
+            "rope right on > rope right off | breaker qf28 off > breaker qf28 on | "
+            "breaker qf18 off > breaker qf18 on | breaker qf40 off > PARK(V) | trip C > CLEAR_ERROR(C)";
+        for (const QString& trouble : troubles.split(" | "))
+            holds(QString(trouble).replace(" > ", "; !DRIVE ON; wait 2; flag 282 0; ") + "; on");
     }
 
     // Whatever takes the power takes motion, programs, the virtual axes and the remote panel with it.

@@ -43,16 +43,12 @@ private slots:
     {
         ::mkfifo(own("/log/pipe"), 0666);
         for (const char* path : {"/points", "/log/pipe", "/nowhere/p", "/points/p/p"}) {
-            struct stat before
-            {
-            }, after{};
-            ::stat(own(path), &before);
+            const auto before = status(path).st_ino;
             QTest::ignoreMessage(QtWarningMsg, notWritten);
             const auto trouble = writeFile(path, "x");
-            ::stat(own(path), &after);
             QVERIFY(trouble && !trouble->opened);
             QCOMPARE(trouble->line, QString("[A]Файл %1 не записан").arg(path));
-            QCOMPARE(after.st_ino, before.st_ino);
+            QCOMPARE(status(path).st_ino, before);
             holds("former");
         }
     }
@@ -86,13 +82,13 @@ private slots:
 
 private:
     QByteArray own(const QString& absolute) const { return site().path(absolute).toLocal8Bit(); }
-    unsigned mode(const QString& absolute) const
+    struct stat status(const QString& absolute) const
     {
-        struct stat now
-        {};
+        struct stat now = {};
         ::stat(own(absolute), &now);
-        return now.st_mode & 07777;
+        return now;
     }
+    unsigned mode(const QString& absolute) const { return status(absolute).st_mode & 07777; }
     // One file and nothing half written beside it.
     void holds(const QByteArray& bytes) const
     {

@@ -2,13 +2,9 @@
 #include "pultshare.h"
 #include "sitefixture.h"
 
-#include <QElapsedTimer>
-#include <QProcess>
-#include <QSharedMemory>
 #include <QtTest>
 
 #include <algorithm>
-#include <vector>
 
 namespace {
 
@@ -31,12 +27,8 @@ int beAConsole(const QString& root, const QString& suffix)
 // The other programs, which make the segments and may hang with their locks in their hands.
 struct Others
 {
-    bool ready() { return unit.create(512) && panel.create(16); }
-    void hold()
-    {
-        unit.lock();
-        panel.lock();
-    }
+    Others() { QVERIFY(unit.create(512) && panel.create(16)); }
+    void hold() { QVERIFY(unit.lock() && panel.lock()); }
     void giveBack()
     {
         unit.unlock();
@@ -45,8 +37,8 @@ struct Others
     quint32 word(int index) const { return static_cast<const quint32*>(panel.constData())[index]; }
 
     SiteFixture place;
-    QSharedMemory unit{QStringLiteral("ELA_SHM_KEY") + site().shmSuffix};
-    QSharedMemory panel{QStringLiteral("PULT_SHARE_KEY") + site().shmSuffix};
+    QSharedMemory unit{"ELA_SHM_KEY" + site().shmSuffix};
+    QSharedMemory panel{"PULT_SHARE_KEY" + site().shmSuffix};
 };
 
 } // namespace
@@ -56,58 +48,50 @@ class TestSharedSegment : public QObject
     Q_OBJECT
 
 private slots:
-    void nobodyWaitsForALockThatIsNotGivenBack();
-    void theProcessEndsAtALockThatIsNotGivenBack();
-};
+    void nobodyWaitsForALockThatIsNotGivenBack()
+    {
+        Others others;
+        ElaSharedMemory ela;
+        PultShare pult;
+        others.hold();
+        std::vector<double> ticks; // of the window, ms
+        for (unsigned int i = 0; i < 1000; ++i) {
+            QElapsedTimer time;
+            time.start();
+            ela.updateStatusEla();
+            pult.setFuncLeftEncoder(i % 2);
+            pult.setFuncRightEncoder(i);
+            pult.setBlockGui(true);
+            ticks.push_back(double(time.nsecsElapsed()) / 1e6);
+        }
+        std::sort(ticks.begin(), ticks.end());
+        qInfo("a tick while both locks are held: median %.4f ms, worst %.1f ms", ticks[500], ticks.back());
+        QVERIFY(ticks[990] < 5 && ticks.back() < 100);
+        QVERIFY(!ela.status());
+        QCOMPARE(pult.getFuncRightEncoder(), 0U);
 
-void TestSharedSegment::nobodyWaitsForALockThatIsNotGivenBack()
-{
-    Others others;
-    QVERIFY(others.ready());
-    ElaSharedMemory ela;
-    PultShare pult;
-    others.hold();
-    std::vector<double> ticks; // of the window, ms
-    for (unsigned int i = 0; i < 1000; ++i) {
+        // What was to be written comes as soon as it can, and what is there is read.
+        *static_cast<quint64*>(others.unit.data()) = 1;
+        others.giveBack();
+        QVERIFY(QTest::qWaitFor([&] { return ela.updateStatusEla(), ela.status(); }));
+        QTRY_COMPARE(pult.getFuncRightEncoder(), 999U);
+        QVERIFY(others.word(0) == 1 && others.word(3) == 1);
+    }
+
+    void theProcessEndsAtALockThatIsNotGivenBack()
+    {
+        Others others;
+        others.hold();
         QElapsedTimer time;
         time.start();
-        ela.updateStatusEla();
-        pult.setFuncLeftEncoder(i % 2);
-        pult.setFuncRightEncoder(i);
-        pult.setBlockGui(true);
-        ticks.push_back(double(time.nsecsElapsed()) / 1e6);
+        QProcess console;
+        console.start(QCoreApplication::applicationFilePath(), {"--console", site().root, site().shmSuffix});
+        const bool ended = console.waitForFinished(10'000);
+        qInfo("a console that met held locks ended after %lld ms", time.elapsed());
+        others.giveBack();
+        QVERIFY(ended && console.exitStatus() == QProcess::NormalExit && console.exitCode() == 0);
     }
-    std::sort(ticks.begin(), ticks.end());
-    qInfo("a tick while both locks are held: median %.4f ms, worst %.1f ms", ticks[500], ticks.back());
-    QVERIFY(ticks[990] < 5);
-    QVERIFY(ticks.back() < 100);
-    QVERIFY(!ela.status());
-    QCOMPARE(pult.getFuncRightEncoder(), 0U);
-
-    // What was to be written comes as soon as it can, and what is there is read.
-    *static_cast<quint64*>(others.unit.data()) = 1;
-    others.giveBack();
-    QVERIFY(QTest::qWaitFor([&] { return ela.updateStatusEla(), ela.status(); }));
-    QTRY_COMPARE(pult.getFuncRightEncoder(), 999U);
-    QCOMPARE(others.word(0), 1U);
-    QCOMPARE(others.word(3), 1U);
-}
-
-void TestSharedSegment::theProcessEndsAtALockThatIsNotGivenBack()
-{
-    Others others;
-    QVERIFY(others.ready());
-    others.hold();
-    QElapsedTimer time;
-    time.start();
-    QProcess console;
-    console.start(QCoreApplication::applicationFilePath(),
-                  {QStringLiteral("--console"), site().root, site().shmSuffix});
-    const bool ended = console.waitForFinished(10'000);
-    qInfo("a console that met held locks ended after %lld ms", time.elapsed());
-    others.giveBack();
-    QVERIFY(ended && console.exitStatus() == QProcess::NormalExit && console.exitCode() == 0);
-}
+};
 
 // With "--console" the program is one that meets the segments as they are.
 int main(int argc, char* argv[])
@@ -118,5 +102,4 @@ int main(int argc, char* argv[])
     TestSharedSegment test;
     return QTest::qExec(&test, argc, argv);
 }
-
 #include "test_sharedsegment.moc"

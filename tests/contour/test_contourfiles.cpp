@@ -252,13 +252,16 @@ private slots:
         QCOMPARE(m_window->text("lbProgName2"), "turn");
         QCOMPARE(told(), "[I]Программа ЧПУ сохранена в файле " + path);
         edit->setPlainText(QString(1000, 'x'));
+        m_window->find<QLabel>("lbProgName2")->clear();
         {
             const FullDisk full(100);
             m_window->press("pbPrgSave_2", {file, Answers::button("pbSave"), Answers::confirm(true)});
             QCOMPARE(told(), "[A]Файл " + path + " не записан");
+            QCOMPARE(m_window->text("lbProgName2"), "");
         }
         m_window->press("pbPrgOpen_2", {file, Answers::button("pbLoad")});
         QCOMPARE(edit->toPlainText(), "N1 $2\nN2 M30\n");
+        QCOMPARE(m_window->text("lbProgName2"), "turn");
         QCOMPARE(told(), "[I]Выполнена загрузка программы ЧПУ из файла " + path);
         const Answer gone = [path] { return QFile::remove(site().path(path)); };
         m_window->press("pbPrgOpen_2", {file, gone, Answers::button("pbLoad")});

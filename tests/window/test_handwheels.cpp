@@ -29,16 +29,15 @@ int printWords(const QString& key)
 
 QString shareKey()
 {
-    return QStringLiteral("PULT_SHARE_KEY") + site().shmSuffix;
+    return QString("PULT_SHARE_KEY") + site().shmSuffix;
 }
 
 QString wordsElsewhere()
 {
     QProcess reader;
-    reader.start(QCoreApplication::applicationFilePath(), {QStringLiteral("--words"), shareKey()});
+    reader.start(QCoreApplication::applicationFilePath(), {"--words", shareKey()});
     reader.waitForFinished();
-    return reader.exitCode() == 0 ? QString::fromUtf8(reader.readAllStandardOutput())
-                                  : QStringLiteral("no segment");
+    return reader.exitCode() == 0 ? reader.readAllStandardOutput() : QString("no segment");
 }
 
 } // namespace
@@ -55,7 +54,13 @@ private slots:
         connect(&m_alive, &QTimer::timeout, this, [this] { m_controller->datagram(m_datagram); });
     }
     void cleanupTestCase() { LirDevice::replace(nullptr); }
-    void init();
+    void init()
+    {
+        begin();
+        m_alive.start(100);
+        QTRY_VERIFY(m_wheels.readings() > 9); // the counters have settled
+        takeCommands();
+    }
     void cleanup()
     {
         m_alive.stop();
@@ -64,34 +69,23 @@ private slots:
 
     void eachWheelForItself();
     void shareSeenByAnotherProcess();
-    void shareThatStoodBefore();
-    void shareThatIsTooSmall();
+    void shareOfAnother();
     void wheelMovesTheMachine();
 
 private:
     // Turns a wheel and waits until the window has been told.
-    void turn(WheelCounters::Wheel wheel, int detents);
+    void turn(WheelCounters::Wheel wheel, int detents)
+    {
+        m_wheels.turn(wheel, detents);
+        const int now = m_wheels.readings();
+        QTRY_VERIFY(m_wheels.readings() > now + 6); // two rounds
+        QCoreApplication::sendPostedEvents(m_gui.get());
+    }
     void choose(const char* label, const QString& entry); // of the menu that a touch opens
 
     WheelCounters m_wheels{1000}; // any turn is one reading
     QTimer m_alive;               // a controller that says nothing for a second is given up
 };
-
-void TestHandwheels::init()
-{
-    begin();
-    m_alive.start(100);
-    QTRY_VERIFY(m_wheels.readings() > 9); // the counters have settled
-    takeCommands();
-}
-
-void TestHandwheels::turn(WheelCounters::Wheel wheel, int detents)
-{
-    m_wheels.turn(wheel, detents);
-    const int now = m_wheels.readings();
-    QTRY_VERIFY(m_wheels.readings() > now + 6); // two rounds
-    QCoreApplication::sendPostedEvents(m_gui.get());
-}
 
 void TestHandwheels::choose(const char* label, const QString& entry)
 {
@@ -114,9 +108,9 @@ void TestHandwheels::eachWheelForItself()
         turn(WheelCounters::Remote, 3);
     };
     turnAll(); // all are free at the start
-    choose("lblLir1", QStringLiteral("Ось LX"));
-    choose("lblLir2", QStringLiteral("Ось U"));
-    choose("lblLir3", QStringLiteral("ЭЛА"));
+    choose("lblLir1", "Ось LX");
+    choose("lblLir2", "Ось U");
+    choose("lblLir3", "ЭЛА");
     turnAll();
     SENT("LIR(LX,20,3000)", "LIR(U,-20,0)");
     tell({{"PultOn", 1}});
@@ -127,51 +121,49 @@ void TestHandwheels::eachWheelForItself()
     tell({{"KeyAccess", 1}, {"PultOn", 0}});
     turnAll();
     SENT("LIR(LX,20,3000)", "LIR(U,-20,0)");
-    QVERIFY(journal().contains(QStringLiteral("[I]На штурвал 'Правый' установлен параметр Ось U")));
+    QVERIFY(journal().contains("[I]На штурвал 'Правый' установлен параметр Ось U"));
     m_gui->onLirChanged(3, 1); // the card has no such channel
     QCOMPARE(takeCommands(), QStringList());
 }
 
 void TestHandwheels::shareSeenByAnotherProcess()
 {
-    QTRY_COMPARE(wordsElsewhere(), QStringLiteral("0 0 0 0"));
-    choose("lblLir1", QStringLiteral("ЭЛА"));
-    QTRY_COMPARE(wordsElsewhere(), QStringLiteral("1 0 0 0")); // by the tick, within a second
-    choose("lblLir1", QStringLiteral("Ось LX"));
-    choose("lblLir2", QStringLiteral("ЭЛА"));
-    m_gui->onTimeChanged();
-    QTRY_COMPARE(wordsElsewhere(), QStringLiteral("0 1 0 0"));
-    choose("lblLir3", QStringLiteral("ЭЛА"));
+    const auto words = [this](const char* expected) {
+        m_gui->onTimeChanged();
+        QTRY_COMPARE(wordsElsewhere(), expected);
+    };
+    QTRY_COMPARE(wordsElsewhere(), "0 0 0 0");
+    choose("lblLir1", "ЭЛА");
+    QTRY_COMPARE(wordsElsewhere(), "1 0 0 0"); // by the tick, within a second
+    choose("lblLir1", "Ось LX");
+    choose("lblLir2", "ЭЛА");
+    words("0 1 0 0");
+    choose("lblLir3", "ЭЛА");
     tell({{"KeyAccess", 0}});
-    m_gui->onTimeChanged();
-    QTRY_COMPARE(wordsElsewhere(), QStringLiteral("0 1 1 1"));
+    words("0 1 1 1");
     tell({{"KeyAccess", 1}, {"PultOn", 1}});
-    m_gui->onTimeChanged();
-    QTRY_COMPARE(wordsElsewhere(), QStringLiteral("0 1 0 0"));
+    words("0 1 0 0");
     m_gui.reset();
-    QTRY_COMPARE(wordsElsewhere(), QStringLiteral("no segment")); // the last one takes it away
+    QTRY_COMPARE(wordsElsewhere(), "no segment"); // the last one takes it away
 }
 
-void TestHandwheels::shareThatStoodBefore()
+void TestHandwheels::shareOfAnother()
 {
     m_gui.reset();
-    QSharedMemory panel(shareKey());
-    QVERIFY(panel.create(16));
-    memset(panel.data(), 0x55, 16);
-    PultShare share;
-    QTRY_COMPARE(wordsElsewhere(), QStringLiteral("0 0 0 0"));
-    const quint32 words[] = {5, 6, 7, 1};
-    panel.lock();
-    memcpy(panel.data(), words, sizeof words);
-    panel.unlock();
-    QVERIFY(share.getFuncLeftEncoder() == 5 && share.getFuncRightEncoder() == 6 &&
-            share.getFuncDistEncoder() == 7 && share.getBlockGui());
-}
-
-void TestHandwheels::shareThatIsTooSmall()
-{
-    m_gui.reset();
-    QSharedMemory foreign(shareKey());
+    {
+        QSharedMemory panel(shareKey()); // stood before
+        QVERIFY(panel.create(16));
+        memset(panel.data(), 0x55, 16);
+        PultShare share;
+        QTRY_COMPARE(wordsElsewhere(), "0 0 0 0");
+        const quint32 words[] = {5, 6, 7, 1};
+        panel.lock();
+        memcpy(panel.data(), words, sizeof words);
+        panel.unlock();
+        QVERIFY(share.getFuncLeftEncoder() == 5 && share.getFuncRightEncoder() == 6 &&
+                share.getFuncDistEncoder() == 7 && share.getBlockGui());
+    }
+    QSharedMemory foreign(shareKey()); // is too small
     QVERIFY(foreign.create(8));
     memset(foreign.data(), 0x55, 8);
     QTest::ignoreMessage(QtWarningMsg, QRegularExpression("^PultShare: the segment has 8 bytes"));

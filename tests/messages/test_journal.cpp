@@ -1,13 +1,11 @@
+#include "comparetext.h"
+#include "fulldisk.h"
 #include "journal.h"
 #include "journallist.h"
 #include "sitefixture.h"
 
 #include <QScrollBar>
 #include <QtTest>
-
-#include <csignal>
-
-#include <sys/resource.h>
 
 // What the console writes down: the list before the operator and the file of the run.
 class TestJournal : public QObject
@@ -53,12 +51,7 @@ void TestJournal::init()
 
 void TestJournal::lines()
 {
-    const struct
-    {
-        const char* line;
-        const char* shown;
-        QColor colour;
-    } rows[] = {
+    const std::tuple<const char*, const char*, QColor> rows[] = {
         {"[I]Дверь открыта", "Дверь открыта", Qt::black},
         {"[W]w", "w", Qt::black},
         {"[A]a", "a", Qt::red},
@@ -69,27 +62,26 @@ void TestJournal::lines()
         {"ab", "ab", QColor()},
         {"", "", QColor()},
     };
-    for (const auto& row : rows) {
-        const QString line = QString::fromUtf8(row.line);
+    for (const auto& [line, shown, colour] : rows) {
         m_journal->write(line, true);
         const QListWidgetItem* item = m_list.item(m_list.count() - 1);
         QCOMPARE(m_list.currentItem(), item);
         QVERIFY(QRegularExpression("^\\[\\d\\d:\\d\\d:\\d\\d\\] ").match(item->text()).hasMatch());
-        QCOMPARE(item->text().mid(11), QString::fromUtf8(row.shown));
-        QCOMPARE(!item->icon().isNull(), row.colour.isValid());
-        if (row.colour.isValid())
-            QCOMPARE(item->foreground().color(), row.colour);
-        QVERIFY(written().endsWith("] " + line + "\n")); // at once
+        QCOMPARE(last(), shown);
+        QCOMPARE(!item->icon().isNull(), colour.isValid());
+        if (colour.isValid())
+            QCOMPARE(item->foreground().color(), colour);
+        QVERIFY(written().endsWith(QString("] ") + line + "\n")); // at once
     }
-    m_journal->write(QStringLiteral("[I]только в файл"), false);
+    m_journal->write("[I]только в файл", false);
     QCOMPARE(m_list.count(), int(std::size(rows)));
-    QVERIFY(written().endsWith(QStringLiteral("] [I]только в файл\n")));
+    QVERIFY(written().endsWith("] [I]только в файл\n"));
 }
 
 void TestJournal::followsTheFinger()
 {
     for (int line = 0; line < 60; ++line)
-        m_journal->write(QStringLiteral("[I]%1").arg(line), true);
+        m_journal->write(QString("[I]%1").arg(line), true);
     QScrollBar* bar = m_list.verticalScrollBar();
     QVERIFY(bar->sizeHint().width() >= 40); // a finger can seize it
     QCOMPARE(bar->value(), bar->maximum());
@@ -100,7 +92,7 @@ void TestJournal::followsTheFinger()
         QTest::mouseMove(window, top + QPoint(0, y), 10);
     QVERIFY2(bar->maximum() - bar->value() > 60, qPrintable(QString::number(bar->maximum() - bar->value())));
     QTest::mouseRelease(window, Qt::LeftButton, {}, top + QPoint(0, 120));
-    m_journal->write(QStringLiteral("[I]новая"), true);
+    m_journal->write("[I]новая", true);
     QTRY_COMPARE(bar->value(), bar->maximum()); // the list follows the newest line
 }
 
@@ -108,28 +100,24 @@ void TestJournal::withoutFolder()
 {
     m_journal->close();
     QVERIFY(log().removeRecursively());
-    QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("^no journal /.*polog_")));
+    QTest::ignoreMessage(QtWarningMsg, QRegularExpression("^no journal /.*polog_"));
     m_journal->open();
-    m_journal->write(QStringLiteral("[I]видно"), true);
-    QCOMPARE(last(), QStringLiteral("видно"));
+    m_journal->write("[I]видно", true);
+    QCOMPARE(last(), "видно");
     QVERIFY2(!log().exists(), "the console does not make this folder");
 }
 
 void TestJournal::onAFullDisk()
 {
-    const auto former = ::signal(SIGXFSZ, SIG_IGN);
-    rlimit usual;
-    ::getrlimit(RLIMIT_FSIZE, &usual);
-    const rlimit full{10, usual.rlim_max};
-    ::setrlimit(RLIMIT_FSIZE, &full);
-    QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("^journal not written: ")));
-    for (int line = 0; line < 3; ++line) // told once
-        m_journal->write(QStringLiteral("[I]видно"), true);
-    ::setrlimit(RLIMIT_FSIZE, &usual);
-    ::signal(SIGXFSZ, former);
-    QCOMPARE(last(), QStringLiteral("видно"));
-    m_journal->write(QStringLiteral("[I]снова место"), false);
-    QVERIFY(written().contains(QStringLiteral("[I]снова место\n")));
+    {
+        const FullDisk full(10);
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression("^journal not written: "));
+        for (int line = 0; line < 3; ++line) // told once
+            m_journal->write("[I]видно", true);
+    }
+    QCOMPARE(last(), "видно");
+    m_journal->write("[I]снова место", false);
+    QVERIFY(written().contains("[I]снова место\n"));
 }
 
 // A new line lays out itself alone, stands at the list's end, and every row keeps its place for the finger.
@@ -154,7 +142,7 @@ void TestJournal::ofWeeks()
     QCoreApplication::processEvents();
     for (Row* row : rows)
         row->asked = 0;
-    m_journal->write(QStringLiteral("[I]новая"), true);
+    m_journal->write("[I]новая", true);
     m_list.grab();
     QCoreApplication::processEvents();
     for (const Row* row : rows)

@@ -11,6 +11,9 @@ class TestJourneyPassport : public QObject
 
 private slots:
     void aProgramOfChannelOneIsRecorded();
+
+private:
+    static void checkSamples(const QByteArray& samples);
 };
 
 void TestJourneyPassport::aProgramOfChannelOneIsRecorded()
@@ -67,14 +70,19 @@ void TestJourneyPassport::aProgramOfChannelOneIsRecorded()
     const QByteArray record = journey.files().read("/home/oper/bin/passports/" + names[0]);
     QCOMPARE(record.left(bytes.size()), bytes);
 
-    // One line without an end: ten fields for each tenth of a second.
-    const QList<QByteArray> fields = record.mid(bytes.size()).split(';');
-    QVERIFY(fields.last().isEmpty() && !record.mid(bytes.size()).contains('\n'));
+    checkSamples(record.mid(bytes.size()));
+}
+
+// One line without an end: ten fields for each tenth of a second.
+void TestJourneyPassport::checkSamples(const QByteArray& samples)
+{
+    const QList<QByteArray> fields = samples.split(';');
+    QVERIFY(fields.last().isEmpty() && !samples.contains('\n'));
     QCOMPARE((fields.size() - 1) % 10, 0);
-    const int samples = (fields.size() - 1) / 10;
-    QVERIFY2(samples >= 8 && samples <= 100, qPrintable(QString::number(samples)));
+    const int count = (fields.size() - 1) / 10;
+    QVERIFY2(count >= 8 && count <= 100, qPrintable(QString::number(count)));
     double path = 0;
-    for (int i = 0; i < samples; ++i) {
+    for (int i = 0; i < count; ++i) {
         QCOMPARE(fields[10 * i], QByteArray::number(i * 0.1, 'f', 1));
         for (int field = 10 * i + 1; field < 10 * i + 10; ++field)
             QCOMPARE(fields[field], QByteArray::number(fields[field].toDouble(), 'f', 2));
@@ -83,7 +91,7 @@ void TestJourneyPassport::aProgramOfChannelOneIsRecorded()
     }
     // A second in motion at the 600 mm/min of the table, by the ticks that a busy machine leaves.
     QVERIFY2(path >= 3 && path <= 15, qPrintable(QString::number(path)));
-    QCOMPARE(fields[10 * (samples - 1) + 2], QByteArray("10.00"));
+    QCOMPARE(fields[10 * (count - 1) + 2], QByteArray("10.00"));
 }
 
 QTEST_MAIN(TestJourneyPassport)

@@ -4,20 +4,9 @@
 
 #include <algorithm>
 
-// A machine at work with faults in a random order, seeded: whatever the instructor does, the console goes on,
-// and its journal tells each fault as often as it came and nothing else.
-class TestJourneyFaults : public QObject
-{
-    Q_OBJECT
-
-private slots:
-    void everyFaultTwice();
-};
-
 namespace {
 
-constexpr int kRounds = 2;            // each fault comes once in a round
-constexpr unsigned kSeed = 20261122U; // the same draws each time
+constexpr int kRounds = 2; // each fault comes once in a round
 
 struct Fault
 {
@@ -58,75 +47,103 @@ const Fault kFaults[] = {
 
 } // namespace
 
-void TestJourneyFaults::everyFaultTwice()
+// A machine at work with faults in a random order, seeded: whatever the instructor does, the console goes on,
+// and its journal tells each fault as often as it came and nothing else.
+class TestJourneyFaults : public QObject
 {
-    Journey journey(60);
-    Operator& hand = journey.hand;
-    journey.files().write("/programs/ch1/long.npg",
-                          "N1 $1\nN2 G90 G01 LY=50 F600\nN3 G4 F120\nN4 G90 G01 LY=0 F600\nN5 M30");
+    Q_OBJECT
 
-    QRandomGenerator dice(kSeed);
-    int runs = 0;
-    const auto instruct = [&journey](const char* lines) {
-        for (const QString& line : QString(lines).split(';', Qt::SkipEmptyParts))
-            journey.plant().instruct(line);
-    };
-    const auto count = [&journey](const QString& line) { return journey.journal().count(line); };
-    // The place of the transport module marks a datagram: once it is told, all before it has been taken.
-    bool braking = false;
-    const auto taken = [&] {
-        braking = !braking;
-        const QString line = QString("торможения ") + (braking ? "камеры" : "загрузочной платформы");
-        const int before = count(line);
-        journey.plant().instruct(braking ? "module 2" : "module 3");
-        // A link that has just fallen may be away for some seconds before it tells.
-        hand.waitFor(
-            "the module's line", [&] { return count(line) > before; }, 30'000);
-    };
-    const QString trouble = journey.runLoggedIn([&] {
+private slots:
+    void everyFaultTwice()
+    {
+        Journey journey(60);
+        m_journey = &journey;
+        journey.files().write("/programs/ch1/long.npg",
+                              "N1 $1\nN2 G90 G01 LY=50 F600\nN3 G4 F120\nN4 G90 G01 LY=0 F600\nN5 M30");
+        QVector<const Fault*> drawn;
+        for (const Fault& fault : kFaults)
+            drawn += QVector<const Fault*>(kRounds, &fault);
+        std::shuffle(drawn.begin(), drawn.end(), m_dice);
+        const QString trouble = journey.runLoggedIn([&] {
+            loadProgram();
+            for (const Fault* fault : qAsConst(drawn)) {
+                if (m_dice.bounded(2) && journey.hand.text("channel1State") == "бездействие")
+                    startRun();
+                bring(*fault);
+            }
+            for (const char* link : {"lblCNC", "lblKVS", "lblKVK"})
+                journey.hand.waitColour(link, Qt::green);
+        });
+        QCOMPARE(trouble, QString());
+        int buzzes = 0;
+        for (const Fault& fault : kFaults) {
+            if (*fault.line)
+                QVERIFY2(count(fault.line) == kRounds, fault.inject);
+            buzzes += fault.buzzer ? kRounds : 0;
+        }
+        QCOMPARE(journey.plant().lines().filter("buzzer").size(), buzzes);
+        QVERIFY(m_runs > 5);
+    }
+
+private:
+    void loadProgram()
+    {
+        Operator& hand = m_journey->hand;
         hand.tapTab("contour", 2);
         hand.tap("pbPrgOpen_1");
         hand.tapItem("listWidget_prog", "long");
         hand.tap("pbLoad");
-        QVector<const Fault*> drawn;
-        for (const Fault& fault : kFaults)
-            drawn += QVector<const Fault*>(kRounds, &fault);
-        std::shuffle(drawn.begin(), drawn.end(), dice);
-        for (const Fault* fault : qAsConst(drawn)) {
-            if (dice.bounded(2) && hand.text("channel1State") == "бездействие") {
-                if (!hand.enabled("sbTrans"))
-                    hand.switchOn(false);
-                QThread::msleep(300); // the record of the run before is closed
-                hand.tap("pbRun");
-                hand.waitText("channel1State", "выполнение");
-                ++runs;
-            }
-            const int before = count(fault->line);
-            instruct(fault->inject);
-            if (*fault->line)
-                hand.waitFor(QString("the journal's line for ") + fault->inject,
-                             [&] { return count(fault->line) > before; });
-            else
-                QThread::msleep(static_cast<unsigned long>(dice.bounded(300)));
-            instruct(fault->mend);
-            taken();
-            // An event and an error stand for a second, and a link that falls meanwhile tells them again.
-            if (!*fault->mend && *fault->line)
-                QThread::msleep(1200);
-        }
-        for (const char* link : {"lblCNC", "lblKVS", "lblKVK"})
-            hand.waitColour(link, Qt::green);
-    });
-    QCOMPARE(trouble, QString());
-    int buzzes = 0;
-    for (const Fault& fault : kFaults) {
-        if (*fault.line)
-            QVERIFY2(count(fault.line) == kRounds, fault.inject);
-        buzzes += fault.buzzer ? kRounds : 0;
     }
-    QCOMPARE(journey.plant().lines().filter("buzzer").size(), buzzes);
-    QVERIFY2(runs > 5, qPrintable(QString::number(runs)));
-}
+
+    // Parted by ";".
+    void instruct(const QString& lines)
+    {
+        for (const QString& line : lines.split(';', Qt::SkipEmptyParts))
+            m_journey->plant().instruct(line);
+    }
+
+    void bring(const Fault& fault)
+    {
+        Operator& hand = m_journey->hand;
+        const int before = count(fault.line);
+        instruct(fault.inject);
+        if (*fault.line)
+            hand.waitFor(QString("the journal's line for ") + fault.inject,
+                         [&] { return count(fault.line) > before; });
+        else
+            QThread::msleep(static_cast<unsigned long>(m_dice.bounded(300)));
+        instruct(fault.mend);
+        // The place of the transport module marks a datagram: once it is told, all before it has been taken.
+        m_braking = !m_braking;
+        const QString mark = QString("торможения ") + (m_braking ? "камеры" : "загрузочной платформы");
+        const int marks = count(mark);
+        instruct(m_braking ? "module 2" : "module 3");
+        // A link that has just fallen may be away for some seconds before it tells.
+        hand.waitFor(
+            "the module's line", [&] { return count(mark) > marks; }, 30'000);
+        // An event and an error stand for a second, and a link that falls meanwhile tells them again.
+        if (!*fault.mend && *fault.line)
+            QThread::msleep(1200);
+    }
+
+    void startRun()
+    {
+        Operator& hand = m_journey->hand;
+        if (!hand.enabled("sbTrans"))
+            hand.switchOn(false);
+        QThread::msleep(300); // the record of the run before is closed
+        hand.tap("pbRun");
+        hand.waitText("channel1State", "выполнение");
+        ++m_runs;
+    }
+
+    int count(const QString& line) const { return m_journey->journal().count(line); }
+
+    Journey* m_journey = nullptr;
+    QRandomGenerator m_dice{20261122U}; // the same draws each time
+    bool m_braking = false;
+    int m_runs = 0;
+};
 
 QTEST_MAIN(TestJourneyFaults)
 #include "test_journey_faults.moc"

@@ -18,12 +18,8 @@ private slots:
     // virtual axes. Every other number up to 260 is an event without axis, or none.
     void everyNumber()
     {
-        const struct
-        {
-            uint first, firstVirtual;
-            const char* line;
-            const char* value;
-        } kinds[] = {
+        // First numbers of the drives and of the virtual axes, line, value.
+        const std::tuple<uint, uint, const char*, const char*> kinds[] = {
             {121, 0,
              "[W]CML75: Перегрузка по току привода %1 - движение по оси и выполнение программы остановлено",
              ""},
@@ -42,18 +38,18 @@ private slots:
             {104, "[W]CML75: Отключение приводов: дверь камеры закрывается"},
             {111, "[W]CML75: Невозможно запустить программу ЧПУ - приводы не включены"},
         };
-        const auto add = [&](uint number, const auto& kind, const QString& axis) {
-            const QString asked = axis == "U" ? "U1" : axis;
-            events[number] = QString(kind.line).arg(axis) +
-                             (*kind.value ? QString("%1(%2) 0.00").arg(kind.value, asked) : QString());
-        };
-        for (const auto& kind : kinds) {
+        for (const auto& [first, firstVirtual, line, value] : kinds) {
+            const auto add = [&, text = QString(line), asked = QString(value)](uint number,
+                                                                               const QString& axis) {
+                const QString told = QString("%1(%2) 0.00").arg(asked, axis == "U" ? "U1" : axis);
+                events[number] = text.arg(axis) + (asked.isEmpty() ? QString() : told);
+            };
             // The second drives of LX and U, which would be 202 and 209, are not referenced by themselves.
-            const bool referenced = kind.first == 201;
+            const bool referenced = first == 201;
             for (uint i = 0; i < 8; ++i)
-                add(kind.first + i + (referenced ? uint(i > 0) + uint(i > 6) : 0), kind, drives[i]);
-            for (uint i = 0; kind.firstVirtual && i < 3; ++i)
-                add(kind.firstVirtual + i, kind, virtuals[i]);
+                add(first + i + (referenced ? uint(i > 0) + uint(i > 6) : 0), drives[i]);
+            for (uint i = 0; firstVirtual && i < 3; ++i)
+                add(firstVirtual + i, virtuals[i]);
         }
         QCOMPARE(events.size(), 5 + 8 * 6 + 3 * 4);
         for (uint number = 0; number <= 260; ++number) {
@@ -68,16 +64,12 @@ private slots:
         }
         const CNCValueOf never = [](CNCValue, const QString&) -> double { qFatal("no value in this line"); };
         QCOMPARE(cncMessage(0xFFFFFFFF, never), "[A]CML75: Неизвестное сообщение (4294967295)");
-    }
 
-    void rounding()
-    {
-        const auto with = [](double value) {
-            return cncMessage(208, [value](CNCValue, const QString&) { return value; }).section(' ', -1);
-        };
-        QCOMPARE(with(-12.345678), "-12.35");
-        QCOMPARE(with(1e7), "10000000.00");
-        QCOMPARE(with(qQNaN()), "nan");
+        for (const auto& [value, shown] :
+             {std::pair(-12.345678, "-12.35"), {1e7, "10000000.00"}, {qQNaN(), "nan"}}) {
+            const CNCValueOf coordinate = [told = value](CNCValue, const QString&) { return told; };
+            QCOMPARE(cncMessage(208, coordinate).section(' ', -1), shown);
+        }
     }
 };
 

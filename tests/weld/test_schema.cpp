@@ -33,21 +33,6 @@ private slots:
         }
     }
 
-    void distances()
-    {
-        const double quarter = 100 * M_PI / 4;
-        const auto apart = [](const Schema& schema, const QList<float>& a, const QList<float>& b, double mm) {
-            QVERIFY(qAbs(schema.distance(a, b) - mm) < 1e-9);
-            QVERIFY(qAbs(schema.distance(b, a) - mm) < 1e-9);
-            QVERIFY(schema.validDistance(a, b));
-        };
-        apart(SchemaXYZ(), {1, 2, 3}, {4, 6, 15}, 13);
-        apart(SchemaXYZr(100, 0, 0), {50, 0, 7}, {0, 50, 9}, quarter); // the third axis plays no part
-        apart(SchemaXYZr(100, 0, 1), {50, 7, 0}, {0, 9, 50}, quarter);
-        apart(SchemaXYZr(100, 0, 2), {7, 50, 0}, {9, 0, 50}, quarter);
-        apart(SchemaCircle(100, 4), {350, 1, 2, 3}, {10, 4, 5, 6}, 100 * M_PI / 18); // over 0 degrees
-    }
-
     // A chord longer than the diameter is no chord of the circle, and only the chosen plane counts. The
     // diameter of a half circle, taught or read from a file, is rounded below its chord: half a turn all the
     // same.

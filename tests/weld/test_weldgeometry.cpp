@@ -35,8 +35,6 @@ Weld circle(int plane, const QVector<double>& angles)
     return weld;
 }
 
-enum Closure { Open, Forward, Backward };
-
 } // namespace
 
 class TestWeldGeometry : public QObject
@@ -65,32 +63,6 @@ private slots:
         QVERIFY(near(frameLength(contour, 0, {0, 0, 0}, {10, 0, 10}), half * M_PI));
     }
 
-    // Of one pass; closed, the program has three.
-    void lengthsOfPassAndProgram()
-    {
-        const auto check = [](Weld weld, Closure closure, double pass) {
-            weld.closed(3, closure == Forward);
-            WeldContour& contour = weld.tables.contour;
-            contour.closed = closure != Open;
-            QVERIFY2(near(passLength(contour), pass), qPrintable(QString::number(passLength(contour))));
-            QVERIFY(near(totalLength(contour), closure == Open ? pass : 3 * pass));
-            contour.rows.resize(1);
-            QCOMPARE(totalLength(contour), 0.0);
-        };
-        const auto triangle = [] {
-            Weld weld(new SchemaXYZ);
-            weld.point({0, 0, 0}).point({30, 0, 0}).point({30, 40, 0});
-            return weld;
-        };
-        check(triangle(), Open, 70);
-        check(triangle(), Forward, 120);
-        check(triangle(), Backward, 140); // out and back
-        check(halfCircle(), Open, 50 * M_PI);
-        check(halfCircle(), Forward, 100 * M_PI);
-        check(ring(1), Open, 75 * M_PI);
-        check(ring(1), Forward, 100 * M_PI);
-    }
-
     void lengthOfTheFirstPoints()
     {
         Weld weld(new SchemaXYZ);
@@ -105,8 +77,7 @@ private slots:
     {
         for (int deg = 0; deg < 360; deg += 15) {
             const double a = qDegreesToRadians(double(deg));
-            QVERIFY2(near(getPolarAngle(std::cos(a), std::sin(a)), a, 1e-12),
-                     qPrintable(QString::number(deg)));
+            QVERIFY(near(getPolarAngle(std::cos(a), std::sin(a)), a, 1e-12));
         }
         QCOMPARE(getPolarAngle(0, 1), M_PI / 2);
         QCOMPARE(getPolarAngle(0, -1), 3 * M_PI / 2);
@@ -151,17 +122,15 @@ private slots:
 
     void tableValidity()
     {
-        const struct
-        {
-            const char* marks;                            // of each row: . v x
-            QVector<QVector<float>> rows;                 // path, Ir, If; empty for a comment
-        } tables[] = {{"v.", {{0, 0, 700}, {0, 0, 700}}}, // as created
-                      {"vvv.", {{0, 0, 700}, {5, 9, 700}, {5, 9, 700}, {9, 0, 700}}},
-                      {"vxx.", {{0, 0, 700}, {5, 1, 700}, {5, 2, 700}, {9, 0, 700}}},  // current jumps
-                      {"vxx.", {{0, 0, 700}, {5, 0, 700}, {5, 0, 701}, {9, 0, 700}}},  // focus jumps
-                      {"vxx.", {{0, 0, 700}, {10, 1, 700}, {6, 1, 700}, {9, 0, 700}}}, // over the end
-                      {"v.x.x.", {{0, 0, 700}, {}, {5, 1, 700}, {}, {5, 2, 700}, {9, 0, 700}}},
-                      {"", {}}};
+        // Marks of the rows; of each its path, Ir and If, nothing for a comment.
+        const std::pair<const char*, QVector<QVector<float>>> tables[] = {
+            {"v.", {{0, 0, 700}, {0, 0, 700}}}, // as created
+            {"vvv.", {{0, 0, 700}, {5, 9, 700}, {5, 9, 700}, {9, 0, 700}}},
+            {"vxx.", {{0, 0, 700}, {5, 1, 700}, {5, 2, 700}, {9, 0, 700}}},  // current jumps
+            {"vxx.", {{0, 0, 700}, {5, 0, 700}, {5, 0, 701}, {9, 0, 700}}},  // focus jumps
+            {"vxx.", {{0, 0, 700}, {10, 1, 700}, {6, 1, 700}, {9, 0, 700}}}, // over the end
+            {"v.x.x.", {{0, 0, 700}, {}, {5, 1, 700}, {}, {5, 2, 700}, {9, 0, 700}}},
+            {"", {}}};
         for (const auto& [marks, rows] : tables) {
             Weld weld(new SchemaXYZ);
             for (const QVector<float>& cells : rows)
@@ -175,45 +144,20 @@ private slots:
         }
     }
 
-    void pointsOnLines()
+    // A radius with a fraction is cut with its whole part: the same arc, measured back from its end.
+    void pointsOnAnArc()
     {
         Weld weld(new SchemaXYZ);
-        weld.point({0, 0, 10}).point({30, 0, 10}).point({30, 40, 20}).closed(3).measure();
+        weld.point(onCircle(0, 0, 0), arc(50.9f, 1, 0)).point(onCircle(0, 120, 12)).measure();
         const WeldPath path(weld.tables.contour);
-        const double pass = double(weld.tables.contour.length);
-        QVERIFY(near(path.interCoords(1, 15, {}), {15, 0, 10}));
-        QVERIFY(near(path.interCoords(2, 30 + path.frame(2) / 4, {}), {30, 10, 12.5f}));
-        QVERIFY(near(path.interCoords(0, pass - path.frame(0) / 2, {}), {15, 20, 15}));
-        QVERIFY(near(path.interCoords(1, 15 + 2 * pass, {}), {15, 0, 10})); // third pass
-        QVERIFY(near(path.interCoords(0, 2 * pass, {}), {0, 0, 10}));       // a whole pass is its end
-
-        // A pass of a backward closure runs the way out only: each pass cuts on its frames.
-        weld.closed(2, false).measure();
-        const WeldPath outAndBack(weld.tables.contour);
-        const double wayOut = double(weld.tables.contour.length) / 2;
-        QVERIFY(near(outAndBack.interCoords(1, wayOut + 15, {}), {15, 0, 10}));
-    }
-
-    // What the controller does: the shorter arc from a to b, counter-clockwise for direction 1.
-    void pointsOnArcs()
-    {
-        for (int plane = 0; plane < 3; ++plane) {
-            for (int turned = 0; turned < 360; turned += 30) {
-                pointsOnArc(plane, 1, turned);
-                pointsOnArc(plane, 0, turned);
-            }
-        }
+        const double length = path.frame(1), way = length - qDegreesToRadians(30.0) * 50;
+        QVERIFY(near(path.interCoords(1, way, {}), onCircle(0, 90, 12 * way / length), 2e-3));
     }
 
     void pointsOnRings()
     {
-        const struct
-        {
-            QList<float> angles; // of the rows
-            int row;
-            double part; // of the frame that ends at `row`
-            double angle;
-        } cases[] = {
+        // Angles of the rows, a row, a part of the frame that ends there, and the angle found.
+        const std::tuple<QList<float>, int, double, double> cases[] = {
             {{0, 90, 180, 270}, 0, 0.5, 315},    {{0, 90, 180, 270}, 2, -0.5, 45},   // back before the frame
             {{0, 270, 180, 90}, 1, 0.25, 337.5},                                     // inverted
             {{0, 270, 180, 90}, 0, 0.5, 45},     {{5, 95, 185, 275}, 0, 0.5, 320},   // over 0
@@ -237,27 +181,6 @@ private slots:
         }
     }
 
-    // Four points from 300 degrees on, over 0; the circle is tilted by 8 mm across the plane.
-    void pointsOnCircles()
-    {
-        for (int plane = 0; plane < 3; ++plane) {
-            for (const int sense : {1, -1}) {
-                pointsOnCircle(plane, sense, false);
-                pointsOnCircle(plane, sense, true);
-            }
-        }
-    }
-
-    void senseOfTheTurn()
-    {
-        const std::pair<QVector<double>, bool> turns[] = {{{10, 100, 200}, true},  {{200, 300, 20}, true},
-                                                          {{300, 20, 100}, true},  {{200, 100, 10}, false},
-                                                          {{100, 10, 280}, false}, {{20, 300, 200}, false}};
-        for (const auto& [angles, increasing] : turns)
-            QVERIFY2(circleStart(circle(0, angles).tables.contour).increasing == increasing,
-                     qPrintable(QString::number(angles[0])));
-    }
-
     void wholePassesInALongPause()
     {
         QCOMPARE(passesLeftOut(100, 100), 0);
@@ -267,54 +190,6 @@ private slots:
         QCOMPARE(passesLeftOut(350, 100), 3);
         QCOMPARE(passesLeftOut(350, 0), 0);
         QCOMPARE(passesLeftOut(-350, 100), 0);
-    }
-
-private:
-    // From `turned` over 120 degrees; the third axis rises from 0 to 12.
-    void pointsOnArc(int plane, int direction, int turned)
-    {
-        const double sense = direction == 1 ? 1 : -1;
-        const auto at = [&](double part) { return onCircle(plane, turned + sense * 120 * part, 12 * part); };
-        Weld weld(new SchemaXYZ);
-        weld.point(at(0))
-            .point(at(0), arc(50, direction, plane))
-            .point(at(1))
-            .measure(); // a frame without length
-        const WeldPath whole(weld.tables.contour);
-        for (double part : {0.1, 0.25, 0.5, 0.9})
-            QVERIFY(near(whole.interCoords(2, whole.frame(2) * part, {}), at(part), 2e-3));
-
-        // A radius with a fraction is cut with its whole part: the same arc, measured back from its end.
-        weld.tables.contour.rows[1].frame.radius = 50.9f;
-        const WeldPath path(weld.measure().tables.contour);
-        const double s1 = path.frame(2);
-        const double back = qDegreesToRadians(30.0) * 50;
-        QVERIFY(near(path.interCoords(2, s1 - back, {}),
-                     onCircle(plane, turned + sense * 90, 12 * (s1 - back) / s1), 2e-3));
-    }
-
-    void pointsOnCircle(int plane, int sense, bool closed)
-    {
-        const auto at = [&](double turned) {
-            return onCircle(plane, 300 + sense * turned, 3 + 4 * (1 - std::cos(qDegreesToRadians(turned))));
-        };
-        Weld weld = circle(plane, {});
-        for (const int turned : {0, 90, 180, 270})
-            weld.point(at(turned));
-        weld.closed(3);
-        weld.tables.contour.closed = closed;
-        const CircleStart start = circleStart(weld.measure().tables.contour);
-        QCOMPARE(start.increasing, sense > 0);
-        QVERIFY(near(start.angle, 300, 1e-3));
-        QVERIFY(near(start.height, 8, 1e-3));
-
-        const WeldPath path(weld.tables.contour);
-        const double perDegree = 100 * M_PI / 360;
-        for (double turned : {10.0, 45.0, 120.0, 250.0}) {
-            QVERIFY(near(path.interCoords(1, turned * perDegree, start), at(turned)));
-            if (closed)
-                QVERIFY(near(path.interCoords(1, (turned + 720) * perDegree, start), at(turned)));
-        }
     }
 };
 

@@ -21,260 +21,318 @@ class TestGuiCommands : public GuiFixture
 private slots:
     void init() { begin(); }
     void cleanup() { end(); }
-    void buttons();
-    void interlocks();
-    void stopEndsEndlessRotation();
-    void modesOfTheScreen();
-    void virtualJog();
-    void virtualFixedMove();
-    void virtualSpeed();
-    void keySwitch();
-    void touchesOfARequiredPause_data();
-    void touchesOfARequiredPause();
-    void everyDriveReachesItsAxis();
-    void whatTellsAStateKeepsItsColours();
-};
 
-void TestGuiCommands::buttons()
-{
-    const struct
+    void buttons()
     {
-        const char* button;
-        const char* field; // of telemetry, and its value before the touch
-        int value;
-        const char* command;
-        const char* line;
-    } rows[] = {
-        {"sbDrives", "DrivesOn", 0, "DRIVE ON", "Включить питание приводов"},
-        {"sbDrives", "DrivesOn", 1, "DRIVE OFF", "Выключить питание приводов"},
-        {"sbTrans", "ChannelState1", 1, "TRANS ON", "Включить трансформацию приводов"},
-        {"sbTrans", "TransOn", 1, "TRANS OFF", "Выключить трансформацию приводов"},
-        {"pbStop", "TransOn", 0, "STOP_PRG", "СТОП"},
-        {"sbDistPult", "PultOn", 0, "PULT ON", "Включить дистанционный пульт"},
-        {"sbDistPult", "PultOn", 1, "PULT OFF", "Выключить дистанционный пульт"},
-        {"sbLightSpiral", "LightState", 4, "SPIRAL OFF", "Включить освещение зоны сварки"}, // crosswise
-        {"sbLightSpiral", "LightState", 3, "SPIRAL ON", "Выключить освещение зоны сварки"},
-    };
-    for (const auto& [button, field, value, command, line] : rows) {
-        tell({{field, value}});
-        touch(button);
-        SENT(command);
-        QVERIFY2(journal().contains(QStringLiteral("[I]Нажата кнопка '%1'").arg(line)), line);
+        // Its button, a field of telemetry and its value before the touch.
+        const std::tuple<const char*, const char*, int, const char*, const char*> rows[] = {
+            {"sbDrives", "DrivesOn", 0, "DRIVE ON", "Включить питание приводов"},
+            {"sbDrives", "DrivesOn", 1, "DRIVE OFF", "Выключить питание приводов"},
+            {"sbTrans", "ChannelState1", 1, "TRANS ON", "Включить трансформацию приводов"},
+            {"sbTrans", "TransOn", 1, "TRANS OFF", "Выключить трансформацию приводов"},
+            {"pbStop", "TransOn", 0, "STOP_PRG", "СТОП"},
+            {"sbDistPult", "PultOn", 0, "PULT ON", "Включить дистанционный пульт"},
+            {"sbDistPult", "PultOn", 1, "PULT OFF", "Выключить дистанционный пульт"},
+            {"sbLightSpiral", "LightState", 4, "SPIRAL OFF", "Включить освещение зоны сварки"}, // crosswise
+            {"sbLightSpiral", "LightState", 3, "SPIRAL ON", "Выключить освещение зоны сварки"},
+        };
+        for (const auto& [button, field, value, command, line] : rows) {
+            tell({{field, value}});
+            touch(button);
+            SENT(command);
+            QVERIFY2(journal().contains(QString("[I]Нажата кнопка '%1'").arg(line)), line);
+        }
+        QVERIFY2(list().filter("Нажата").isEmpty(), "what the operator pressed goes to the file only");
     }
-    QVERIFY2(list().filter("Нажата").isEmpty(), "what the operator pressed goes to the file only");
-}
 
-void TestGuiCommands::interlocks()
-{
-    const auto* trans = w<StateButton>("sbTrans");
-    QVERIFY(!Gui().findChild<StateButton*>(QStringLiteral("sbTrans"))->isEnabled()); // no telemetry yet
-    tell({{"DrivesLock", 1}});
-    touch(QStringLiteral("sbDrives"));
-    touch(QStringLiteral("sbDistPult")); // drives are off
-    m_gui->onChangedSpiralLock(true);
-    touch(QStringLiteral("sbLightSpiral"));
-    QCOMPARE(takeCommands(), QStringList());
-    tell({{"DrivesLock", 0}});
-    touch(QStringLiteral("sbDrives"));
-    SENT("DRIVE ON");
-    QCOMPARE(w<StateButton>("sbDrives")->state(), StateButton::Off);
-    QVERIFY(!trans->isEnabled() && w<StateButton>("sbDistPult")->locked());
-    tell({{"DrivesOn", 1}});
-    QVERIFY(!trans->isEnabled() && !w<StateButton>("sbDistPult")->locked());
-    for (const int state : {1, 3, 1}) {
-        tell({{"ChannelState1", state}});
-        QCOMPARE(trans->isEnabled(), state == 1);
+    void interlocks()
+    {
+        const auto* trans = w<StateButton>("sbTrans");
+        QVERIFY(!Gui().findChild<StateButton*>("sbTrans")->isEnabled()); // no telemetry yet
+        tell({{"DrivesLock", 1}});
+        touch("sbDrives");
+        touch("sbDistPult"); // drives are off
+        m_gui->onChangedSpiralLock(true);
+        touch("sbLightSpiral");
+        QCOMPARE(takeCommands(), QStringList());
+        tell({{"DrivesLock", 0}});
+        touch("sbDrives");
+        SENT("DRIVE ON");
+        QCOMPARE(w<StateButton>("sbDrives")->state(), StateButton::Off);
+        QVERIFY(!trans->isEnabled() && w<StateButton>("sbDistPult")->locked());
+        tell({{"DrivesOn", 1}});
+        QVERIFY(!trans->isEnabled() && !w<StateButton>("sbDistPult")->locked());
+        for (const int state : {1, 3, 1}) {
+            tell({{"ChannelState1", state}});
+            QCOMPARE(trans->isEnabled(), state == 1);
+        }
+        tell({{"DrivesOn", 0}});
+        QVERIFY(!trans->isEnabled());
     }
-    tell({{"DrivesOn", 0}});
-    QVERIFY(!trans->isEnabled());
-}
 
-void TestGuiCommands::stopEndsEndlessRotation()
-{
-    auto* endless = w<QPushButton>("pbEndlessV");
-    w<PoLabel>("speedV")->setValue(100, 0);
-    touch("pbEndlessV");
-    QVERIFY(endless->isChecked());
-    QCOMPARE(takeCommands(), QStringList());
-    touch("pbPlusV");
-    SENT("MOVE(V,100)");
-    touch("pbStop");
-    SENT("STOP_PRG");
-    QVERIFY(!endless->isChecked());
-    touch("pbPlusV");
-    SENT("MOVE(V,100)", "MOVE(V,0)");
+    void stopEndsEndlessRotation()
+    {
+        auto* endless = w<QPushButton>("pbEndlessV");
+        w<PoLabel>("speedV")->setValue(100, 0);
+        touch("pbEndlessV");
+        QVERIFY(endless->isChecked());
+        QCOMPARE(takeCommands(), QStringList());
+        touch("pbPlusV");
+        SENT("MOVE(V,100)");
+        touch("pbStop");
+        SENT("STOP_PRG");
+        QVERIFY(!endless->isChecked());
+        touch("pbPlusV");
+        SENT("MOVE(V,100)", "MOVE(V,0)");
 
-    touch("pbEndlessV");
-    touch("pbEndlessV");
-    SENT("MOVE(V,0)");
-    QVERIFY(journal().contains(
-        QStringLiteral("[I]Отжата кнопка 'Бесконечное вращение' на панели координаты V\n")));
-}
-
-void TestGuiCommands::modesOfTheScreen()
-{
-    tell({{"X", -12.345}});
-    for (const bool virtualAxes : {false, true, false}) {
-        tell({{"TransOn", virtualAxes}});
-        for (const char* name : {"frmA", "frmB", "frmC", "pbInfoA", "pbInfoB", "pbInfoC"})
-            QVERIFY2(w(name)->isVisible() != virtualAxes, name);
-        QCOMPARE(w("frmVirtual")->isVisible(), virtualAxes);
-        QCOMPARE(w("frmD")->geometry(), QRect(0, virtualAxes ? 185 : 425, 450, 75));
-        QCOMPARE(w("pbInfoD")->y(), virtualAxes ? 195 : 435);
-        QCOMPARE(w("frameManip")->height(), virtualAxes ? 525 : 500);
+        touch("pbEndlessV");
+        touch("pbEndlessV");
+        SENT("MOVE(V,0)");
+        QVERIFY(journal().contains("[I]Отжата кнопка 'Бесконечное вращение' на панели координаты V\n"));
     }
-    QCOMPARE(w<PoLabel>("coordX")->text(), QLocale::c().toString(-12.345F, 'f', 2));
-    QCOMPARE(m_gui->coord(QStringLiteral("X")), -12.345F);
 
-    QVERIFY(!w("frmLX2")->isVisible() && !w("frmU2")->isVisible()); // at the start
-    for (const bool shown : {true, false}) {
-        QSignalSpy told(m_gui.get(), &Gui::signalSecondXPanelShow);
-        m_gui->showSecondLXAxis(shown);
-        m_gui->showSecondUAxis(shown);
-        QCOMPARE(told, (QList<QVariantList>{{shown}}));
-        for (const char* name : {"frmLX2", "pbInfoLX2", "frmU2", "pbInfoU2"})
-            QCOMPARE(w(name)->isVisible(), shown);
+    void modesOfTheScreen()
+    {
+        tell({{"X", -12.345}});
+        for (const bool virtualAxes : {false, true, false}) {
+            tell({{"TransOn", virtualAxes}});
+            for (const char* name : {"frmA", "frmB", "frmC", "pbInfoA", "pbInfoB", "pbInfoC"})
+                QVERIFY2(w(name)->isVisible() != virtualAxes, name);
+            QCOMPARE(w("frmVirtual")->isVisible(), virtualAxes);
+            QCOMPARE(w("frmD")->geometry(), QRect(0, virtualAxes ? 185 : 425, 450, 75));
+            QCOMPARE(w("pbInfoD")->y(), virtualAxes ? 195 : 435);
+            QCOMPARE(w("frameManip")->height(), virtualAxes ? 525 : 500);
+        }
+        QCOMPARE(w<PoLabel>("coordX")->text(), QLocale::c().toString(-12.345F, 'f', 2));
+        QCOMPARE(m_gui->coord("X"), -12.345F);
+
+        QVERIFY(!w("frmLX2")->isVisible() && !w("frmU2")->isVisible()); // at the start
+        for (const bool shown : {true, false}) {
+            QSignalSpy told(m_gui.get(), &Gui::signalSecondXPanelShow);
+            m_gui->showSecondLXAxis(shown);
+            m_gui->showSecondUAxis(shown);
+            QCOMPARE(told, (QList<QVariantList>{{shown}}));
+            for (const char* name : {"frmLX2", "pbInfoLX2", "frmU2", "pbInfoU2"})
+                QCOMPARE(w(name)->isVisible(), shown);
+        }
+        QVERIFY2(w("pbInfoLX")->visibleRegion() == QRegion(w("pbInfoLX")->rect()),
+                 "the way back must stay free");
     }
-    QVERIFY2(w("pbInfoLX")->visibleRegion() == QRegion(w("pbInfoLX")->rect()), "the way back must stay free");
-}
 
-void TestGuiCommands::virtualJog()
-{
-    setVirtualMode();
-    for (const QString& axis : {QStringLiteral("X"), QStringLiteral("Z"), QStringLiteral("PHI")}) {
-        w<PoLabel>("speed" + axis)->setValue(12.34F, 0);
-        for (const bool forward : {true, false}) {
-            QWidget* button = w((forward ? "pbMinus" : "pbPlus") + axis);
-            QTest::mousePress(button, Qt::LeftButton);
-            SENT("MOVE(" + axis + (forward ? ",12.34)" : axis == "PHI" ? ",-12.3)" : ",-12.34)"));
-            QCOMPARE(
-                list().last(),
-                QStringLiteral("Выполнение ручного перемещение по виртуальной оси %1 в %2 направлении...")
-                    .arg(axis, forward ? "положительном" : "отрицательном"));
-            QTest::mouseRelease(button, Qt::LeftButton);
-            SENT(QStringLiteral("MOVE(%1,0)").arg(axis));
-            QCOMPARE(list().last(), "Завершено ручное перемещение по виртуальной оси " + axis);
+    void virtualJog()
+    {
+        setVirtualMode();
+        for (const QString& axis : QString("X Z PHI").split(' ')) {
+            w<PoLabel>("speed" + axis)->setValue(12.34F, 0);
+            for (const bool forward : {true, false}) {
+                QWidget* button = w((forward ? "pbMinus" : "pbPlus") + axis);
+                QTest::mousePress(button, Qt::LeftButton);
+                SENT("MOVE(" + axis + (forward ? ",12.34)" : axis == "PHI" ? ",-12.3)" : ",-12.34)"));
+                QCOMPARE(list().last(),
+                         QString("Выполнение ручного перемещение по виртуальной оси %1 в %2 направлении...")
+                             .arg(axis, forward ? "положительном" : "отрицательном"));
+                QTest::mouseRelease(button, Qt::LeftButton);
+                SENT(QString("MOVE(%1,0)").arg(axis));
+                QCOMPARE(list().last(), "Завершено ручное перемещение по виртуальной оси " + axis);
+            }
         }
     }
-}
 
-void TestGuiCommands::virtualFixedMove()
-{
-    setVirtualMode();
-    w<PoLabel>("speedZ")->setValue(3000.9F, 0);
-    QString seen; // of the start button
-    const auto open = [&](bool go) {
-        QTimer::singleShot(0, this, [&, go] {
-            auto* dialog = m_gui->findChild<FixedMove*>();
-            QVERIFY(dialog);
-            auto* start = dialog->findChild<QPushButton*>("pbStart");
-            const auto look = [&] { seen += start->isEnabled() ? '1' : '0'; };
-            look();
-            if (go) {
-                for (const auto& word :
-                     {std::pair{"ChannelState1", 3}, {"DrivesOn", 0}, {"ChannelState1", 1}}) {
-                    tell({{word.first, word.second}});
-                    look();
+    void virtualFixedMove()
+    {
+        setVirtualMode();
+        w<PoLabel>("speedZ")->setValue(3000.9F, 0);
+        QString seen; // of the start button
+        const auto open = [&](bool go) {
+            QTimer::singleShot(0, this, [&, go] {
+                auto* dialog = m_gui->findChild<FixedMove*>();
+                QVERIFY(dialog);
+                auto* start = dialog->findChild<QPushButton*>("pbStart");
+                const auto look = [&] { seen += start->isEnabled() ? '1' : '0'; };
+                look();
+                if (go) {
+                    for (const auto& word :
+                         {std::pair{"ChannelState1", 3}, {"DrivesOn", 0}, {"ChannelState1", 1}}) {
+                        tell({{word.first, word.second}});
+                        look();
+                    }
+                    QTest::mouseClick(start, Qt::LeftButton);
+                } else {
+                    dialog->reject();
                 }
-                QTest::mouseClick(start, Qt::LeftButton);
-            } else {
-                dialog->reject();
-            }
-        });
-        touch("coordZ");
-    };
-    open(true);
-    QCOMPARE(std::exchange(seen, {}), QStringLiteral("1001")); // the last word wins
-    SENT("EXEC_1(/programs/_fixed.npg)");
-    QCOMPARE(m_site->read("/programs/_fixed.npg"), QByteArray("N01 $1\nN03 G90 G01 Y=0 F3000\nN05 M30\n"));
-    open(false); // drives are off
-    tell({{"DrivesOn", 1}, {"ChannelState1", 3}});
-    open(false);
-    tell({{"ChannelState1", 4}}); // anything but a running program will do
-    open(false);
-    QCOMPARE(seen, QStringLiteral("001"));
-    // Of these moves the journal knows the opening of the dialog alone.
-    QCOMPARE(journal().count("фиксированно"), 4);
-    QCOMPARE(journal().count("[I]Открыто окно фиксированного перемещения по оси Z\n"), 4);
-}
-
-void TestGuiCommands::virtualSpeed()
-{
-    setVirtualMode();
-    for (const auto& [axis, most, quarter] :
-         {std::tuple{"X", "3000", "750"}, {"Z", "3000", "750"}, {"PHI", "900", "225"}}) {
-        QString last;
-        QTimer::singleShot(0, this, [&] {
-            auto* popup = m_gui->findChild<Selector*>();
-            QVERIFY(popup);
-            last = popup->findChild<QLabel*>("lblSpeed6")->text();
-            const auto* entry = popup->findChild<QLabel*>("lblSpeed4");
-            QTest::mousePress(popup, Qt::LeftButton, {}, entry->mapTo(popup, entry->rect().center()));
-        });
-        touch(QStringLiteral("speed") + axis);
-        QCOMPARE(last, QString(most));
-        QCOMPARE(w<PoLabel>(QStringLiteral("speed") + axis)->text(), QString(quarter));
+            });
+            touch("coordZ");
+        };
+        open(true);
+        QCOMPARE(std::exchange(seen, {}), "1001"); // the last word wins
+        SENT("EXEC_1(/programs/_fixed.npg)");
+        QCOMPARE(m_site->read("/programs/_fixed.npg"),
+                 QByteArray("N01 $1\nN03 G90 G01 Y=0 F3000\nN05 M30\n"));
+        open(false); // drives are off
+        tell({{"DrivesOn", 1}, {"ChannelState1", 3}});
+        open(false);
+        tell({{"ChannelState1", 4}}); // anything but a running program will do
+        open(false);
+        QCOMPARE(seen, "001");
+        // Of these moves the journal knows the opening of the dialog alone.
+        QCOMPARE(journal().count("фиксированно"), 4);
+        QCOMPARE(journal().count("[I]Открыто окно фиксированного перемещения по оси Z\n"), 4);
     }
-    QVERIFY(!journal().contains("Установлена скорость"));
-}
 
-void TestGuiCommands::keySwitch()
-{
-    tell({{"KeyAccess", 0}});
-    m_gui->onAccessChanged(false); // told twice
-    touch("pbStop");
-    QCOMPARE(takeCommands(), QStringList());
-    int notices = 0;
-    for (const QLabel* label : m_gui->findChildren<QLabel*>())
-        notices += label->text() == QStringLiteral("Панель управления заблокирована");
-    QCOMPARE(notices, 1);
-    QVERIFY(QWidget::keyboardGrabber());
-    tell({{"KeyAccess", 1}});
-    QVERIFY(!QWidget::keyboardGrabber());
-    touch("pbStop");
-    SENT("STOP_PRG");
-}
+    void virtualSpeed()
+    {
+        setVirtualMode();
+        for (const auto& [axis, most, quarter] :
+             {std::tuple{"X", "3000", "750"}, {"Z", "3000", "750"}, {"PHI", "900", "225"}}) {
+            QString last;
+            QTimer::singleShot(0, this, [&] {
+                auto* popup = m_gui->findChild<Selector*>();
+                QVERIFY(popup);
+                last = popup->findChild<QLabel*>("lblSpeed6")->text();
+                const auto* entry = popup->findChild<QLabel*>("lblSpeed4");
+                QTest::mousePress(popup, Qt::LeftButton, {}, entry->mapTo(popup, entry->rect().center()));
+            });
+            touch(QString("speed") + axis);
+            QCOMPARE(last, QString(most));
+            QCOMPARE(w<PoLabel>(QString("speed") + axis)->text(), QString(quarter));
+        }
+        QVERIFY(!journal().contains("Установлена скорость"));
+    }
 
-// A weld of three channels is started with a finger; another acts in the pause after channel 3, or in the one
-// after channel 2.
-void TestGuiCommands::touchesOfARequiredPause_data()
-{
-    QTest::addColumn<int>("started"); // channels when the finger comes
-    QTest::addColumn<QString>("name");
-    QTest::addColumn<QStringList>("sent");
-    const QString exec3 = QStringLiteral("EXEC_3(/programs/_temp3.npg)");
-    const QString exec2 = QStringLiteral("EXEC_2(/programs/_temp2.npg)");
-    const QString exec1 = QStringLiteral("EXEC_1(/programs/_temp1.npg)");
-    const QStringList whole{exec3, exec2, exec1};
-    const QString stop = QStringLiteral("STOP_PRG");
-    for (const char* dropped : {"pbGcode held", "pbPlusLX", "twContour", "Ctrl+Q"})
-        QTest::newRow(dropped) << 1 << QString::fromLatin1(dropped) << whole;
-    QTest::newRow("pbGcode, later") << 2 << "pbGcode" << whole;
-    QTest::newRow("row of the contour, twice") << 1 << "twContour navigates" << QStringList{exec2, exec1};
-    QTest::newRow("stop") << 1 << "pbStop" << QStringList{exec3, stop};
-    QTest::newRow("stop, later") << 2 << "pbStop" << QStringList{exec3, exec2, stop};
-    QTest::newRow("stop, held") << 1 << "pbStop held" << QStringList{exec3, stop};
-    QTest::newRow("jog lifted") << 1 << "lift" << QStringList{exec3, "MOVE(LX,0)", exec2, exec1};
-}
+    void keySwitch()
+    {
+        tell({{"KeyAccess", 0}});
+        m_gui->onAccessChanged(false); // told twice
+        touch("pbStop");
+        QCOMPARE(takeCommands(), QStringList());
+        int notices = 0;
+        for (const QLabel* label : m_gui->findChildren<QLabel*>())
+            notices += label->text() == "Панель управления заблокирована";
+        QCOMPARE(notices, 1);
+        QVERIFY(QWidget::keyboardGrabber());
+        tell({{"KeyAccess", 1}});
+        QVERIFY(!QWidget::keyboardGrabber());
+        touch("pbStop");
+        SENT("STOP_PRG");
+    }
 
-void TestGuiCommands::touchesOfARequiredPause()
-{
-    QFETCH(int, started);
-    QFETCH(QString, name);
-    QFETCH(QStringList, sent);
-    Site slow = site();
-    slow.pauses.beforeContour = slow.pauses.beforeManipulator = slow.pauses.navigation =
-        std::chrono::milliseconds(200);
-    setSite(slow);
-    auto* contour = w<CONTOUR>(QStringLiteral("contour"));
-    contour->init(new SchemaCircle(100, 2));
-    for (float angle : {0.0F, 90.0F})
-        contour->addPoint({angle, 0, 0, 0});
-    contour->addComment(QStringLiteral("Технол.останов"));
-    contour->setCurrentIndex(name.startsWith(QLatin1String("twContour")) ? 0 : 1);
-    tell({{"DrivesOn", 1}});
-    const auto finger = [this](const QString& widget, bool down) {
-        auto* table = m_gui->findChild<QTableWidget*>(widget); // its second row, else the middle
+    // A weld of three channels is started with a finger; another acts in the pause after channel 3, or in the
+    // one after channel 2.
+    void touchesOfARequiredPause()
+    {
+        const QString exec3 = "EXEC_3(/programs/_temp3.npg)", exec2 = "EXEC_2(/programs/_temp2.npg)",
+                      exec1 = "EXEC_1(/programs/_temp1.npg)", stop = "STOP_PRG";
+        const QStringList whole{exec3, exec2, exec1};
+        const std::tuple<int, const char*, QStringList> rows[] = {
+            {1, "pbGcode held", whole},
+            {1, "pbPlusLX", whole},
+            {1, "twContour", whole},
+            {1, "Ctrl+Q", whole},
+            {2, "pbGcode", whole},
+            {1, "twContour navigates", {exec2, exec1}}, // a row, twice
+            {1, "pbStop", {exec3, stop}},
+            {2, "pbStop", {exec3, exec2, stop}},
+            {1, "pbStop held", {exec3, stop}},
+            {1, "pbPlusLX lifted", {exec3, "MOVE(LX,0)", exec2, exec1}},
+        };
+        for (const auto& [started, name, sent] : rows) {
+            touchInAPause(started, name, sent);
+            if (QTest::currentTestFailed())
+                QFAIL(name);
+            end();
+            begin();
+        }
+    }
+
+    void everyDriveReachesItsAxis()
+    {
+        // Its row of the window, the fields of telemetry that are its own, and those of the pair.
+        const std::tuple<const char*, const char*, const char*, const char*, int> drives[] = {
+            {"LX", "LX", "LX1", "LX", 3000}, {"LX2", "LX2", "LX2", "LX", 3000},
+            {"LY", "LY", "LY", "LY", 3000},  {"A", "A", "A", "A", 360},
+            {"B", "B", "B", "B", 720},       {"C", "C", "C", "C", 900},
+            {"D", "D", "D", "D", 900},       {"U1", "U", "U1", "U", 120},
+            {"U2", "U2", "U2", "U", 120},    {"V", "V", "V", "V", 2160},
+        };
+        float n = 0;
+        tell({{"ChannelState1", 1}});
+        m_gui->showSecondLXAxis(true);
+        m_gui->showSecondUAxis(true);
+        for (const auto& [name, row, own, shared, maxSpeed] : drives) {
+            ++n;
+            const Axis* axis = m_gui->axis(name);
+            for (const bool minimum : {true, false}) {
+                tell({{own, n + 0.25F},
+                      {QByteArray("State") + own, 0xE0000 + n},
+                      {QByteArray("MinLim") + shared, -n},
+                      {QByteArray("MaxLim") + shared, 10 * n},
+                      {QByteArray(shared) + "min", minimum},
+                      {QByteArray(shared) + "max", !minimum}});
+                QVERIFY2(axis->epMinus() == minimum && axis->epPlus() == !minimum, name);
+            }
+            QCOMPARE(axis->coord(), n + 0.25F);
+            QCOMPARE(w<PoLabel>(QString("coord") + row)->value(), axis->coord());
+            QCOMPARE(axis->state(), 0xE0000 + int(n));
+            QVERIFY2(axis->minLimit() == -n && axis->maxLimit() == 10 * n && axis->maxSpeed() == maxSpeed,
+                     name);
+
+            Answers answers({Answers::button("pbStart")});
+            touch(QString("coord") + row);
+            const int channel = strchr("UV", name[0]) ? 2 : 1; // the part's turning has one of its own
+            SENT(QString("EXEC_%1(/programs/_fixed.npg)").arg(channel));
+        }
+    }
+
+    // The key switch is off, or the remote panel has the axes: just then somebody stands at the machine.
+    void whatTellsAStateKeepsItsColours()
+    {
+        QApplication::setStyle(new MyWinStyle);
+        tell({{"StateLX1", 0xF1234}, {"LX1", 12.5}, {"ChannelState1", 6}});
+        emit w<KVS>("kvs")->kvs()->changedNL2State(4);
+        emit w<KVS>("kvs")->kvs()->changedPT2Valid(false);
+        const auto picture = [this](const char* name) { // without the frame
+            return w(name)->grab(w(name)->rect().adjusted(2, 2, -2, -2)).toImage();
+        };
+        const char* const states[] = {"indLX",  "coordLX", "lblLX",         "NL2",
+                                      "pipeA0", "PT2",     "channel1State", "lblCNC"};
+        const char* const touched[] = {"pbPlusLX", "speedLX", "sbDrives", "lblLir1"};
+        QMap<QString, QImage> before;
+        for (const char* name : states)
+            before[name] = picture(name);
+        for (const char* name : touched)
+            before[name] = picture(name);
+
+        m_gui->onAccessChanged(false);
+        for (const char* name : states)
+            QVERIFY2(picture(name) == before[name], name);
+        for (const char* name : touched)
+            QVERIFY2(picture(name) != before[name], name);
+        tell({{"ChannelState1", 1}}); // what changes meanwhile is not gray afterwards
+        tell({{"ChannelState1", 6}});
+        m_gui->onAccessChanged(true);
+        QVERIFY(picture("channel1State") == before["channel1State"]);
+    }
+
+private:
+    // Three channels, and pauses that a finger can meet.
+    void ringWithAStop()
+    {
+        Site slow = site();
+        slow.pauses.beforeContour = slow.pauses.beforeManipulator = slow.pauses.navigation =
+            std::chrono::milliseconds(200);
+        setSite(slow);
+        auto* contour = w<CONTOUR>("contour");
+        contour->init(new SchemaCircle(100, 2));
+        for (float angle : {0.0F, 90.0F})
+            contour->addPoint({angle, 0, 0, 0});
+        contour->addComment("Технол.останов");
+        tell({{"DrivesOn", 1}});
+    }
+
+    // In the second row of a table, else in the middle.
+    void finger(const QString& widget, bool down)
+    {
+        auto* table = m_gui->findChild<QTableWidget*>(widget);
         QPoint place =
             table ? table->viewport()->mapTo(table, table->visualItemRect(table->item(1, 0)).center())
                   : w(widget)->rect().center();
@@ -282,126 +340,52 @@ void TestGuiCommands::touchesOfARequiredPause()
         QWindow* window = m_gui->windowHandle();
         down ? QTest::mousePress(window, Qt::LeftButton, {}, place)
              : QTest::mouseRelease(window, Qt::LeftButton, {}, place);
-    };
-    if (name == QLatin1String("lift")) {
-        finger(QStringLiteral("pbPlusLX"), true);
-        SENT("MOVE(LX,0)"); // its speed is 0
     }
-    const QString touched = name.section(QLatin1Char(' '), 0, 0);
-    QTimer watch;
-    connect(&watch, &QTimer::timeout, this, [&] {
-        if (commands().filter(QStringLiteral("EXEC")).size() < started)
-            return;
-        watch.stop();
-        if (name == QLatin1String("lift"))
-            finger(QStringLiteral("pbPlusLX"), false);
-        else if (name == QLatin1String("Ctrl+Q"))
-            QTest::keyClick(m_gui->windowHandle(), Qt::Key_Q, Qt::ControlModifier);
-        else
-            finger(touched, true);
-        if (touched == name && m_gui->findChild<QWidget*>(name))
-            finger(name, false);
-    });
-    watch.start(5);
-    if (name.endsWith(QLatin1String("navigates"))) {
-        finger(touched, true);
-        finger(touched, false);
-    } else {
-        w<QPushButton>(QStringLiteral("pbGcode"))->click();
-    }
-    if (touched != name)
-        finger(touched, false); // lifted when all is over
-    QTRY_COMPARE(commands(), sent);
-    takeCommands();
-    QCOMPARE(
-        list().contains(QStringLiteral("Пуск прерван, канал %1 не запущен").arg(sent.size() == 2 ? 2 : 1)),
-        touched == QLatin1String("pbStop"));
-    QVERIFY(!journal().contains(QStringLiteral("Выполнен выход")));
-    QCOMPARE(w<QPushButton>(QStringLiteral("pbGcode"))->text(), // what was not started does not go on
-             sent.first() == QLatin1String("EXEC_3(/programs/_temp3.npg)") &&
-                     touched != QLatin1String("pbStop")
-                 ? QStringLiteral("ДАЛЕЕ")
-                 : QStringLiteral("ПУСК"));
 
-    touch(QStringLiteral("sbDistPult")); // afterwards the hand is heard again
-    SENT("PULT ON");
-}
-
-void TestGuiCommands::everyDriveReachesItsAxis()
-{
-    const struct
+    // The finger comes when so many channels are started.
+    void touchInAPause(int started, const QString& name, const QStringList& sent)
     {
-        const char* name;
-        const char* row;
-        const char* own;    // fields of telemetry
-        const char* shared; // those of the pair
-        int maxSpeed;
-    } drives[] = {
-        {"LX", "LX", "LX1", "LX", 3000}, {"LX2", "LX2", "LX2", "LX", 3000}, {"LY", "LY", "LY", "LY", 3000},
-        {"A", "A", "A", "A", 360},       {"B", "B", "B", "B", 720},         {"C", "C", "C", "C", 900},
-        {"D", "D", "D", "D", 900},       {"U1", "U", "U1", "U", 120},       {"U2", "U2", "U2", "U", 120},
-        {"V", "V", "V", "V", 2160},
-    };
-    float n = 0;
-    tell({{"ChannelState1", 1}});
-    m_gui->showSecondLXAxis(true);
-    m_gui->showSecondUAxis(true);
-    for (const auto& [name, row, own, shared, maxSpeed] : drives) {
-        ++n;
-        const Axis* axis = m_gui->axis(QString::fromLatin1(name));
-        const auto field = [](const char* before, const char* stem, const char* behind = "") {
-            return QByteArray(before) + stem + behind;
-        };
-        for (const bool minimum : {true, false}) {
-            tell({{own, n + 0.25F},
-                  {field("State", own).constData(), 0xE0000 + n},
-                  {field("MinLim", shared).constData(), -n},
-                  {field("MaxLim", shared).constData(), 10 * n},
-                  {field("", shared, "min").constData(), minimum},
-                  {field("", shared, "max").constData(), !minimum}});
-            QVERIFY2(axis->epMinus() == minimum && axis->epPlus() == !minimum, name);
+        ringWithAStop();
+        w<CONTOUR>("contour")->setCurrentIndex(name.startsWith("twContour") ? 0 : 1);
+        const QString touched = name.section(' ', 0, 0);
+        if (touched == "pbPlusLX" && name != touched) {
+            finger(touched, true);
+            SENT("MOVE(LX,0)"); // its speed is 0
         }
-        QCOMPARE(axis->coord(), n + 0.25F);
-        QCOMPARE(w<PoLabel>(QStringLiteral("coord") + row)->value(), axis->coord());
-        QCOMPARE(axis->state(), 0xE0000 + int(n));
-        QVERIFY2(axis->minLimit() == -n && axis->maxLimit() == 10 * n && axis->maxSpeed() == maxSpeed, name);
+        QTimer watch;
+        connect(&watch, &QTimer::timeout, this, [&] {
+            if (commands().filter("EXEC").size() < started)
+                return;
+            watch.stop();
+            if (name == "Ctrl+Q")
+                return QTest::keyClick(m_gui->windowHandle(), Qt::Key_Q, Qt::ControlModifier);
+            if (!name.endsWith("lifted"))
+                finger(touched, true);
+            if (!name.endsWith("held") && !name.endsWith("navigates"))
+                finger(touched, false);
+        });
+        watch.start(5);
+        if (name.endsWith("navigates")) {
+            finger(touched, true);
+            finger(touched, false);
+        } else {
+            w<QPushButton>("pbGcode")->click();
+        }
+        if (touched != name)
+            finger(touched, false); // lifted when all is over
+        QTRY_COMPARE(commands(), sent);
+        takeCommands();
+        const bool stopped = touched == "pbStop";
+        QCOMPARE(list().contains(QString("Пуск прерван, канал %1 не запущен").arg(sent.size() == 2 ? 2 : 1)),
+                 stopped);
+        QVERIFY(!journal().contains("Выполнен выход"));
+        // What was not started does not go on.
+        QCOMPARE(text("pbGcode"), stopped || name.endsWith("navigates") ? "ПУСК" : "ДАЛЕЕ");
 
-        Answers answers({Answers::button("pbStart")});
-        touch(QStringLiteral("coord") + row);
-        const int channel = strchr("UV", name[0]) ? 2 : 1; // the part's turning has one of its own
-        SENT(QStringLiteral("EXEC_%1(/programs/_fixed.npg)").arg(channel));
+        touch("sbDistPult"); // afterwards the hand is heard again
+        SENT("PULT ON");
     }
-}
-
-// The key switch is off, or the remote panel has the axes: just then somebody stands at the machine.
-void TestGuiCommands::whatTellsAStateKeepsItsColours()
-{
-    QApplication::setStyle(new MyWinStyle);
-    tell({{"StateLX1", 0xF1234}, {"LX1", 12.5}, {"ChannelState1", 6}});
-    emit w<KVS>(QStringLiteral("kvs"))->kvs()->changedNL2State(4);
-    emit w<KVS>(QStringLiteral("kvs"))->kvs()->changedPT2Valid(false);
-    const auto picture = [this](const char* name) { // without the frame
-        return w(QLatin1String(name))->grab(w(QLatin1String(name))->rect().adjusted(2, 2, -2, -2)).toImage();
-    };
-    const char* const states[] = {"indLX",  "coordLX", "lblLX",         "NL2",
-                                  "pipeA0", "PT2",     "channel1State", "lblCNC"};
-    const char* const touched[] = {"pbPlusLX", "speedLX", "sbDrives", "lblLir1"};
-    QMap<const char*, QImage> before;
-    for (const char* name : states)
-        before[name] = picture(name);
-    for (const char* name : touched)
-        before[name] = picture(name);
-
-    m_gui->onAccessChanged(false);
-    for (const char* name : states)
-        QVERIFY2(picture(name) == before[name], name);
-    for (const char* name : touched)
-        QVERIFY2(picture(name) != before[name], name);
-    tell({{"ChannelState1", 1}}); // what changes meanwhile is not gray afterwards
-    tell({{"ChannelState1", 6}});
-    m_gui->onAccessChanged(true);
-    QVERIFY(picture("channel1State") == before["channel1State"]);
-}
+};
 
 QTEST_MAIN(TestGuiCommands)
 #include "test_guicommands.moc"

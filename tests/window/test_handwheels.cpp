@@ -1,5 +1,4 @@
 #include "guifixture.h"
-#include "journey.h"
 #include "lir940p.h"
 #include "pultshare.h"
 #include "trainer/wheelcounters.h"
@@ -29,16 +28,15 @@ int printWords(const QString& key)
 
 QString shareKey()
 {
-    return QStringLiteral("PULT_SHARE_KEY") + site().shmSuffix;
+    return QString("PULT_SHARE_KEY") + site().shmSuffix;
 }
 
 QString wordsElsewhere()
 {
     QProcess reader;
-    reader.start(QCoreApplication::applicationFilePath(), {QStringLiteral("--words"), shareKey()});
+    reader.start(QCoreApplication::applicationFilePath(), {"--words", shareKey()});
     reader.waitForFinished();
-    return reader.exitCode() == 0 ? QString::fromUtf8(reader.readAllStandardOutput())
-                                  : QStringLiteral("no segment");
+    return reader.exitCode() == 0 ? reader.readAllStandardOutput() : QString("no segment");
 }
 
 } // namespace
@@ -55,161 +53,120 @@ private slots:
         connect(&m_alive, &QTimer::timeout, this, [this] { m_controller->datagram(m_datagram); });
     }
     void cleanupTestCase() { LirDevice::replace(nullptr); }
-    void init();
+    void init()
+    {
+        begin();
+        m_alive.start(100);
+        QTRY_VERIFY(m_wheels.readings() > 9); // the counters have settled
+        takeCommands();
+    }
     void cleanup()
     {
         m_alive.stop();
         end();
     }
 
-    void eachWheelForItself();
-    void shareSeenByAnotherProcess();
-    void shareThatStoodBefore();
-    void shareThatIsTooSmall();
-    void wheelMovesTheMachine();
+    void eachWheelForItself()
+    {
+        const auto turnAll = [this] {
+            turn(WheelCounters::Left, 2);
+            turn(WheelCounters::Right, -2);
+            turn(WheelCounters::Remote, 3);
+        };
+        turnAll(); // all are free at the start
+        choose("lblLir1", "Ось LX");
+        choose("lblLir2", "Ось U");
+        choose("lblLir3", "ЭЛА");
+        turnAll();
+        SENT("LIR(LX,20,3000)", "LIR(U,-20,0)");
+        tell({{"PultOn", 1}});
+        QVERIFY(w("pultRegime")->isVisible() && !w("frmLir3")->isEnabled()); // the panel has its wheel
+        turnAll();
+        SENT("LIR(LX,20,3000)", "LIR(U,-20,0)", "HANDWHEEL(300)");
+        tell({{"KeyAccess", 0}});
+        turnAll();
+        tell({{"KeyAccess", 1}, {"PultOn", 0}});
+        turnAll();
+        SENT("LIR(LX,20,3000)", "LIR(U,-20,0)");
+        QVERIFY(journal().contains("[I]На штурвал 'Правый' установлен параметр Ось U"));
+        m_gui->onLirChanged(3, 1); // the card has no such channel
+        QCOMPARE(takeCommands(), QStringList());
+    }
+
+    void shareSeenByAnotherProcess()
+    {
+        const auto words = [this](const char* expected) {
+            m_gui->onTimeChanged();
+            QTRY_COMPARE(wordsElsewhere(), expected);
+        };
+        QTRY_COMPARE(wordsElsewhere(), "0 0 0 0");
+        choose("lblLir1", "ЭЛА");
+        QTRY_COMPARE(wordsElsewhere(), "1 0 0 0"); // by the tick, within a second
+        choose("lblLir1", "Ось LX");
+        choose("lblLir2", "ЭЛА");
+        words("0 1 0 0");
+        choose("lblLir3", "ЭЛА");
+        tell({{"KeyAccess", 0}});
+        words("0 1 1 1");
+        tell({{"KeyAccess", 1}, {"PultOn", 1}});
+        words("0 1 0 0");
+        m_gui.reset();
+        QTRY_COMPARE(wordsElsewhere(), "no segment"); // the last one takes it away
+    }
+
+    void shareOfAnother()
+    {
+        m_gui.reset();
+        {
+            QSharedMemory panel(shareKey()); // stood before
+            QVERIFY(panel.create(16));
+            memset(panel.data(), 0x55, 16);
+            PultShare share;
+            QTRY_COMPARE(wordsElsewhere(), "0 0 0 0");
+            const quint32 words[] = {5, 6, 7, 1};
+            panel.lock();
+            memcpy(panel.data(), words, sizeof words);
+            panel.unlock();
+            QVERIFY(share.getFuncLeftEncoder() == 5 && share.getFuncRightEncoder() == 6 &&
+                    share.getFuncDistEncoder() == 7 && share.getBlockGui());
+        }
+        QSharedMemory foreign(shareKey()); // is too small
+        QVERIFY(foreign.create(8));
+        memset(foreign.data(), 0x55, 8);
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression("^PultShare: the segment has 8 bytes"));
+        PultShare share;
+        share.setBlockGui(true);
+        QVERIFY(!share.getBlockGui());
+        QCOMPARE(QByteArray(static_cast<const char*>(foreign.constData()), 8), QByteArray(8, 0x55));
+    }
 
 private:
     // Turns a wheel and waits until the window has been told.
-    void turn(WheelCounters::Wheel wheel, int detents);
-    void choose(const char* label, const QString& entry); // of the menu that a touch opens
+    void turn(WheelCounters::Wheel wheel, int detents)
+    {
+        m_wheels.turn(wheel, detents);
+        const int now = m_wheels.readings();
+        QTRY_VERIFY(m_wheels.readings() > now + 6); // two rounds
+        QCoreApplication::sendPostedEvents(m_gui.get());
+    }
+
+    // Of the menu that a touch opens.
+    void choose(const char* label, const QString& entry)
+    {
+        QTimer::singleShot(0, this, [&] {
+            auto* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
+            QVERIFY(menu);
+            for (QAction* action : menu->actions()) {
+                if (action->text().trimmed() == entry)
+                    QTest::mouseClick(menu, Qt::LeftButton, {}, menu->actionGeometry(action).center());
+            }
+        });
+        touch(QLatin1String(label));
+    }
 
     WheelCounters m_wheels{1000}; // any turn is one reading
     QTimer m_alive;               // a controller that says nothing for a second is given up
 };
-
-void TestHandwheels::init()
-{
-    begin();
-    m_alive.start(100);
-    QTRY_VERIFY(m_wheels.readings() > 9); // the counters have settled
-    takeCommands();
-}
-
-void TestHandwheels::turn(WheelCounters::Wheel wheel, int detents)
-{
-    m_wheels.turn(wheel, detents);
-    const int now = m_wheels.readings();
-    QTRY_VERIFY(m_wheels.readings() > now + 6); // two rounds
-    QCoreApplication::sendPostedEvents(m_gui.get());
-}
-
-void TestHandwheels::choose(const char* label, const QString& entry)
-{
-    QTimer::singleShot(0, this, [&] {
-        auto* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
-        QVERIFY(menu);
-        for (QAction* action : menu->actions()) {
-            if (action->text().trimmed() == entry)
-                QTest::mouseClick(menu, Qt::LeftButton, {}, menu->actionGeometry(action).center());
-        }
-    });
-    touch(QLatin1String(label));
-}
-
-void TestHandwheels::eachWheelForItself()
-{
-    const auto turnAll = [this] {
-        turn(WheelCounters::Left, 2);
-        turn(WheelCounters::Right, -2);
-        turn(WheelCounters::Remote, 3);
-    };
-    turnAll(); // all are free at the start
-    choose("lblLir1", QStringLiteral("Ось LX"));
-    choose("lblLir2", QStringLiteral("Ось U"));
-    choose("lblLir3", QStringLiteral("ЭЛА"));
-    turnAll();
-    SENT("LIR(LX,20,3000)", "LIR(U,-20,0)");
-    tell({{"PultOn", 1}});
-    turnAll();
-    SENT("LIR(LX,20,3000)", "LIR(U,-20,0)", "HANDWHEEL(300)");
-    tell({{"KeyAccess", 0}});
-    turnAll();
-    tell({{"KeyAccess", 1}, {"PultOn", 0}});
-    turnAll();
-    SENT("LIR(LX,20,3000)", "LIR(U,-20,0)");
-    QVERIFY(journal().contains(QStringLiteral("[I]На штурвал 'Правый' установлен параметр Ось U")));
-    m_gui->onLirChanged(3, 1); // the card has no such channel
-    QCOMPARE(takeCommands(), QStringList());
-}
-
-void TestHandwheels::shareSeenByAnotherProcess()
-{
-    QTRY_COMPARE(wordsElsewhere(), QStringLiteral("0 0 0 0"));
-    choose("lblLir1", QStringLiteral("ЭЛА"));
-    QTRY_COMPARE(wordsElsewhere(), QStringLiteral("1 0 0 0")); // by the tick, within a second
-    choose("lblLir1", QStringLiteral("Ось LX"));
-    choose("lblLir2", QStringLiteral("ЭЛА"));
-    m_gui->onTimeChanged();
-    QTRY_COMPARE(wordsElsewhere(), QStringLiteral("0 1 0 0"));
-    choose("lblLir3", QStringLiteral("ЭЛА"));
-    tell({{"KeyAccess", 0}});
-    m_gui->onTimeChanged();
-    QTRY_COMPARE(wordsElsewhere(), QStringLiteral("0 1 1 1"));
-    tell({{"KeyAccess", 1}, {"PultOn", 1}});
-    m_gui->onTimeChanged();
-    QTRY_COMPARE(wordsElsewhere(), QStringLiteral("0 1 0 0"));
-    m_gui.reset();
-    QTRY_COMPARE(wordsElsewhere(), QStringLiteral("no segment")); // the last one takes it away
-}
-
-void TestHandwheels::shareThatStoodBefore()
-{
-    m_gui.reset();
-    QSharedMemory panel(shareKey());
-    QVERIFY(panel.create(16));
-    memset(panel.data(), 0x55, 16);
-    PultShare share;
-    QTRY_COMPARE(wordsElsewhere(), QStringLiteral("0 0 0 0"));
-    const quint32 words[] = {5, 6, 7, 1};
-    panel.lock();
-    memcpy(panel.data(), words, sizeof words);
-    panel.unlock();
-    QVERIFY(share.getFuncLeftEncoder() == 5 && share.getFuncRightEncoder() == 6 &&
-            share.getFuncDistEncoder() == 7 && share.getBlockGui());
-}
-
-void TestHandwheels::shareThatIsTooSmall()
-{
-    m_gui.reset();
-    QSharedMemory foreign(shareKey());
-    QVERIFY(foreign.create(8));
-    memset(foreign.data(), 0x55, 8);
-    QTest::ignoreMessage(QtWarningMsg, QRegularExpression("^PultShare: the segment has 8 bytes"));
-    PultShare share;
-    share.setBlockGui(true);
-    QVERIFY(!share.getBlockGui());
-    QCOMPARE(QByteArray(static_cast<const char*>(foreign.constData()), 8), QByteArray(8, 0x55));
-}
-
-void TestHandwheels::wheelMovesTheMachine()
-{
-    cleanup();
-    auto journey = std::make_unique<Journey>();
-    Operator& hand = journey->hand;
-    const QString trouble = journey->runLoggedIn([&] {
-        hand.switchOn(false);
-        hand.tap("lblLir1");
-        hand.tapMenu("Ось A");
-        hand.tap("lblLir1");
-        hand.tapMenu("x0.1");
-        hand.waitText("lblLir1Use", "Ось A\nx0.1");
-        m_wheels.turn(WheelCounters::Left, 25);
-        hand.waitText("coordA", "2.50");
-        m_wheels.turn(WheelCounters::Left, -5);
-        hand.waitText("coordA", "2.00");
-
-        journey->plant().instruct("pult f1 z");
-        hand.waitEnabled("sbDistPult");
-        hand.tap("sbDistPult");
-        hand.waitVisible("pultRegime");
-        m_wheels.turn(WheelCounters::Remote, 10);
-        hand.waitText("coordA", "3.00");
-        Hand::expect(!hand.enabled("frmLir3"), "the panel has its wheel");
-    });
-    journey.reset(); // two sites never stand at once
-    QCOMPARE(trouble, QString());
-    begin();
-}
 
 int main(int argc, char* argv[])
 {

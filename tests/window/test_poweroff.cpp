@@ -8,11 +8,12 @@
 #include <QSignalSpy>
 #include <QTcpServer>
 #include <QTimer>
-#include <QtEndian>
 
 #include <atomic>
 #include <csignal>
 #include <thread>
+
+const QString done = "[I]Завершение работы установки выполнено";
 
 // The computer of the machine is switched off through one call of the site, which the tests write down.
 class TestPowerOff : public GuiFixture
@@ -28,20 +29,186 @@ private slots:
     }
     void cleanup() { end(); }
 
-    void switchesOff_data();
-    void switchesOff();
-    void noAnswerIsNo();
-    void lockedWhileTheVacuumSystemRuns();
-    void nothingRunsAtAnotherSite();
+    void switchesOff()
+    {
+        for (const bool refuses : {false, true}) {
+            QStringList& told = shell(refuses);
+            m_ended = false;
+            QCOMPARE(touchAndAnswer(true), 0);
+            QCOMPARE(told, QStringList{"sudo /sbin/shutdown -h now"});
+            QVERIFY(!list().contains(done)); // for the file only
+            // Never with "su".
+            QCOMPARE(m_site->read("/home/oper/bin/users.bin"), QByteArray("\xA0\xF4\0\0", 4));
+            m_gui.reset();
+            QVERIFY(journal().contains(done));
+            end();
+            init();
+        }
+        QVERIFY(!site().shell); // nor does anything run at another site
+        QTest::ignoreMessage(QtWarningMsg, "no power-off at this site");
+        QCOMPARE(touchAndAnswer(true), 0);
+    }
 
-    void signalsEndTheConsole_data();
-    void signalsEndTheConsole();
-    void signalsEndWhatNoTouchOpened();
+    void noAnswerIsNo()
+    {
+        QStringList& told = shell();
+        QCOMPARE(touchAndAnswer(false), -1);
+        touch("sbShutdown"); // returns when the question has timed out
+        QVERIFY(!QApplication::activeModalWidget());
+        QCOMPARE(told, QStringList());
+        QVERIFY(!journal().contains(done));
+    }
 
-    void countsDown();
+    void lockedWhileTheVacuumSystemRuns()
+    {
+        QStringList& told = shell();
+        m_gui->onChangedShutdownLock(true);
+        QTest::mousePress(w("sbShutdown"), Qt::LeftButton);
+        QStringList reasons;
+        for (QWidget* each : QApplication::allWidgets()) {
+            const auto* label = qobject_cast<QLabel*>(each);
+            if (label && label->isVisible() && label->window() != m_gui.get())
+                reasons << label->text();
+        }
+        QVERIFY2(!reasons.filter("Вакуумная система не остановлена").isEmpty(),
+                 qPrintable(reasons.join('|')));
+        QTest::mouseRelease(w("sbShutdown"), Qt::LeftButton);
+        QVERIFY(!QApplication::activeModalWidget());
+        QCOMPARE(told, QStringList());
+    }
 
-    void manuals();
-    void programsThatAreMissing();
+    void signalsEndTheConsole_data()
+    {
+        QTest::addColumn<int>("number");
+        QTest::newRow("pbCloseProgram") << SIGINT; // a question, a menu, the login, a keypad
+        QTest::newRow("lblLir1") << SIGHUP;
+        QTest::newRow("pbChangeUser") << SIGTERM;
+        QTest::newRow("sbVacAdjust") << SIGTERM;
+    }
+
+    void signalsEndTheConsole()
+    {
+        QFETCH(int, number);
+        EndSignals end;
+        connect(&end, &EndSignals::asked, m_gui.get(), &Gui::onEndAsked);
+        Answers answers({signalled(number)});
+        QTimer::singleShot(0, this, [this] { touch(QTest::currentDataTag()); });
+        QCOMPARE(endOfConsole(), 0);
+        m_gui.reset();
+        QVERIFY(saved());
+        QVERIFY(
+            journal().contains("[I]Выполнен выход из программы автоматической сварки по сигналу системы"));
+    }
+
+    // The box about a missing user file stands in the window's construction, that about a file that cannot be
+    // written in its end.
+    void signalsEndWhatNoTouchOpened()
+    {
+        m_gui.reset();
+        EndSignals end;
+        {
+            QFile::remove(m_users);
+            Answers answers({signalled(SIGTERM)});
+            Gui gui;
+            QVERIFY(answers.allGiven());
+            QVERIFY(!gui.autorizationAccepted());
+            QVERIFY(QDir().mkpath(m_users));
+        }
+        QTimer::singleShot(0, qApp, &QCoreApplication::quit); // the next loop is not to hear of this end
+        QCoreApplication::exec();
+    }
+
+    // Two units ask; the operator goes on working for one of them.
+    void countsDown()
+    {
+        QTcpServer unit;
+        QVERIFY(unit.listen(QHostAddress::LocalHost));
+        QMap<QString, Element*> none;
+        TCPthread link;
+        QVERIFY(link.connect("127.0.0.1", unit.serverPort(), site().kvs.udpPort, &none));
+        QVERIFY(unit.waitForNewConnection(1000));
+        QTcpSocket* peer = unit.nextPendingConnection();
+        SystemOff cancelled(&link, nullptr), dialog(nullptr, nullptr);
+        QSignalSpy cancelledOff(&cancelled, &SystemOff::turnOff), off(&dialog, &SystemOff::turnOff);
+        QSignalSpy cancelledSays(&cancelled, &SystemOff::message), says(&dialog, &SystemOff::message);
+        cancelled.show();
+        dialog.show();
+        const auto* seconds = dialog.findChild<QLabel*>("lblSeconds");
+        QCOMPARE(seconds->text(), "60");
+        QTest::mouseClick(cancelled.findChild<QPushButton*>("pbCancel"), Qt::LeftButton);
+        QVERIFY(!cancelled.isVisible());
+        QCOMPARE(cancelledSays,
+                 (QList<QVariantList>{{"[I]Автоматическое завершение работы отменено пользователем", true}}));
+        const QByteArray expected = frame("SET turnSystemOff := off;").mid(2);
+        QByteArray received;
+        QTRY_VERIFY((received += peer->readAll()).endsWith(expected));
+
+        QTRY_COMPARE(seconds->text(), "59"); // by itself
+        for (int left = 58; left > 0; --left) {
+            dialog.timeChanged();
+            QCOMPARE(seconds->text(), QString::number(left));
+        }
+        QVERIFY(off.isEmpty() && dialog.isVisible());
+        dialog.timeChanged();
+        QCOMPARE(off.size(), 1);
+        QVERIFY(!dialog.isVisible() && says.isEmpty());
+        QTest::qWait(1100); // nothing goes on counting
+        QCOMPARE(off.size(), 1);
+        QVERIFY(cancelledOff.isEmpty());
+        QCOMPARE(cancelled.findChild<QLabel*>("lblSeconds")->text(), "60");
+        link.disconnect();
+    }
+
+    // A viewer of the test's own stands where the machine has one. Links and recorder ask for the time as
+    // they run.
+    void manuals()
+    {
+        QDir bin(site().root);
+        m_site->write("/okular", "#!/bin/sh\necho \"$@\" >>\"${0%/*}/seen\"\n");
+        QFile::setPermissions(bin.filePath("okular"), QFile::ReadOwner | QFile::ExeOwner);
+        const QByteArray path = qgetenv("PATH");
+        qputenv("PATH", bin.path().toUtf8() + ":/usr/bin:/bin");
+        std::atomic<bool> over{false};
+        std::thread clock([&over] {
+            while (!over)
+                QDateTime::currentDateTime();
+        });
+        Answers answers(
+            {Answers::button("pbManual"), [this] { return m_site->read("/seen") == "РЭ_1.pdf\n"; },
+             Answers::button("pbOperator"),
+             [this] { return m_site->read("/seen") == "РЭ_1.pdf\nРЭ_2.pdf\n"; }, Answers::button("pbClose")});
+        touch("pbInformation");
+        over = true;
+        clock.join();
+        qputenv("PATH", path);
+        QVERIFY(answers.allGiven());
+        QVERIFY(journal().contains("[I]Нажата кнопка 'Информация о программе'"));
+    }
+
+    void programsThatAreMissing()
+    {
+        const QByteArray path = qgetenv("PATH");
+        qputenv("PATH", "/nowhere");
+        Inform dialog(m_gui.get());
+        dialog.show();
+        QVERIFY(dialog.hasMouseTracking());
+        const QPoint off =
+            dialog.geometry().center() - m_gui->mapToGlobal(QPoint(panelWidth / 2, panelHeight / 2));
+        QVERIFY(off.manhattanLength() <= 2);
+        for (const char* button : {"pbManual", "pbOperator"}) {
+            QTest::ignoreMessage(QtWarningMsg, "cannot start okular (not found)");
+            QTest::mouseClick(dialog.findChild<QPushButton*>(button), Qt::LeftButton);
+        }
+        QVERIFY(dialog.isVisible() && !QApplication::activeModalWidget()); // no box, no end
+        dialog.close();
+
+        QTest::ignoreMessage(QtWarningMsg, "cannot start kcalc (not found)");
+        Answers answers({Answers::button("pbClose")}); // the console's own calculator opens all the same
+        touch("pbCalc");
+        qputenv("PATH", path);
+        QVERIFY(answers.allGiven());
+        QCOMPARE(list().last(), "Не удалось запустить калькулятор 'kcalc'");
+    }
 
 private:
     // What the shell was told; `refuses`: the system says no.
@@ -90,203 +257,6 @@ private:
     QStringList m_shell;
     bool m_ended = false;
 };
-
-const QString done = QStringLiteral("[I]Завершение работы установки выполнено");
-
-void TestPowerOff::switchesOff_data()
-{
-    QTest::addColumn<bool>("refuses");
-    QTest::newRow("the system obeys") << false;
-    QTest::newRow("the system refuses") << true;
-}
-
-void TestPowerOff::switchesOff()
-{
-    QFETCH(bool, refuses);
-    QStringList& told = shell(refuses);
-    m_ended = false;
-    QCOMPARE(touchAndAnswer(true), 0);
-    QCOMPARE(told, QStringList{"sudo /sbin/shutdown -h now"});
-    QVERIFY(!list().contains(done));                                                   // for the file only
-    QCOMPARE(m_site->read("/home/oper/bin/users.bin"), QByteArray("\xA0\xF4\0\0", 4)); // never with "su"
-    m_gui.reset();
-    QVERIFY(journal().contains(done));
-}
-
-void TestPowerOff::noAnswerIsNo()
-{
-    QStringList& told = shell();
-    QCOMPARE(touchAndAnswer(false), -1);
-    touch("sbShutdown"); // returns when the question has timed out
-    QVERIFY(!QApplication::activeModalWidget());
-    QCOMPARE(told, QStringList());
-    QVERIFY(!journal().contains(done));
-}
-
-void TestPowerOff::lockedWhileTheVacuumSystemRuns()
-{
-    QStringList& told = shell();
-    m_gui->onChangedShutdownLock(true);
-    QTest::mousePress(w("sbShutdown"), Qt::LeftButton);
-    QStringList reasons;
-    for (QWidget* top : QApplication::topLevelWidgets()) {
-        for (auto* label : top->findChildren<QLabel*>()) {
-            if (label->isVisible() && label->window() != m_gui.get())
-                reasons << label->text();
-        }
-    }
-    QVERIFY2(!reasons.filter("Вакуумная система не остановлена").isEmpty(), qPrintable(reasons.join('|')));
-    QTest::mouseRelease(w("sbShutdown"), Qt::LeftButton);
-    QVERIFY(!QApplication::activeModalWidget());
-    QCOMPARE(told, QStringList());
-}
-
-void TestPowerOff::nothingRunsAtAnotherSite()
-{
-    QVERIFY(!site().shell);
-    QTest::ignoreMessage(QtWarningMsg, "no power-off at this site");
-    QCOMPARE(touchAndAnswer(true), 0);
-}
-
-void TestPowerOff::signalsEndTheConsole_data()
-{
-    QTest::addColumn<int>("number");
-    QTest::addColumn<QString>("touched");
-    QTest::newRow("a question") << SIGINT << "pbCloseProgram";
-    QTest::newRow("a menu") << SIGHUP << "lblLir1";
-    QTest::newRow("the login") << SIGTERM << "pbChangeUser";
-    QTest::newRow("a keypad") << SIGTERM << "sbVacAdjust";
-}
-
-void TestPowerOff::signalsEndTheConsole()
-{
-    QFETCH(int, number);
-    QFETCH(QString, touched);
-    EndSignals end;
-    connect(&end, &EndSignals::asked, m_gui.get(), &Gui::onEndAsked);
-    Answers answers({signalled(number)});
-    QTimer::singleShot(0, this, [&] { touch(touched); });
-    QCOMPARE(endOfConsole(), 0);
-    m_gui.reset();
-    QVERIFY(saved());
-    QVERIFY(journal().contains(
-        QStringLiteral("[I]Выполнен выход из программы автоматической сварки по сигналу системы")));
-}
-
-// The box about a missing user file stands in the window's construction, that about a file that cannot be
-// written in its end.
-void TestPowerOff::signalsEndWhatNoTouchOpened()
-{
-    m_gui.reset();
-    EndSignals end;
-    {
-        QFile::remove(m_users);
-        Answers answers({signalled(SIGTERM)});
-        Gui gui;
-        QVERIFY(answers.allGiven());
-        QVERIFY(!gui.autorizationAccepted());
-        QVERIFY(QDir().mkpath(m_users));
-    }
-    QTimer::singleShot(0, qApp, &QCoreApplication::quit); // the next loop is not to hear of this end
-    QCoreApplication::exec();
-}
-
-// Two units ask; the operator goes on working for one of them.
-void TestPowerOff::countsDown()
-{
-    QTcpServer unit;
-    QVERIFY(unit.listen(QHostAddress::LocalHost));
-    QMap<QString, Element*> none;
-    TCPthread link;
-    QVERIFY(link.connect("127.0.0.1", unit.serverPort(), site().kvs.udpPort, &none));
-    QVERIFY(unit.waitForNewConnection(1000));
-    QTcpSocket* peer = unit.nextPendingConnection();
-    SystemOff cancelled(&link, nullptr), dialog(nullptr, nullptr);
-    QSignalSpy cancelledOff(&cancelled, &SystemOff::turnOff), off(&dialog, &SystemOff::turnOff);
-    QSignalSpy cancelledSays(&cancelled, &SystemOff::message), says(&dialog, &SystemOff::message);
-    cancelled.show();
-    dialog.show();
-    const auto* seconds = dialog.findChild<QLabel*>("lblSeconds");
-    QCOMPARE(seconds->text(), QString("60"));
-    QTest::mouseClick(cancelled.findChild<QPushButton*>("pbCancel"), Qt::LeftButton);
-    QVERIFY(!cancelled.isVisible());
-    QCOMPARE(cancelledSays,
-             (QList<QVariantList>{{"[I]Автоматическое завершение работы отменено пользователем", true}}));
-    const QByteArray text = "SET turnSystemOff := off;";
-    QByteArray received;
-    QTRY_VERIFY((received += peer->readAll()).endsWith(text));
-    QCOMPARE(qFromLittleEndian<quint16>(received.constData() + received.size() - text.size() - 2),
-             quint16(text.size()));
-
-    QTRY_COMPARE(seconds->text(), QString("59")); // by itself
-    for (int left = 58; left > 0; --left) {
-        dialog.timeChanged();
-        QCOMPARE(seconds->text(), QString::number(left));
-    }
-    QVERIFY(off.isEmpty() && dialog.isVisible());
-    dialog.timeChanged();
-    QCOMPARE(off.size(), 1);
-    QVERIFY(!dialog.isVisible() && says.isEmpty());
-    QTest::qWait(1100); // nothing goes on counting
-    QCOMPARE(off.size(), 1);
-    QVERIFY(cancelledOff.isEmpty());
-    QCOMPARE(cancelled.findChild<QLabel*>("lblSeconds")->text(), QString("60"));
-    link.disconnect();
-}
-
-// A viewer of the test's own stands where the machine has one. Links and recorder ask for the time as they
-// run.
-void TestPowerOff::manuals()
-{
-    QDir bin(site().root);
-    QFile viewer(bin.filePath("okular"));
-    QVERIFY(viewer.open(QIODevice::WriteOnly));
-    viewer.write("#!/bin/sh\necho \"$@\" >>\"${0%/*}/seen\"\n");
-    viewer.setPermissions(viewer.permissions() | QFile::ExeOwner);
-    viewer.close();
-    const QByteArray path = qgetenv("PATH");
-    qputenv("PATH", bin.path().toUtf8() + ":/usr/bin:/bin");
-    std::atomic<bool> over{false};
-    std::thread clock([&over] {
-        while (!over)
-            QDateTime::currentDateTime();
-    });
-    Answers answers({Answers::button("pbManual"), [this] { return m_site->read("/seen") == "РЭ_1.pdf\n"; },
-                     Answers::button("pbOperator"),
-                     [this] { return m_site->read("/seen") == "РЭ_1.pdf\nРЭ_2.pdf\n"; },
-                     Answers::button("pbClose")});
-    touch("pbInformation");
-    over = true;
-    clock.join();
-    qputenv("PATH", path);
-    QVERIFY(answers.allGiven());
-    QVERIFY(journal().contains("[I]Нажата кнопка 'Информация о программе'"));
-}
-
-void TestPowerOff::programsThatAreMissing()
-{
-    const QByteArray path = qgetenv("PATH");
-    qputenv("PATH", "/nowhere");
-    Inform dialog(m_gui.get());
-    dialog.show();
-    QVERIFY(dialog.hasMouseTracking());
-    const QPoint off =
-        dialog.geometry().center() - m_gui->mapToGlobal(QPoint(panelWidth / 2, panelHeight / 2));
-    QVERIFY(off.manhattanLength() <= 2);
-    for (const char* button : {"pbManual", "pbOperator"}) {
-        QTest::ignoreMessage(QtWarningMsg, "cannot start okular (not found)");
-        QTest::mouseClick(dialog.findChild<QPushButton*>(button), Qt::LeftButton);
-    }
-    QVERIFY(dialog.isVisible() && !QApplication::activeModalWidget()); // no box, no end
-    dialog.close();
-
-    QTest::ignoreMessage(QtWarningMsg, "cannot start kcalc (not found)");
-    Answers answers({Answers::button("pbClose")}); // the console's own calculator opens all the same
-    touch("pbCalc");
-    qputenv("PATH", path);
-    QVERIFY(answers.allGiven());
-    QCOMPARE(list().last(), QStringLiteral("Не удалось запустить калькулятор 'kcalc'"));
-}
 
 QTEST_MAIN(TestPowerOff)
 #include "test_poweroff.moc"

@@ -1,5 +1,6 @@
 #include "drivecomm.h"
 #include "fixedmove.h"
+#include "ratecalc.h"
 #include "selector.h"
 #include "widgets.h"
 
@@ -13,7 +14,7 @@
 #include <QSettings>
 #include <QSignalSpy>
 
-// The two dialogs that hang on an axis's row: fixed move and speed selector.
+// The dialogs that hang on an axis's row, fixed move and speed selector, and the calculator of speeds.
 class TestSelector : public QObject
 {
     Q_OBJECT
@@ -29,38 +30,34 @@ private slots:
     }
     void cleanup()
     {
+        m_calc.reset();
         m_parent.reset();
         m_site.reset();
     }
 
     void fixedMoveProgram()
     {
-        const std::tuple<QString, int, const char*> axes[] = {
-            {"LX", 1, "LX"}, {"LX2", 1, "LX2"}, {"LY", 1, "LY"},  {"A", 1, "A"},   {"B", 1, "B"},
-            {"C", 1, "C"},   {"D", 1, "D"},     {"U1", 2, "U1"},  {"U2", 2, "U1"}, {"V", 2, "V"},
-            {"X", 1, "X"},   {"Z", 1, "Y"},     {"PHI", 1, "PHI"}};
-        for (const auto& [axis, channel, word] : axes) {
-            for (bool absolute : {true, false}) {
-                // Six significant digits of a single-precision number.
-                const double value = !absolute ? -7 : axis == "LX" ? 1234.5678 : 12.5;
-                const QString number = QString::number(value, 'g', 6);
-                auto dialog = fixedMove(axis, 3000, channel);
-                const QSignalSpy told(dialog.get(), &FixedMove::message);
-                const QSignalSpy closed(dialog.get(), &QDialog::rejected);
-                child<QRadioButton>(dialog.get(), absolute ? "rbAbsolute" : "rbRelative")->click();
-                child<PoLabel>(dialog.get(), "lblCoord")->setValue(float(value), 2);
-                QTest::mouseClick(child<QPushButton>(dialog.get(), "pbStart"), Qt::LeftButton);
-                QCOMPARE(QString(m_site->read("/programs/_fixed.npg")),
-                         QString("N01 $%1\n%2N03 %3 G01 %4=%5 F3000\nN05 M30\n")
-                             .arg(QString::number(channel), axis == "V" ? "N02 ARF()\n" : "",
-                                  absolute ? "G90" : "G91", word, number));
-                const QVariantList line{
-                    "[C]Запущено фиксированное перемещение по оси " + axis +
-                        (absolute ? " в координату " + number : " на " + number + " град"),
-                    true};
-                QCOMPARE(told, QList<QVariantList>{line});
-                QCOMPARE(closed.size(), 1);
-            }
+        // Axis, channel, whether absolute, coordinate, the program's lines between the first and the last.
+        const std::tuple<QString, int, bool, float, const char*> rows[] = {
+            {"LX", 1, true, 1234.5678F, "N03 G90 G01 LX=1234.57"}, // six significant digits
+            {"LX2", 1, false, -7, "N03 G91 G01 LX2=-7"},
+            {"U2", 2, true, 12.5F, "N03 G90 G01 U1=12.5"},
+            {"V", 2, false, -7, "N02 ARF()\nN03 G91 G01 V=-7"},
+            {"Z", 1, true, 12.5F, "N03 G90 G01 Y=12.5"},
+            {"PHI", 1, true, 0, "N03 G90 G01 PHI=0"}};
+        for (const auto& [axis, channel, absolute, value, program] : rows) {
+            auto dialog = fixedMove(axis, 3000, channel);
+            const QSignalSpy told(dialog.get(), &FixedMove::message);
+            child<QRadioButton>(dialog, absolute ? "rbAbsolute" : "rbRelative")->click();
+            child<PoLabel>(dialog, "lblCoord")->setValue(value, 2);
+            QTest::mouseClick(child<QPushButton>(dialog, "pbStart"), Qt::LeftButton);
+            QCOMPARE(QString(m_site->read("/programs/_fixed.npg")),
+                     QString("N01 $%1\n%2 F3000\nN05 M30\n").arg(QString::number(channel), program));
+            const QString number = QString(program).section('=', 1);
+            const QString line = "[C]Запущено фиксированное перемещение по оси " + axis +
+                                 (absolute ? " в координату " + number : " на " + number + " град");
+            QCOMPARE(told, (QList<QVariantList>{{line, true}}));
+            QVERIFY(dialog->isHidden());
         }
     }
 
@@ -68,13 +65,13 @@ private slots:
     {
         const auto shown = [this](const char* axis) {
             auto dialog = fixedMove(axis);
-            return child<PoLabel>(dialog.get(), "lblCoord")->text() +
-                   (child<QRadioButton>(dialog.get(), "rbAbsolute")->isChecked() ? " absolute" : " relative");
+            return child<PoLabel>(dialog, "lblCoord")->text() +
+                   (child<QRadioButton>(dialog, "rbAbsolute")->isChecked() ? " absolute" : " relative");
         };
         QCOMPARE(shown("A"), "0.00 absolute");
         auto dialog = fixedMove("A");
-        child<QRadioButton>(dialog.get(), "rbRelative")->click();
-        child<PoLabel>(dialog.get(), "lblCoord")->setValue(2.25F, 2);
+        child<QRadioButton>(dialog, "rbRelative")->click();
+        child<PoLabel>(dialog, "lblCoord")->setValue(2.25F, 2);
         const QSignalSpy told(dialog.get(), &FixedMove::message);
         dialog.reset();
         QCOMPARE(told, (QList<QVariantList>{{"[I]Закрыто окно фиксированного перемещения по оси A", false}}));
@@ -92,53 +89,37 @@ private slots:
     void fixedMoveButton()
     {
         auto dialog = fixedMove("A");
-        QCOMPARE(child<QLabel>(dialog.get(), "lblUnit")->text(), "град");
-        auto* start = child<QPushButton>(dialog.get(), "pbStart");
-        // The last word wins, whoever speaks.
-        for (unsigned int state : {0U, 2U, 6U}) {
-            dialog->onDriveState(true);
-            QVERIFY(start->isEnabled());
-            dialog->onChannelState(state);
-            QVERIFY(!start->isEnabled());
+        QCOMPARE(child<QLabel>(dialog, "lblUnit")->text(), "град");
+        auto* coord = child<PoLabel>(dialog, "lblCoord");
+        for (const bool enter : {true, false}) {
+            typeNext(enter ? "12,345-" : "99", enter);
+            QTest::mouseClick(coord, Qt::LeftButton);
+            QCOMPARE(coord->text(), "-12.35");
+            QCOMPARE(coord->value(), -12.345F);
         }
-        dialog->onChannelState(1);
-        QVERIFY(start->isEnabled());
-        dialog->onDriveState(false);
-        QVERIFY(!start->isEnabled());
-        dialog->onChannelState(1);
-
-        typeNext("12,345-");
-        QTest::mouseClick(child<PoLabel>(dialog.get(), "lblCoord"), Qt::LeftButton);
-        QCOMPARE(child<PoLabel>(dialog.get(), "lblCoord")->text(), "-12.35");
-        typeNext("99", false);
-        QTest::mouseClick(child<PoLabel>(dialog.get(), "lblCoord"), Qt::LeftButton);
-        QCOMPARE(child<PoLabel>(dialog.get(), "lblCoord")->value(), -12.345F);
 
         // Without the folder no program, so no command: the closed link would have told of one.
         QVERIFY(QDir(site().path("/programs")).removeRecursively());
         const QSignalSpy told(dialog.get(), &FixedMove::message);
         DebugLines::collect();
-        start->click();
+        child<QPushButton>(dialog, "pbStart")->click();
         qInstallMessageHandler(nullptr);
         QCOMPARE(DebugLines::count("DriveTCPthread"), 0);
         QCOMPARE(told.size(), 2); // the press, and what came of it
         QCOMPARE(told[1][0].toString(), "[A]Файл /programs/_fixed.npg не записан, программа не запущена");
-        QVERIFY(dialog->isHidden());
     }
 
     void presetSpeeds()
     {
-        const int expected[] = {23, 45, 90, 225, 450, 900}; // what is shown is what is taken
-        for (int i = 0; i < 6; ++i) {
+        int number = 0;
+        for (const int speed : {23, 45, 90, 225, 450, 900}) { // what is shown is what is taken
             Selector selector("C", "град", speeds, "Своя", 0, m_parent.get());
-            const QSignalSpy told(&selector, &Selector::message);
             QCOMPARE(QApplication::activePopupWidget(), &selector);
             QCOMPARE(selector.pos(), QPoint(300, 200 + 60 + 1));
-            QTimer::singleShot(0, &selector, [&] { touch(&selector, QString("lblSpeed%1").arg(i + 1)); });
+            ++number;
+            QTimer::singleShot(0, &selector, [&] { touch(&selector, QString("lblSpeed%1").arg(number)); });
             QCOMPARE(selector.exec(), int(QDialog::Accepted));
-            QCOMPARE(selector.value(), float(expected[i]));
-            const QString line = QString("[I]Установлена скорость %1 град/мин для оси C").arg(expected[i]);
-            QCOMPARE(told, (QList<QVariantList>{{line, true}}));
+            QCOMPARE(selector.value(), float(speed));
             QVERIFY(!QApplication::activePopupWidget());
         }
     }
@@ -154,19 +135,13 @@ private slots:
             }
             return names.join(' ');
         };
-        for (const char* name : {"lblSpeed2", "lblSpeed3", "lblFree"}) {
-            auto* label = child<QLabel>(&selector, name);
+        for (const char* name : {"lblSpeed2", "lblFree"}) {
+            const auto* label = selector.findChild<QLabel*>(name);
             QTest::mouseMove(selector.windowHandle(), label->mapTo(&selector, label->rect().center()));
             QTRY_COMPARE(lit(), QString(name));
         }
         QTest::mouseMove(selector.windowHandle(), QPoint(1, 1)); // the background
         QTRY_COMPARE(lit(), QString());
-
-        // Leaving with a press beside the entries.
-        const QSignalSpy left(&selector, &QDialog::rejected);
-        QTest::mousePress(&selector, Qt::LeftButton, {}, QPoint(-50, 20));
-        QCOMPARE(left.size(), 1);
-        QVERIFY(selector.isHidden());
     }
 
     void freeSpeed()
@@ -176,9 +151,9 @@ private slots:
         for (const auto& [keys, enter, speed] : rows) {
             Selector selector("C", "град", speeds, "Своя", 0, m_parent.get());
             const QSignalSpy told(&selector, &Selector::message);
-            QCOMPARE(child<QLabel>(&selector, "lblFree")->text(), "Своя");
+            QCOMPARE(selector.findChild<QLabel*>("lblFree")->text(), "Своя");
             whenOpen<Numpad>([&, keys = keys, enter = enter](Numpad* pad) {
-                QVERIFY2(!child<QPushButton>(pad, "pbSign")->isEnabled(), "no speed is negative");
+                QVERIFY2(!pad->findChild<QPushButton*>("pbSign")->isEnabled(), "no speed is negative");
                 typeNext(keys, enter);
             });
             QTimer::singleShot(0, &selector, [&] { touch(&selector, "lblFree"); });
@@ -202,9 +177,90 @@ private slots:
         QVERIFY2(told.contains("ASSERT: \"nl.size() == 6\""), told.constData());
     }
 
+    void calculatorTyped()
+    {
+        open();
+        QCOMPARE(rates(), "600.0 20.0 360.0 100.0"); // what does not fit together stays so
+        const std::tuple<const char*, const char*, const char*> rows[] = {
+            {"lblLinRate1", "600", "600.0 36.0 687.5 100.0"},
+            {"LinRate1", "9999", "2400.0 144.0 2750.2 100.0"},
+            {"lblLinRate1", "0", "1.0 0.1 1.1 100.0"},
+            {"lblLinRate2", "36", "600.0 36.0 687.5 100.0"},
+            {"lblLinRate2", "0", "16.7 1.0 19.1 100.0"},
+            {"LinRate2", "1001", "16666.7 1000.0 19098.6 100.0"}, // a result is not clamped
+            {"lblAngleRate", "360", "314.2 18.8 360.0 100.0"},
+            {"AngleRate", "1801", "1570.8 94.2 1800.0 100.0"},
+            {"lblAngleRate", "0", "0.0 0.0 0.0 100.0"},
+            {"AngleRate", "360", "314.2 18.8 360.0 100.0"},
+            {"lblDiam", "50", "157.1 9.4 360.0 50.0"}, // the angular speed stays
+            {"Diam", "6001", "18849.6 1131.0 360.0 6000.0"},
+            {"Diam", "0", "0.0 0.0 360.0 0.0"},
+        };
+        for (const auto& [label, keys, result] : rows) {
+            whenOpen<Numpad>([diameter = strstr(label, "Diam"), keys = keys](Numpad* pad) {
+                QVERIFY(pad->window()->windowTitle().startsWith(diameter ? "D, мм" : "V, "));
+                typeNext(keys);
+            });
+            press(label);
+            QCOMPARE(rates(), result);
+        }
+    }
+
+    void calculatorStepped()
+    {
+        // KEY=VALUE of the settings, touches, result.
+        const std::tuple<QString, QString, const char*> rows[] = {
+            {"", "LinRate1Plus", "601.0 36.1 688.7 100.0"},
+            {"", "LinRate1Minus", "599.0 35.9 686.4 100.0"},
+            {"", "LinRate2Plus LinRate2Plus LinRate2Minus", "350.0 21.0 401.1 100.0"},
+            {"", "AngleRatePlus", "315.0 18.9 361.0 100.0"},
+            {"", "AngleRateMinus", "313.3 18.8 359.0 100.0"},
+            {"", "DiamPlus", "317.3 19.0 360.0 101.0"},
+            {"", "DiamMinus", "311.0 18.7 360.0 99.0"},
+            {"LinRate1=1.5", "LinRate1Minus", "1.0 0.1 1.1 100.0"},
+            {"LinRate2=999.5", "LinRate2Plus", "16666.7 1000.0 19098.6 100.0"},
+            {"AngleRate=0.5", "AngleRateMinus", "0.0 0.0 0.0 100.0"},
+            {"Diam=6000", "DiamPlus", "18849.6 1131.0 360.0 6000.0"},
+            // No part at all: what is no speed is shown as such, and a touch leads back from it.
+            {"Diam=0", "LinRate1Plus", "601.0 36.1 inf 0.0"},
+            {"Diam=0", "LinRate1Plus DiamPlus", "inf inf inf 1.0"},
+            {"Diam=0", "LinRate1Plus DiamPlus AngleRateMinus", "15.7 0.9 1800.0 1.0"},
+            {"Diam=0", "LinRate1Plus DiamMinus LinRate1Minus", "1.0 0.1 inf 0.0"},
+            {"LinRate1=inf", "LinRate2Minus", "316.7 19.0 362.9 100.0"},
+            {"Diam=nan", "DiamPlus", "317.3 19.0 360.0 101.0"},
+        };
+        for (const auto& [kept, buttons, result] : rows) {
+            m_calc.reset();
+            QSettings settings(site().path("/home/oper/bin/settings.ini"), QSettings::IniFormat);
+            settings.clear();
+            settings.setValue("RateCalc/" + kept.section('=', 0, 0), kept.section('=', 1));
+            settings.sync();
+            open();
+            for (const QString& button : buttons.split(' '))
+                press("pb" + button);
+            QCOMPARE(rates(), result);
+        }
+        const QString left = rates();
+        m_calc.reset();
+        open();
+        QCOMPARE(rates(), left); // it stays as it was left
+    }
+
 private:
+    void open() { m_calc = std::make_unique<RateCalc>(m_parent.get()); }
+    void press(const QString& name) const
+    {
+        QTest::mouseClick(m_calc->findChild<QWidget*>(name), Qt::LeftButton);
+    }
+    QString rates() const
+    {
+        QStringList texts;
+        for (const char* name : {"lblLinRate1", "lblLinRate2", "lblAngleRate", "lblDiam"})
+            texts << m_calc->findChild<QLabel*>(name)->text();
+        return texts.join(' ');
+    }
     template <class T>
-    static T* child(QWidget* dialog, const char* name)
+    static T* child(const std::unique_ptr<FixedMove>& dialog, const char* name)
     {
         return dialog->findChild<T*>(name);
     }
@@ -220,6 +276,7 @@ private:
     const QList<float> speeds{22.5F, 45, 90, 225, 450, 900};
     std::unique_ptr<SiteFixture> m_site;
     std::unique_ptr<QWidget> m_parent;
+    std::unique_ptr<RateCalc> m_calc;
     DriveTCPthread m_link; // closed
 };
 

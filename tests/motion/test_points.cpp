@@ -32,8 +32,7 @@ private slots:
         touch("pbPoint");
         QCOMPARE(shown.join(", "), "LX 1.00, LY 2.00, A 3.00, B 4.00, C 5.00, D 6.00, U1 -7.01, V 360.00");
         SENT("STOP_PRG");
-        QVERIFY(
-            journal().contains("[I]Нажата кнопка 'Координаты точек'\n[I]Открыто окно 'Координаты точки'\n"));
+        QVERIFY(journal().contains("'Координаты точек'\n[I]Открыто окно 'Координаты точки'\n"));
     }
 
     // Each row has its channel and its speed.
@@ -71,8 +70,8 @@ private slots:
         touchRow(*dialog, 0);
         press(*dialog, "pbGoToPoint");
         QCOMPARE(takeCommands(), QStringList());
-        const QVariantList trouble{"[A]Файл /programs/_point.npg не записан, программа не запущена", true};
-        QCOMPARE(told, QList<QVariantList>{trouble});
+        const QString trouble = "[A]Файл /programs/_point.npg не записан, программа не запущена";
+        QCOMPARE(told, (QList<QVariantList>{{trouble, true}}));
     }
 
     void files()
@@ -88,9 +87,8 @@ private slots:
             press(*dialog, button);
         };
         choose("pbSaveFile", [](FileManager* files) {
-            QTest::mouseClick(files->findChild<QPushButton*>("pbSave_as"), Qt::LeftButton);
-            QTest::keyClicks(files->findChild<QLineEdit*>(), "new");
-            QTest::keyClick(files->findChild<QLineEdit*>(), Qt::Key_Return);
+            files->findChild<QPushButton*>("pbSave_as")->click();
+            QTest::keyClicks(files->findChild<QLineEdit*>(), "new\r");
         });
         const QByteArray saved = "LX 152.50\nLY -0.00\nA 3.00\nB 0.00\nC 0.00\nD 0.00\nU1 0.00\nV 0.00\n";
         QCOMPARE(m_site->read("/points/new.point"), saved);
@@ -106,9 +104,10 @@ private slots:
         choose("pbOpenFile", [](FileManager* files) {
             auto* names = files->findChild<QListWidget*>();
             names->setCurrentItem(names->findItems("new", Qt::MatchExactly).value(0));
-            QTest::mouseClick(files->findChild<QPushButton*>("pbLoad"), Qt::LeftButton);
+            files->findChild<QPushButton*>("pbLoad")->click();
         });
         QCOMPARE(row(*dialog, 0) + row(*dialog, 2), "LX 152.50A 3.00");
+        QCOMPARE(dialog->findChild<QLabel*>("lblPosition")->text(), "Точка new");
         QCOMPARE(read.takeFirst(), (QVariantList{"[I]Выполнена загрузка точки из файла new.point", true}));
 
         const FullDisk full(10);
@@ -119,11 +118,8 @@ private slots:
 
     void foreignFiles()
     {
-        const struct
-        {
-            QByteArray text;
-            QString first, last;
-        } files[] = {
+        const std::tuple<QByteArray, QString, QString> files[] = {
+            // their first and their last row
             {"LX 1.5\nLY 2\n", "LX 1.50", " 0.00"},
             {"", " 0.00", " 0.00"},
             {"Q 1\nQ 2\nQ 3\nQ 4\nQ 5\nQ 6\nQ 7\nQ 8\n", "Q 1.00", "Q 8.00"},
@@ -131,15 +127,12 @@ private slots:
             {"LX nan\nLY 1\nA 1\nB 1\nC 1\nD 1\nU1 1\nV inf\n", "LX 0.00", "V 0.00"},
             {QByteArray(1 << 22, 'x'), QString(64 * 1024, 'x') + " 0.00", " 0.00"},
         };
-        for (const auto& foreign : files) {
-            QFile file(site().path("/points/p.point"));
-            QVERIFY(file.open(QIODevice::WriteOnly));
-            file.write(foreign.text);
-            file.close();
+        for (const auto& [text, first, last] : files) {
+            m_site->write("/points/p.point", text);
             auto dialog = point();
             dialog->loadFile("/points/", "p");
-            QCOMPARE(row(*dialog, 0), foreign.first);
-            QCOMPARE(row(*dialog, 7), foreign.last);
+            QCOMPARE(row(*dialog, 0), first);
+            QCOMPARE(row(*dialog, 7), last);
 
             // The machine's own names go into programs and files.
             touchRow(*dialog, 7);
@@ -152,19 +145,22 @@ private slots:
 
     void columnsAreKept()
     {
-        const auto width = [this](int column) {
-            return point()->findChild<QTableWidget*>()->columnWidth(column);
+        const auto table = [](const std::unique_ptr<Point>& dialog) {
+            return dialog->findChild<QTableWidget*>();
         };
-        const int usual[] = {width(0), width(1)};
-        for (const int column : {0, 1}) {
-            point()->findChild<QTableWidget*>()->setColumnWidth(column, 131);
-            QCOMPARE(width(column), 131);
-        }
+        const auto widths = [&] {
+            const auto dialog = point();
+            return QSize(table(dialog)->columnWidth(0), table(dialog)->columnWidth(1));
+        };
+        const QSize usual = widths();
+        for (const int column : {0, 1})
+            table(point())->setColumnWidth(column, 131 + column);
+        QCOMPARE(widths(), QSize(131, 132));
         QSettings settings(site().path("/home/oper/bin/settings.ini"), QSettings::IniFormat);
         for (const char* key : {"Point/Width_name", "Point/Width_coord"})
             settings.setValue(key, -5);
         settings.sync();
-        QVERIFY(width(0) == usual[0] && width(1) == usual[1]); // columns that can be seen
+        QCOMPARE(widths(), usual); // columns that can be seen
     }
 
 private:

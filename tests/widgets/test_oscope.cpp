@@ -6,8 +6,6 @@
 #include <QScrollBar>
 #include <QtTest>
 
-#include <limits>
-
 namespace {
 
 const QColor red(255, 0, 0);
@@ -46,18 +44,19 @@ protected:
     long presentCentisec() const override { return time; }
 };
 
-// Rows of a column that show the colour at full strength, "from-to", "" for none.
-QString rows(const QImage& picture, int column, const QColor& colour)
+// Of each column the rows that show the colour at full strength, "from-to", "" for none.
+QString rows(const QImage& picture, const QList<int>& columns, const QColor& colour)
 {
-    int first = -1;
-    int last = -1;
-    for (int y = 0; y < picture.height(); ++y) {
-        if (picture.pixelColor(column, y) != colour)
-            continue;
-        first = first < 0 ? y : first;
-        last = y;
+    QStringList all;
+    for (const int column : columns) {
+        QList<int> shown;
+        for (int y = 0; y < picture.height(); ++y) {
+            if (picture.pixelColor(column, y) == colour)
+                shown << y;
+        }
+        all << (shown.isEmpty() ? "" : QString("%1-%2").arg(shown.first()).arg(shown.last()));
     }
-    return first < 0 ? QString() : QString("%1-%2").arg(first).arg(last);
+    return all.join(' ');
 }
 
 } // namespace
@@ -78,9 +77,9 @@ private slots:
         scope.time -= 2; // the clock was set back
         scope.run(0, 9);
         QCOMPARE(scope.now(), 4L);
-        const float expected[] = {7, 8, 8, 8, 0};
-        for (int i = 0; i < 5; ++i)
-            QCOMPARE(scope.sample("a", i), expected[i]);
+        int instant = 0;
+        for (const float expected : {7.0F, 8.0F, 8.0F, 8.0F, 0.0F})
+            QCOMPARE(scope.sample("a", instant++), expected);
         QCOMPARE(scope.sample("b", 3), 0.0F); // missing among the values
 
         // New looks for a curve keep its history; the widget itself can still be hidden.
@@ -178,37 +177,28 @@ private slots:
         QCOMPARE(scope.now(), long(Oscope::capacity));
         QCOMPARE(scope.sample("a", Oscope::capacity - 1), 5.0F);
         scope.run(1, 6);
-        QCOMPARE(scope.now(), 0L);
-        QCOMPARE(scope.offset(), 0L);
+        QVERIFY(scope.now() == 0 && scope.offset() == 0);
         scope.run(2, 6);
-        QCOMPARE(scope.now(), 2L);
-        QCOMPARE(scope.sample("a", 1), 6.0F);
+        QVERIFY(scope.now() == 2 && scope.sample("a", 1) == 6);
     }
 
     void picture()
     {
         Scope scope;
-        QCOMPARE(rows(scope.picture(), 50, red), "");
+        QCOMPARE(rows(scope.picture(), {50}, red), "");
         scope.run(1000, 25); // columns 0 to 99
         scope.run(1000, 75);
-        QImage picture = scope.picture();
-        QCOMPARE(rows(picture, 50, red), "149-150"); // a quarter up of 200 px
-        QCOMPARE(rows(picture, 150, red), "49-50");
-        // The step goes up between the columns 99 and 100, half of it in each.
-        QCOMPARE(rows(picture, 99, red), "99-150");
-        QCOMPARE(rows(picture, 100, red), "49-100");
-        // The last point has its mark, and nothing comes behind it.
-        QCOMPARE(rows(picture, 199, red), "48-51");
-        QCOMPARE(rows(picture, 201, red), QString());
-        QCOMPARE(rows(picture, 50, green), "199-199"); // zero is on the plot
+        // A quarter up of 200 px; the step goes up between the columns 99 and 100, half of it in each; the
+        // last point has its mark, and nothing comes behind it.
+        QCOMPARE(rows(scope.picture(), {50, 150, 99, 100, 199, 201}, red),
+                 "149-150 49-50 99-150 49-100 48-51 ");
+        QCOMPARE(rows(scope.picture(), {50}, green), "199-199"); // zero is on the plot
 
         scope.setVisible("a", false);
-        QCOMPARE(rows(scope.picture(), 50, red), "");
+        QCOMPARE(rows(scope.picture(), {50}, red), "");
         scope.setVisible("a", true);
         scope.setZoomIndex(7); // 30 cs a pixel: the steps come closer
-        picture = scope.picture();
-        QCOMPARE(rows(picture, 30, red), "149-150");
-        QCOMPARE(rows(picture, 40, red), "49-50");
+        QCOMPARE(rows(scope.picture(), {30, 40}, red), "149-150 49-50");
     }
 
     void gridStaysAtItsInstant()
@@ -219,7 +209,7 @@ private slots:
             const QImage picture = scope.picture();
             QString at;
             for (int x = 0; x < 400; ++x) {
-                if (!rows(picture, x, QColor(150, 150, 150)).isEmpty())
+                if (!rows(picture, {x}, QColor(150, 150, 150)).isEmpty())
                     at += QString::number(x) + ' ';
             }
             return at;
@@ -236,16 +226,10 @@ private slots:
         Scope scope;
         QTest::ignoreMessage(QtWarningMsg, "Oscope: nothing can be drawn of curve z on the scale 0");
         scope.addCurve("z", 0, green, 7); // and of no axis
-        const float inf = std::numeric_limits<float>::infinity();
-        for (const float value :
-             {50.0F, std::numeric_limits<float>::quiet_NaN(), 50.0F, inf, -inf, 1e30F, 50.0F})
+        for (const float value : {50.0F, float(qQNaN()), 50.0F, float(qInf()), -float(qInf()), 1e30F, 50.0F})
             scope.run(100, value);
-        const QImage picture = scope.picture();
-        QCOMPARE(rows(picture, 5, red), "99-100");
-        QCOMPARE(rows(picture, 15, red), QString()); // a gap
-        QCOMPARE(rows(picture, 25, red), "99-100");
-        QCOMPARE(rows(picture, 35, red), QString()); // beyond the plot
-        QCOMPARE(rows(picture, 65, red), "99-100");
+        // With a gap, and beyond the plot.
+        QCOMPARE(rows(scope.picture(), {5, 15, 25, 35, 65}, red), "99-100  99-100  99-100");
         scope.resize(60, 40); // no room for a plot
         scope.grab();
     }

@@ -1,5 +1,6 @@
 #include "comparetext.h"
 #include "deathtest.h"
+#include "lockview.h"
 #include "statebutton.h"
 #include "unibutton.h"
 #include "widgets.h"
@@ -39,6 +40,20 @@ struct Drives : StateButton
     int painted = 0;
 };
 
+// What the operator sees of a line: its picture stands before its text.
+QLabel* part(const LockLine& line, int number)
+{
+    return line.findChildren<QLabel*>(QString(), Qt::FindDirectChildrenOnly).at(number);
+}
+QString text(const LockLine& line)
+{
+    return part(line, 1)->text();
+}
+QColor ground(const LockLine& line, QPalette::ColorGroup group = QPalette::Active)
+{
+    return line.palette().color(group, QPalette::Window);
+}
+
 QList<LockView*> reasons()
 {
     QList<LockView*> lines;
@@ -53,10 +68,8 @@ int hatchedPixels(QWidget& widget, const QColor& hatch)
 {
     const QImage image = widget.grab().toImage();
     int count = 0;
-    for (int y = 0; y < image.height(); ++y) {
-        for (int x = 0; x < image.width(); ++x)
-            count += image.pixelColor(x, y) == hatch;
-    }
+    for (int i = 0; i < image.width() * image.height(); ++i)
+        count += image.pixelColor(i % image.width(), i / image.width()) == hatch;
     return count;
 }
 
@@ -72,8 +85,8 @@ private slots:
     // The look of a state does not depend on the one before it.
     void states()
     {
-        const char* const texts[] = {"[выключены]", "[включены]", "[включаются]", "[выключаются]",
-                                     "[ошибка]"};
+        const QStringList texts =
+            QString("[выключены] [включены] [включаются] [выключаются] [ошибка]").split(' ');
         for (int state = 0; state < 5; ++state) {
             for (int former = 0; former < 5; ++former) {
                 Drives button;
@@ -121,12 +134,10 @@ private slots:
             const QSignalSpy clicked(&button, &StateButton::clicked);
             QTest::mousePress(&button, Qt::LeftButton);
             QCOMPARE(clicked.size(), acts ? 1 : 0); // at the press
-            QVERIFY(!acts || !clicked[0][0].toBool());
-            QVERIFY(!button.isDown());
+            QVERIFY((!acts || !clicked[0][0].toBool()) && !button.isDown());
             QTest::mouseRelease(&button, Qt::LeftButton);
             QCOMPARE(clicked.size(), acts ? 1 : 0); // and not again
-            QCOMPARE(button.isChecked(), checked);
-            QVERIFY(reasons().isEmpty());
+            QVERIFY(button.isChecked() == checked && reasons().isEmpty());
         }
     }
 
@@ -138,10 +149,8 @@ private slots:
         const QSignalSpy clicked(&button, &StateButton::clicked);
         for (bool on : {false, true}) {
             button.setState(on);
-            QVERIFY(button.locked());
             QTest::mousePress(&button, Qt::LeftButton);
-            QVERIFY(clicked.isEmpty());
-            QVERIFY(reasons().isEmpty()); // no list, nothing to show
+            QVERIFY(button.locked() && clicked.isEmpty() && reasons().isEmpty()); // no list, nothing to show
         }
         button.setState(StateButton::Fault); // a fault is acknowledged whatever the locks say
         QTest::mouseClick(&button, Qt::LeftButton);
@@ -171,7 +180,7 @@ private slots:
             QTest::mousePress(&button, Qt::LeftButton);
             const QList<LockView*> lines = reasons();
             QCOMPARE(lines.size(), forOn ? 2 : 1);
-            QVERIFY(lines.first()->findChildren<QLabel*>().at(1)->text().startsWith("не "));
+            QVERIFY(text(*lines.first()).startsWith("не "));
             QVERIFY(lines.first()->window()->width() >= button.width());
             QTest::mouseRelease(&button, Qt::LeftButton);
             QVERIFY(reasons().isEmpty());
@@ -301,20 +310,78 @@ private slots:
             const auto pixel = [&](int y) { return button.grab().toImage().pixelColor(15, y); };
             const QSignalSpy clicked(&button, &CUniButton::clicked);
             QTest::mouseClick(&button, Qt::RightButton);
-            QCOMPARE(clicked.size(), 0);
             QTest::mousePress(&button, Qt::LeftButton);
             QCOMPARE(clicked.size(), toggle ? 1 : 0);
             QVERIFY(toggle || pixel(1) != pixel(3)); // shrunk under the finger
             QTest::mouseRelease(&button, Qt::LeftButton);
             QCOMPARE(clicked.size(), 1);
-            button.setChecked(true); // means nothing to a push button
-            QCOMPARE(clicked.size(), 1);
-            button.setChecked(false);
+            for (const bool on : {true, false}) // means nothing to a push button, and no change to the other
+                button.setChecked(on);
             QCOMPARE(clicked.size(), toggle ? 2 : 1);
             const QColor face = pixel(10);
             button.setAlpha(0);
             QVERIFY(pixel(10) != face);
         }
+    }
+
+    void viewFollowsItsLock()
+    {
+        Lock lock(true, "Дверь открыта", QString()); // written are conditions that permit
+        QVERIFY(!lock.state());
+        const QSignalSpy told(&lock, &Lock::stateChanged); // of every write: the state, not the value written
+        for (bool permits : {true, true, false})
+            lock.setState(permits);
+        QCOMPARE(told, (QList<QVariantList>{{false}, {false}, {true}}));
+        LockView view(nullptr);
+        view.update(true); // nothing to show yet
+        QCOMPARE(text(view), "");
+
+        view.setLock(&lock);
+        QCOMPARE(view.height(), 40);
+        QCOMPARE(view.font().pointSize(), 14);
+        QCOMPARE(ground(view), QColor(Qt::red));
+        QCOMPARE(text(view), "Дверь открыта  ");
+        const qint64 locked = part(view, 0)->pixmap(Qt::ReturnByValue).cacheKey();
+
+        lock.setState(true);
+        QCOMPARE(ground(view), QColor(Qt::green));
+        QCOMPARE(ground(view, QPalette::Disabled), QColor(Qt::green));
+        QCOMPARE(text(view), "  "); // a lock without this sentence: the picture alone
+        QVERIFY(part(view, 0)->pixmap(Qt::ReturnByValue).cacheKey() != locked);
+        QVERIFY(deathOf([&] { view.setLock(&lock); }).contains("!m_lock")); // bound once
+    }
+
+    void groupShowsItsListWhileTheFingerIsDown()
+    {
+        Lock own(false, "не готов", "готов"), first(false, "1 нет", "1 да"), second(false, "2 нет", "2 да");
+        second.setState(true);
+        QWidget panel;
+        panel.resize(600, 400);
+        LockGroup group(&panel);
+        group.setGeometry(50, 60, 300, 40);
+        group.setLock(&own);
+        QCOMPARE(text(group), "готов");
+        group.addLock(&second);
+        group.addLock(&first);
+        panel.show();
+
+        QTest::mousePress(&group, Qt::LeftButton);
+        const QList<LockView*> lines = panel.findChildren<LockView*>();
+        QCOMPARE(lines.size(), 2);
+        QCOMPARE(text(*lines[0]), "2 нет  ");
+        QCOMPARE(text(*lines[1]), "1 да  ");
+        QVERIFY(lines[0]->mapTo(&panel, QPoint()).y() < lines[1]->mapTo(&panel, QPoint()).y());
+        const QWidget* popup = lines[0]->parentWidget();
+        QCOMPARE(popup->parentWidget(), &panel);
+        QCOMPARE(popup->pos(), QPoint(70, 90));
+        QVERIFY(popup->isVisible() && popup->width() >= group.width());
+        first.setState(true); // live while shown
+        QCOMPARE(text(*lines[1]), "1 нет  ");
+        QTest::mouseRelease(&group, Qt::LeftButton);
+        QVERIFY(panel.findChildren<LockView*>().isEmpty());
+        QTest::mousePress(&group, Qt::LeftButton);
+        group.setEnabled(false); // the release will never come
+        QVERIFY(panel.findChildren<LockView*>().isEmpty());
     }
 };
 

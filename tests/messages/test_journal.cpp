@@ -5,6 +5,7 @@
 #include "sitefixture.h"
 
 #include <QScrollBar>
+#include <QScroller>
 #include <QtTest>
 
 // What the console writes down: the list before the operator and the file of the run.
@@ -24,7 +25,12 @@ private slots:
         m_journal->open();
     }
 
-    void cleanup() { m_journal.reset(); }
+    void cleanup()
+    {
+        QScroller::scroller(m_list.viewport())
+            ->stop(); // a list that still runs on would run into the next test
+        m_journal.reset();
+    }
 
     void lines()
     {

@@ -59,6 +59,8 @@ private slots:
 
     void everyDevice()
     {
+        m_kvs->keepTelling(); // while it is the other one's turn
+        m_kvk->keepTelling();
         for (const auto& d : devices) {
             m_widget = d.widget;
             QVERIFY(dialog() && !dialog()->isVisible() && dialog()->isWindow());

@@ -397,7 +397,10 @@ void TechTable::load(SaveFile& file)
     const int announced = file.rowCount();
     for (int row = 0; row < announced && !file.atEnd(); ++row) {
         if (file.word() == QLatin1String("-")) {
-            addComment(file.word());
+            // One without a text, where a file was cut, would take the next row for its text when it is read
+            // again.
+            if (const QString comment = file.word(); !comment.isEmpty())
+                addComment(comment);
             continue;
         }
         const TechRow values = readRow(file);

@@ -65,10 +65,8 @@ public:
     QString setDoor(bool open);                          // takes its time
     void putDoor(bool open) { m_cabinet.putDoor(open); } // at once
     QString setVacuum(bool present);
-    void setDoorHold(const char* reason)
-    {
-        m_cabinet.doorHold = reason;
-    } // why the door cannot open; null: it can
+    // Why the door cannot open; null: it can.
+    void setDoorHold(const char* reason) { m_cabinet.doorHold = reason; }
     void setKey(bool on) { m_cabinet.key = on; }
     void setPhases(bool healthy);
     void setBreaker(Breaker breaker, bool closed);

@@ -165,12 +165,17 @@ class LastPack
 {
 public:
     // Raises each row whose field differs from the datagram before, in the order of the table, all rows at
-    // the first; and keeps `pack`.
+    // the first; and keeps `pack`. Most datagrams are the last one again, to the byte: no field is looked at
+    // then, unless one differs from itself.
     template <class Source>
     void take(const Table<Source>& table, Source& source, const std::array<char, Size>& pack)
     {
+        if (m_settled && pack == m_pack)
+            return;
+        m_settled = true;
         for (const WireRow<Source>& row : table) {
             const char* const field = pack.data() + row.offset;
+            m_settled = m_settled && !differs(row.kind, field, field);
             if (!m_stored || differs(row.kind, field, m_pack.data() + row.offset))
                 row.raise(source, field);
         }
@@ -180,6 +185,7 @@ public:
 
 private:
     bool m_stored = false;
+    bool m_settled = false; // what is stored raises nothing against itself
     std::array<char, Size> m_pack{};
 };
 

@@ -134,8 +134,25 @@ Wait waitForInput(int socket, Outlet outlet)
     return count > 0 ? Wait::Ready : Wait::Silent;
 }
 
+namespace {
+
+// An address of the older kind as the newer one writes it.
+Q_IPV6ADDR wireAddress(const sockaddr_storage& address)
+{
+    Q_IPV6ADDR bytes{};
+    if (address.ss_family == AF_INET6) {
+        std::memcpy(&bytes, &reinterpret_cast<const sockaddr_in6&>(address).sin6_addr, sizeof bytes);
+    } else if (address.ss_family == AF_INET) {
+        bytes[10] = bytes[11] = 0xFF;
+        std::memcpy(&bytes[12], &reinterpret_cast<const sockaddr_in&>(address).sin_addr, 4);
+    }
+    return bytes;
+}
+
+} // namespace
+
 TelemetrySocket::TelemetrySocket(int port, const QHostAddress& controller, Outlet outlet)
-    : m_controller(controller)
+    : m_controller(controller.toIPv6Address())
     , m_outlet(outlet)
 {
     if (!bind(static_cast<quint16>(port)))
@@ -144,37 +161,50 @@ TelemetrySocket::TelemetrySocket(int port, const QHostAddress& controller, Outle
 
 bool TelemetrySocket::await(int ms)
 {
+    char first;
+    return receive(&first, sizeof first, MSG_PEEK, ms) >= 0;
+}
+
+qint64 TelemetrySocket::take(char* to, std::size_t room, int ms)
+{
+    return receive(to, room, 0, ms);
+}
+
+// What waits is looked for before anything is waited for. Strangers make the wait neither longer nor shorter.
+qint64 TelemetrySocket::receive(char* to, std::size_t room, int flags, int ms)
+{
     // Without a port there is nothing to wait on; the silence that follows drops the link.
     if (state() != BoundState) {
         QThread::msleep(static_cast<unsigned long>(ms));
-        return false;
+        return -1;
     }
-    // Strangers make the wait neither longer nor shorter.
     const QDeadlineTimer end(ms);
     do {
-        if (!waitForReadyRead(int(end.remainingTime())))
-            return false;
-        if (!hasPendingDatagrams())
-            continue;
-        if (!pendingIsStrange())
-            return true;
-        readDatagram(nullptr, 0);
+        sockaddr_storage sender{};
+        socklen_t size = sizeof sender;
+        const ssize_t got =
+            ::recvfrom(static_cast<int>(socketDescriptor()), to, room, flags | MSG_DONTWAIT | MSG_TRUNC,
+                       reinterpret_cast<sockaddr*>(&sender), &size);
+        if (got < 0) {
+            if (!waitForReadyRead(int(end.remainingTime())))
+                return -1;
+        } else if (!isStrange(sender)) {
+            return got;
+        } else if (flags & MSG_PEEK) {
+            readDatagram(nullptr, 0);
+        }
     } while (!end.hasExpired());
-    return false;
+    return -1;
 }
 
-bool TelemetrySocket::pendingIsStrange()
+bool TelemetrySocket::isStrange(const sockaddr_storage& sender)
 {
-    sockaddr_storage address{};
-    socklen_t size = sizeof address;
-    char first;
-    ::recvfrom(static_cast<int>(socketDescriptor()), &first, sizeof first, MSG_PEEK | MSG_DONTWAIT,
-               reinterpret_cast<sockaddr*>(&address), &size);
-    const QHostAddress sender(reinterpret_cast<const sockaddr*>(&address));
-    if (sender.isEqual(m_controller, QHostAddress::ConvertV4MappedToIPv4))
+    const Q_IPV6ADDR address = wireAddress(sender);
+    if (std::memcmp(&address, &m_controller, sizeof address) == 0)
         return false;
     if (!m_told)
-        tell(m_outlet, "Dropped a datagram from", sender.toString());
+        tell(m_outlet, "Dropped a datagram from",
+             QHostAddress(reinterpret_cast<const sockaddr*>(&sender)).toString());
     m_told = true;
     return true;
 }

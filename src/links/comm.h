@@ -10,6 +10,7 @@
 #include <atomic>
 #include <cstring>
 #include <mutex>
+#include <sys/socket.h>
 
 // What the links to the controllers share. Each link keeps what it does with a bad frame, a loss or a field
 // to itself.
@@ -75,10 +76,15 @@ public:
     // Waits at most `ms` for a datagram of the controller, which is then the pending one.
     bool await(int ms);
 
-private:
-    bool pendingIsStrange();
+    // The same, and takes it: a datagram that waits already costs one call of the system. Returns its size,
+    // of which as much as there is room for is at `to`, or -1 for none.
+    qint64 take(char* to, std::size_t room, int ms);
 
-    const QHostAddress m_controller;
+private:
+    qint64 receive(char* to, std::size_t room, int flags, int ms);
+    bool isStrange(const sockaddr_storage& sender);
+
+    const Q_IPV6ADDR m_controller; // as the system tells a sender
     const Outlet m_outlet;
     bool m_told = false; // of a stranger
 };
@@ -86,17 +92,17 @@ private:
 // What a datagram was to its receiver: a sign of the controller's life, none, or the last one to be heard.
 enum class Heard { Life, Nothing, End };
 
-// Hands each datagram of the controller that waits in `socket` to `onDatagram`, until that says End or `stop`
-// is set. `onSilence` is called from the eleventh empty wait on, at each, until there is a sign of life.
-template <class OnDatagram, class OnSilence>
-void hearTelemetry(TelemetrySocket& socket, const std::atomic<bool>& stop, OnDatagram onDatagram,
-                   OnSilence onSilence)
+// Lets `await(pollMs)` bring a datagram of the controller and hands each to `onDatagram`, until that says End
+// or `stop` is set. `onSilence` is called from the eleventh empty wait on, at each, until there is a sign of
+// life.
+template <class Await, class OnDatagram, class OnSilence>
+void hearTelemetry(const std::atomic<bool>& stop, Await await, OnDatagram onDatagram, OnSilence onSilence)
 {
     int waits = 0;
     while (!stop) {
         if (++waits > silentWaits)
             onSilence();
-        if (!socket.await(pollMs))
+        if (!await(pollMs))
             continue;
         const Heard heard = onDatagram();
         if (heard == Heard::End)
@@ -115,21 +121,20 @@ void receiveTelemetry(int port, const QHostAddress& controller, quint16 signatur
 {
     TelemetrySocket socket(port, controller);
     std::array<char, Size> pack;
+    qint64 s = -1;
+    const auto await = [&](int ms) { return (s = socket.take(pack.data(), Size, ms)) >= 0; };
     const auto onDatagram = [&] {
-        const qint64 s = socket.pendingDatagramSize();
         // The text of this assertion is known to those who look after the machine; it stands as it is.
         // clang-format off
         Q_ASSERT(s == (((int)sizeof(pack)+3)/4)*4);
         // clang-format on
-        if (socket.readDatagram(pack.data(), Size) != Size)
-            return Heard::Nothing;
         if (quint16 found; std::memcpy(&found, pack.data(), sizeof found), found != signature)
             qDebug("Bad signature of drive UDP packet");
         else
             onPack(pack);
         return Heard::Life;
     };
-    hearTelemetry(socket, stop, onDatagram, onSilence);
+    hearTelemetry(stop, await, onDatagram, onSilence);
 }
 
 } // namespace comm

@@ -29,7 +29,7 @@ bool isDigit(QChar c)
 class Scanner
 {
 public:
-    explicit Scanner(const QString& line)
+    explicit Scanner(const QStringRef& line)
         : m_text(line)
     {}
 
@@ -61,9 +61,10 @@ public:
 
     bool takeWord(const char* word)
     {
-        skipBlanks();
+        if (peek().toUpper() != QLatin1Char(*word)) // most lines are settled by a word's first letter
+            return false;
         const QLatin1String wanted(word);
-        if (!m_text.midRef(m_pos, wanted.size()).startsWith(wanted, Qt::CaseInsensitive))
+        if (!m_text.mid(m_pos, wanted.size()).startsWith(wanted, Qt::CaseInsensitive))
             return false;
         m_pos += wanted.size();
         return true;
@@ -92,24 +93,28 @@ public:
             fail(QStringLiteral("whole number expected before '%1'").arg(m_text.mid(start)));
             return 0;
         }
-        return m_text.midRef(start, digits).toInt();
+        return m_text.mid(start, digits).toInt();
     }
 
     double number()
     {
         skipBlanks();
         const int start = m_pos;
-        takeSign();
-        int digits = takeDigits();
+        const bool negative = takeSign();
+        Decimal decimal;
+        takeDigits(decimal);
         if (m_pos < m_text.size() && m_text.at(m_pos) == '.') {
             ++m_pos;
-            digits += takeDigits();
+            const int whole = decimal.digits;
+            takeDigits(decimal);
+            decimal.decimals = decimal.digits - whole;
         }
-        if (digits == 0) {
+        if (decimal.digits == 0) {
             fail(QStringLiteral("number expected before '%1'").arg(m_text.mid(start)));
             return 0;
         }
-        takeExponent();
+        if (!takeExponent() && decimal.digits <= Decimal::exactDigits)
+            return negative ? -decimal.value() : decimal.value();
         bool ok = false;
         const double value = QLocale::c().toDouble(m_text.mid(start, m_pos - start), &ok);
         if (!ok || !std::isfinite(value)) {
@@ -131,11 +136,12 @@ public:
             return {};
         if (end < m_text.size() && isDigit(m_text.at(end)))
             ++end;
-        const QString name = m_text.mid(m_pos, end - m_pos).toUpper();
+        const int nameEnd = end;
         while (end < m_text.size() && m_text.at(end).isSpace())
             ++end;
         if (end == m_text.size() || m_text.at(end) != '=')
             return {};
+        const QString name = upper(m_text.mid(m_pos, nameEnd - m_pos));
         m_pos = end + 1;
         return name;
     }
@@ -147,12 +153,12 @@ public:
             fail(QStringLiteral("'%1' expected after '%2'").arg(QLatin1Char(c)).arg(rest()));
             return {};
         }
-        const QString text = m_text.mid(m_pos, end - m_pos).trimmed();
+        const QString text = m_text.mid(m_pos, end - m_pos).trimmed().toString();
         m_pos = end + 1;
         return text;
     }
 
-    QString rest() const { return m_text.mid(m_pos).trimmed(); }
+    QString rest() const { return m_text.mid(m_pos).trimmed().toString(); }
 
 private:
     void skipBlanks()
@@ -161,32 +167,63 @@ private:
             ++m_pos;
     }
 
-    void takeSign()
+    // True for a minus.
+    bool takeSign()
     {
-        if (m_pos < m_text.size() && (m_text.at(m_pos) == '-' || m_text.at(m_pos) == '+'))
-            ++m_pos;
+        if (m_pos == m_text.size() || (m_text.at(m_pos) != '-' && m_text.at(m_pos) != '+'))
+            return false;
+        return m_text.at(m_pos++) == '-';
     }
 
-    int takeDigits()
+    // A number of so few digits is one division of two whole numbers that a double holds, which rounds as the
+    // long way does.
+    struct Decimal
     {
-        const int start = m_pos;
-        while (m_pos < m_text.size() && isDigit(m_text.at(m_pos)))
-            ++m_pos;
-        return m_pos - start;
+        static constexpr int exactDigits = 15;
+        qint64 all = 0; // the digits without the point
+        int digits = 0;
+        int decimals = 0; // of them
+        double value() const
+        {
+            double power = 1;
+            for (int i = 0; i < decimals; ++i)
+                power *= 10;
+            return double(all) / power;
+        }
+    };
+
+    void takeDigits(Decimal& decimal)
+    {
+        for (; m_pos < m_text.size() && isDigit(m_text.at(m_pos)); ++m_pos) {
+            if (++decimal.digits <= Decimal::exactDigits)
+                decimal.all = decimal.all * 10 + (m_text.at(m_pos).unicode() - '0');
+        }
     }
 
-    void takeExponent()
+    bool takeExponent()
     {
         const int start = m_pos;
         if (m_pos == m_text.size() || m_text.at(m_pos).toUpper() != 'E')
-            return;
+            return false;
         ++m_pos;
         takeSign();
-        if (takeDigits() == 0)
+        Decimal exponent;
+        takeDigits(exponent);
+        if (exponent.digits == 0)
             m_pos = start;
+        return exponent.digits > 0;
     }
 
-    const QString& m_text;
+    // In upper case. Words of one letter are most of a program: they share their texts.
+    static QString upper(const QStringRef& name)
+    {
+        static const QStringList letters =
+            QStringLiteral("A B C D E F G H I J K L M N O P Q R S T U V W X Y Z").split(' ');
+        return name.size() == 1 ? letters.at(name.at(0).toUpper().unicode() - 'A')
+                                : name.toString().toUpper();
+    }
+
+    const QStringRef m_text;
     int m_pos = 0;
     QString m_error;
 };
@@ -330,6 +367,8 @@ private:
             if (word.axis == axis)
                 m_scanner.fail(QStringLiteral("'%1' stands twice").arg(axis));
         }
+        if (m_statement.words.isEmpty())
+            m_statement.words.reserve(4); // a line in space has three
         m_statement.words.append({axis, m_scanner.number()});
     }
 
@@ -411,7 +450,8 @@ private:
         for (const NcWord& word : m_statement.words) {
             const bool beam = word.axis == QLatin1String("IR") || word.axis == QLatin1String("IW");
             beamWords += beam ? 1 : 0;
-            if (arc && !QStringList({"X", "Y", "Z"}).contains(word.axis))
+            if (arc &&
+                (word.axis.size() != 1 || word.axis < QLatin1String("X") || word.axis > QLatin1String("Z")))
                 m_scanner.fail(QStringLiteral("axis '%1' in an arc").arg(word.axis));
         }
         if (beamWords != 0 && beamWords != m_statement.words.size())
@@ -454,7 +494,7 @@ void readVariable(Scanner& scanner, NcStatement& statement)
 }
 
 // The statement of one line that is not blank; `error` tells what is wrong with it.
-NcStatement readLine(const QString& text, int line, QString* error)
+NcStatement readLine(const QStringRef& text, int line, QString* error)
 {
     NcStatement statement;
     statement.line = line;
@@ -519,6 +559,7 @@ private:
 
     bool collectBlocks()
     {
+        m_blocks.reserve(m_program.statements.size());
         for (int i = 0; i < m_program.statements.size(); ++i) {
             const NcStatement& statement = m_program.statements.at(i);
             if (statement.block == 0)
@@ -554,8 +595,9 @@ NcProgram parseNcProgram(const QString& text, int channel)
 {
     NcProgram program;
     const QVector<QStringRef> lines = text.splitRef('\n');
+    program.statements.reserve(lines.size());
     for (int i = 0; i < lines.size(); ++i) {
-        const QString line = lines.at(i).trimmed().toString();
+        const QStringRef line = lines.at(i).trimmed();
         if (line.isEmpty())
             continue;
         program.statements.append(readLine(line, i + 1, &program.error));

@@ -4,11 +4,12 @@
 //
 // Memory beside the samples' own bytes; a sample beside a bare store of the same values; a paint of a widget
 // as wide as the panel, at each time scale, beside a plain fill of the same widget. Then the limits of a
-// drag, and the new record after eight hours. Ends with 1 when a limit is passed.
+// drag, and the new record after eight hours.
 
 #include "benchtools.h"
 #include "mywinstyle.h"
 #include "oscope.h"
+#include "table.h"
 
 #include <QApplication>
 #include <QDateTime>
@@ -128,24 +129,17 @@ double bareStores()
     return processorMs() - start;
 }
 
-struct Paint
-{
-    double typical; // ms, the middle one
-    double worst;
-};
-
+// Processor time of the middle one of many, ms.
 template <class Act>
-Paint measure(Act act)
+double middle(Act act)
 {
-    constexpr int times = 21;
-    double all[times];
-    for (double& one : all) {
+    std::vector<double> all;
+    for (int i = 0; i < 21; ++i) {
         const double start = processorMs();
         act();
-        one = processorMs() - start;
+        all.push_back(processorMs() - start);
     }
-    std::sort(all, all + times);
-    return {all[times / 2], all[times - 1]};
+    return median(all);
 }
 
 void drag(QWidget& scope, int from, int to)
@@ -159,36 +153,53 @@ void drag(QWidget& scope, int from, int to)
     send(QEvent::MouseButtonRelease, to);
 }
 
-bool expect(bool holds, const char* what)
+// How many limits of a drag, and of the record, do not hold.
+int broken(SimulatedScope& scope)
 {
-    std::printf("  %-58s %s\n", what, holds ? "yes" : "NO");
-    return holds;
-}
-
-bool behaviour(SimulatedScope& scope)
-{
-    bool good = true;
+    int count = 0;
+    const auto expect = [&](bool holds, const char* what) {
+        if (!holds)
+            std::fprintf(stderr, "strip chart: not so: %s\n", what);
+        count += !holds;
+    };
     scope.setZoomIndex(12);
     scope.setOffsetCentisec(1000000);
     drag(scope, 1500, 1490);
-    good &= expect(scope.offset() == 1000000 + 10 * 600, "a drag moves by six seconds a pixel at index 12");
+    expect(scope.offset() == 1000000 + 10 * 600, "a drag moves by six seconds a pixel at index 12");
     drag(scope, 1700, 200);
     drag(scope, 1700, 200);
     drag(scope, 1700, 200);
-    good &= expect(scope.offset() == scope.now(), "a drag past the newest sample stops at it");
+    expect(scope.offset() == scope.now(), "a drag past the newest sample stops at it");
     for (int i = 0; i < 5; ++i)
         drag(scope, 200, 1700);
-    good &= expect(scope.offset() == 0, "a drag past the oldest sample stops at it");
+    expect(scope.offset() == 0, "a drag past the oldest sample stops at it");
     scope.setZoomIndex(99);
-    good &= expect(scope.zoomIndex() == 12, "index 99 selects index 12");
+    expect(scope.zoomIndex() == 12, "index 99 selects index 12");
     const long started = scope.time;
     scope.time += 1;
     scope.timeEvent();
-    good &= expect(scope.now() == 0 && scope.offset() == 0, "after eight hours the record begins anew");
+    expect(scope.now() == 0 && scope.offset() == 0, "after eight hours the record begins anew");
     scope.time += 5;
     scope.timeEvent();
-    good &= expect(scope.now() == 5 && scope.time == started + 6, "and goes on");
-    return good;
+    expect(scope.now() == 5 && scope.time == started + 6, "and goes on");
+    return count;
+}
+
+// At each time scale; with a folder, pictures of three of them.
+void paint(Table& table, SimulatedScope& scope, const QString& folder)
+{
+    QImage screen(scope.size(), QImage::Format_RGB32);
+    const double fill = middle([&] { screen.fill(Qt::darkGray); });
+    for (int zoom = 0; zoom < int(Oscope::m_zooms.size()); ++zoom) {
+        scope.setZoomIndex(zoom);
+        scope.setCurrent();
+        const double time = middle([&] { scope.render(&screen, QPoint(), QRegion(), {}); });
+        const int scale = Oscope::m_zooms[size_t(zoom)];
+        table.row("strip chart, paint at " + QByteArray::number(scale) + " cs a pixel", time, "ms",
+                  {"a plain fill", fill}, atMost(paintLimitMs));
+        if (!folder.isEmpty() && (zoom == 0 || zoom == 4 || zoom == 12))
+            scope.grab().save(QStringLiteral("%1/oscope-%2.png").arg(folder).arg(scale), nullptr, 0);
+    }
 }
 
 } // namespace
@@ -210,32 +221,16 @@ int main(int argc, char* argv[])
     addAll(scope);
     const double own = double(curves) * Oscope::capacity * sizeof(float) / (1024 * 1024);
     const double taken = memoryMb() - before;
-    std::printf("memory of %d curves: %.1f MB; the samples themselves: %.1f MB\n", curves, taken, own);
+    Table table;
+    table.row("strip chart, memory beyond the samples", taken - own, "MB", {"16 x 2,880,000 samples", own},
+              atMost(memoryLimitMb));
 
     scope.start();
     const double samples = double(Oscope::capacity) * curves;
     const double used = record(scope) * 1000 / samples;
-    std::printf("a sample of a curve: %.3f us; a bare store: %.4f us; at most %.0f us\n", used,
-                bareStores() * 1000 / samples, sampleLimitUs);
-
-    QImage screen(scope.size(), QImage::Format_RGB32);
-    const Paint fill = measure([&] { screen.fill(Qt::darkGray); });
-    std::printf("paint of %d x %d, ms (a plain fill: %.2f); at most %.0f\n", scope.width(), scope.height(),
-                fill.typical, paintLimitMs);
-    double slowest = 0;
-    for (int zoom = 0; zoom < int(Oscope::m_zooms.size()); ++zoom) {
-        scope.setZoomIndex(zoom);
-        scope.setCurrent();
-        const Paint paint = measure([&] { scope.render(&screen, QPoint(), QRegion(), {}); });
-        slowest = std::max(slowest, paint.typical);
-        std::printf("  index %2d, %3d cs a pixel: %.2f, worst %.2f\n", zoom, Oscope::m_zooms[size_t(zoom)],
-                    paint.typical, paint.worst);
-        if (argc > 1 && (zoom == 0 || zoom == 4 || zoom == 12))
-            scope.grab().save(QStringLiteral("%1/oscope-%2.png")
-                                  .arg(QString::fromLocal8Bit(argv[1]))
-                                  .arg(Oscope::m_zooms[size_t(zoom)]),
-                              nullptr, 0);
-    }
-    const bool good = behaviour(scope);
-    return good && slowest <= paintLimitMs && used <= sampleLimitUs && taken - own <= memoryLimitMb ? 0 : 1;
+    table.row("strip chart, a sample of a curve", used, "us", {"a bare store", bareStores() * 1000 / samples},
+              atMost(sampleLimitUs));
+    paint(table, scope, argc > 1 ? QString::fromLocal8Bit(argv[1]) : QString());
+    table.row("strip chart, limits of a drag and a record broken", broken(scope), "", {"of", 6}, atMost(0));
+    return table.result();
 }

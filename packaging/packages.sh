@@ -5,6 +5,8 @@ MIRTA_PACKAGES="build-essential cmake ninja-build ccache qtbase5-dev qtbase5-pri
 MIRTA_TEST_PACKAGES="xvfb openbox util-linux"
 # A bare Debian to prove the package in.
 MIRTA_PACKAGING_PACKAGES="dpkg-dev file iproute2 lintian mmdebstrap procps util-linux"
+# Other charts, which the strip chart is measured against.
+MIRTA_BENCH_PACKAGES="libqwt-qt5-dev libqcustomplot-dev"
 
 # Installs what is missing, as root or with sudo: install_missing [PACKAGE ...] besides those of the build. Says
 # nothing when nothing is.

@@ -166,21 +166,25 @@ class LastPack
 public:
     // Raises each row whose field differs from the datagram before, in the order of the table, all rows at
     // the first; and keeps `pack`. Most datagrams are the last one again, to the byte: no field is looked at
-    // then, unless one differs from itself.
+    // then, unless one differs from itself. True when something was raised.
     template <class Source>
-    void take(const Table<Source>& table, Source& source, const std::array<char, Size>& pack)
+    bool take(const Table<Source>& table, Source& source, const std::array<char, Size>& pack)
     {
         if (m_settled && pack == m_pack)
-            return;
+            return false;
+        bool raised = false;
         m_settled = true;
         for (const WireRow<Source>& row : table) {
             const char* const field = pack.data() + row.offset;
             m_settled = m_settled && !differs(row.kind, field, field);
-            if (!m_stored || differs(row.kind, field, m_pack.data() + row.offset))
+            if (!m_stored || differs(row.kind, field, m_pack.data() + row.offset)) {
                 row.raise(source, field);
+                raised = true;
+            }
         }
         m_stored = true;
         m_pack = pack;
+        return raised;
     }
 
 private:

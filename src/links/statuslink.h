@@ -3,6 +3,7 @@
 #include "tcplink.h"
 #include "wiretable.h"
 
+#include <QSemaphore>
 #include <QThread>
 
 #include <array>
@@ -87,9 +88,18 @@ protected:
             m_port, m_controller, Wire::manners.signature, m_stop, [this](const Pack& pack) { take(pack); },
             [this] { emit self().UDPdisconnected(); });
     }
+    // What a datagram tells stands in the window's queue, and touches stand behind it. While the window has
+    // `unheard` of them before it no more is told; the next datagram that finds room is compared with the
+    // last one that was told, so that nothing is missed but what came and went meanwhile.
     virtual void take(const Pack& pack)
     {
-        m_last.take(Wire::table, static_cast<typename Wire::Status&>(*this), pack);
+        if (!m_room->tryAcquire())
+            return;
+        if (m_last.take(Wire::table, static_cast<typename Wire::Status&>(*this), pack))
+            QMetaObject::invokeMethod(
+                m_owner, [room = m_room] { room->release(); }, Qt::QueuedConnection);
+        else
+            m_room->release();
     }
 
     typename Wire::Reader* const m_owner;
@@ -97,6 +107,8 @@ protected:
 private:
     auto& self() { return static_cast<typename Wire::Receiver&>(*this); }
 
+    static constexpr int unheard = 32; // datagrams; more than a second of them at a controller's own pace
+    const std::shared_ptr<QSemaphore> m_room = std::make_shared<QSemaphore>(unheard);
     const int m_port;
     const QHostAddress m_controller;
     std::atomic<bool> m_stop{false};

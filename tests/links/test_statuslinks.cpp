@@ -235,6 +235,25 @@ private slots:
         }
     }
 
+    // A window that stands still finds no more before it than it can work off at once, and the newest state
+    // next.
+    void aWindowThatFallsBehind_data() { allLinks(); }
+    void aWindowThatFallsBehind()
+    {
+        QFETCH(int, which);
+        Station s(which);
+        QVERIFY(s.open() && s.prime(s.wire.empty()));
+        s.recorder->entries.clear();
+        for (int n = 1; n <= 200; ++n) {
+            s.controller.datagram(s.with(s.own.number, n));
+            QThread::msleep(1);
+        }
+        QTest::qWait(50);
+        const auto& told = s.recorder->entries;
+        QVERIFY2(told.size() > 1 && told.size() <= 33, qPrintable(QString::number(told.size())));
+        QTRY_VERIFY((s.controller.datagram(s.with(s.own.number, 201)), told.last().value.toDouble() == 201));
+    }
+
     void oddDatagrams_data() { allLinks(); }
     void oddDatagrams()
     {

@@ -93,17 +93,20 @@ private:
 enum class Heard { Life, Nothing, End };
 
 // Lets `await(pollMs)` bring a datagram of the controller and hands each to `onDatagram`, until that says End
-// or `stop` is set. `onSilence` is called from the eleventh empty wait on, at each, until there is a sign of
-// life.
-template <class Await, class OnDatagram, class OnSilence>
-void hearTelemetry(const std::atomic<bool>& stop, Await await, OnDatagram onDatagram, OnSilence onSilence)
+// or `stop` is set. `onPause` is called after each empty wait; `onSilence` from the eleventh on, at each,
+// until there is a sign of life.
+template <class Await, class OnDatagram, class OnPause, class OnSilence>
+void hearTelemetry(const std::atomic<bool>& stop, Await await, OnDatagram onDatagram, OnPause onPause,
+                   OnSilence onSilence)
 {
     int waits = 0;
     while (!stop) {
         if (++waits > silentWaits)
             onSilence();
-        if (!await(pollMs))
+        if (!await(pollMs)) {
+            onPause();
             continue;
+        }
         const Heard heard = onDatagram();
         if (heard == Heard::End)
             return;
@@ -115,9 +118,9 @@ void hearTelemetry(const std::atomic<bool>& stop, Await await, OnDatagram onData
 // Receives the status datagrams that `controller` sends to `port`, until `stop` is set. `onPack` gets each
 // one with the right signature. A wrong signature drops the datagram but counts as a sign of life. A datagram
 // of a size other than `Size` ends the process.
-template <int Size, class OnPack, class OnSilence>
+template <int Size, class OnPack, class OnPause, class OnSilence>
 void receiveTelemetry(int port, const QHostAddress& controller, quint16 signature,
-                      const std::atomic<bool>& stop, OnPack onPack, OnSilence onSilence)
+                      const std::atomic<bool>& stop, OnPack onPack, OnPause onPause, OnSilence onSilence)
 {
     TelemetrySocket socket(port, controller);
     std::array<char, Size> pack;
@@ -134,7 +137,7 @@ void receiveTelemetry(int port, const QHostAddress& controller, quint16 signatur
             onPack(pack);
         return Heard::Life;
     };
-    hearTelemetry(stop, await, onDatagram, onSilence);
+    hearTelemetry(stop, await, onDatagram, onPause, onSilence);
 }
 
 } // namespace comm

@@ -100,7 +100,7 @@ void UDPthread::run()
     comm::TelemetrySocket sock(m_port, m_unit, Outlet::StandardError);
 
     comm::hearTelemetry(
-        m_stop, [&](int ms) { return sock.await(ms); }, [&] { return takeBlock(sock); },
+        m_stop, [&](int ms) { return sock.await(ms); }, [&] { return takeBlock(sock); }, [] {},
         [this] { emit disconnected(); });
     for (Element* element : m_elements)
         element->setValid(false);

@@ -3,12 +3,13 @@
 #include "tcplink.h"
 #include "wiretable.h"
 
-#include <QSemaphore>
+#include <QElapsedTimer>
 #include <QThread>
 
 #include <array>
 #include <atomic>
 #include <memory>
+#include <optional>
 
 // A link whose controller tells its whole state by datagram: the thread that reads the TCP connection and the
 // one that receives telemetry. Both are of one class of signals, and what the second raises the first tells
@@ -86,20 +87,19 @@ protected:
     {
         comm::receiveTelemetry<Wire::packSize>(
             m_port, m_controller, Wire::manners.signature, m_stop, [this](const Pack& pack) { take(pack); },
-            [this] { emit self().UDPdisconnected(); });
+            [this] { tellHeld(); }, [this] { emit self().UDPdisconnected(); });
     }
     // What a datagram tells stands in the window's queue, and touches stand behind it. While the window has
-    // `unheard` of them before it no more is told; the next datagram that finds room is compared with the
-    // last one that was told, so that nothing is missed but what came and went meanwhile.
+    // `unheard` of them before it, no more are told than the controller sends by itself at its own pace: a
+    // flood is thinned out, a window that stands still misses nothing. What is passed over is held until the
+    // next one, or until the line is quiet, so that the last state is always told.
     virtual void take(const Pack& pack)
     {
-        if (!m_room->tryAcquire())
+        if (*m_before >= unheard && !m_sinceTold.hasExpired(ownPaceMs)) {
+            m_held = pack;
             return;
-        if (m_last.take(Wire::table, static_cast<typename Wire::Status&>(*this), pack))
-            QMetaObject::invokeMethod(
-                m_owner, [room = m_room] { room->release(); }, Qt::QueuedConnection);
-        else
-            m_room->release();
+        }
+        tell(pack);
     }
 
     typename Wire::Reader* const m_owner;
@@ -107,8 +107,27 @@ protected:
 private:
     auto& self() { return static_cast<typename Wire::Receiver&>(*this); }
 
-    static constexpr int unheard = 32; // datagrams; more than a second of them at a controller's own pace
-    const std::shared_ptr<QSemaphore> m_room = std::make_shared<QSemaphore>(unheard);
+    void tellHeld()
+    {
+        if (m_held)
+            tell(Pack(*m_held));
+    }
+    void tell(const Pack& pack)
+    {
+        m_held.reset();
+        if (!m_last.take(Wire::table, static_cast<typename Wire::Status&>(*this), pack))
+            return;
+        m_sinceTold.start();
+        ++*m_before;
+        QMetaObject::invokeMethod(
+            m_owner, [before = m_before] { --*before; }, Qt::QueuedConnection);
+    }
+
+    static constexpr int unheard = 32;
+    static constexpr int ownPaceMs = 40; // the controllers send each 50 ms
+    const std::shared_ptr<std::atomic<int>> m_before = std::make_shared<std::atomic<int>>(0);
+    QElapsedTimer m_sinceTold;
+    std::optional<Pack> m_held;
     const int m_port;
     const QHostAddress m_controller;
     std::atomic<bool> m_stop{false};

@@ -1,12 +1,12 @@
 #include "consoleapp.h"
 #include "endsignals.h"
-#include "mirror.h"
 #include "plant/inputlines.h"
-#include "plantprocess.h"
-#include "screen.h"
-#include "sitefolder.h"
-#include "tour.h"
-#include "wheelcounters.h"
+#include "trainer/mirror.h"
+#include "trainer/plantprocess.h"
+#include "trainer/screen.h"
+#include "trainer/sitefolder.h"
+#include "trainer/tour.h"
+#include "trainer/wheelcounters.h"
 
 #include <QApplication>
 #include <QCommandLineParser>

@@ -16,7 +16,7 @@ class RepaintPace : public QObject
     Q_OBJECT
 
 public:
-    static constexpr int periodMs = 40;
+    static constexpr int periodMs = 50;
     static constexpr double share = 0.015; // of the time
 
     explicit RepaintPace(QWidget* window);

@@ -3,6 +3,8 @@
 MIRTA_PACKAGES="build-essential cmake ninja-build ccache qtbase5-dev qtbase5-private-dev qtbase5-dev-tools fonts-dejavu-core libxcb-xtest0-dev libxcb-keysyms1-dev"
 # A panel for the tests: an X server without a screen, a window manager.
 MIRTA_TEST_PACKAGES="xvfb openbox util-linux"
+# libFuzzer and the sanitizers that go with it.
+MIRTA_FUZZ_PACKAGES="clang libclang-rt-dev"
 # A bare Debian to prove the package in.
 MIRTA_PACKAGING_PACKAGES="dpkg-dev file iproute2 lintian mmdebstrap procps util-linux"
 # Other charts, which the strip chart is measured against.

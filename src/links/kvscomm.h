@@ -96,7 +96,7 @@ struct KvkWire
     static const LinkManners manners;
 };
 
-class KVSTCPthread final : public VacuumThread<KvsWire>
+class KVSTCPthread : public VacuumThread<KvsWire>
 {
     Q_OBJECT
 public:
@@ -111,7 +111,7 @@ signals:
     void constsReceived(int count); // 0 to 100 records stand ready in getVacConsts()
 };
 
-class KVKTCPthread final : public VacuumThread<KvkWire>
+class KVKTCPthread : public VacuumThread<KvkWire>
 {
     Q_OBJECT
 public:

@@ -93,10 +93,16 @@ std::uint16_t ControllerLink::holdFreePort()
 
 void ControllerLink::drop(double seconds)
 {
+    cut();
+    m_dropTimer.start(milliseconds(seconds));
+}
+
+void ControllerLink::cut()
+{
+    m_dropTimer.stop();
     m_server.close();
     if (m_console)
         m_console->abort();
-    m_dropTimer.start(milliseconds(seconds));
 }
 
 void ControllerLink::silence(double seconds)
@@ -113,8 +119,9 @@ bool ControllerLink::sendBadDatagram()
 
 bool ControllerLink::sendBadFrame()
 {
-    if (m_console)
-        m_console->write("no frame at all");
+    const QByteArray bad = "no frame at all";
+    if (m_console && m_console->write(bad) >= 0)
+        emit wentOut(bad);
     return m_console != nullptr;
 }
 
@@ -129,14 +136,17 @@ void ControllerLink::accept()
         connect(next, &QTcpSocket::disconnected, this, [this] { forget(QStringLiteral("console gone")); });
         m_statusTimer.start(statusPeriod);
         log(QStringLiteral("console connected"));
+        emit consoleCame();
         sendStatus(true);
     }
 }
 
 void ControllerLink::read()
 {
+    const QByteArray came = m_console->readAll();
+    emit cameIn(came);
+    m_input += came;
     // A frame may bring the connection down, so look at it anew each time.
-    m_input += m_console->readAll();
     while (m_console && m_input.size() >= static_cast<int>(sizeof(FrameHead))) {
         FrameHead head{};
         std::memcpy(&head, m_input.constData(), sizeof head);
@@ -150,7 +160,8 @@ void ControllerLink::read()
             return;
         const QString text = QString::fromUtf8(m_input.constData() + sizeof head, head.length);
         m_input.remove(0, size);
-        answer(m_port.answer(text));
+        if (const std::optional<Frame> frame = m_port.answer(text))
+            answer(*frame);
     }
 }
 
@@ -160,8 +171,9 @@ void ControllerLink::answer(const Frame& frame)
         return;
     const QByteArray body = frame.body.left(0xFFFF);
     const FrameHead head{frame.signature, static_cast<std::uint16_t>(body.size())};
-    m_console->write(reinterpret_cast<const char*>(&head), sizeof head);
-    m_console->write(body);
+    const QByteArray whole = QByteArray(reinterpret_cast<const char*>(&head), sizeof head) + body;
+    m_console->write(whole);
+    emit wentOut(whole);
 }
 
 void ControllerLink::sendStatus(bool sound)
@@ -169,9 +181,12 @@ void ControllerLink::sendStatus(bool sound)
     if (!m_console)
         return;
     QByteArray datagram = m_port.datagram();
+    if (datagram.isEmpty())
+        return;
     for (int i = 0; !sound && i < 2; ++i)
         datagram[i] = static_cast<char>(~datagram[i]);
     m_udp.writeDatagram(datagram, m_console->peerAddress(), m_udpPort);
+    emit datagramSent(datagram);
 }
 
 void ControllerLink::log(const QString& line)
@@ -186,6 +201,7 @@ void ControllerLink::forget(const QString& why)
     m_console = nullptr;
     m_input.clear();
     m_statusTimer.stop();
+    emit consoleWent();
     m_port.consoleLost();
     log(why);
 }

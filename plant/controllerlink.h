@@ -11,6 +11,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 
 class QTcpSocket;
 
@@ -29,8 +30,8 @@ struct Frame
 struct ControllerPort
 {
     QString name; // in front of the lines that the link logs
-    std::function<Frame(const QString& command)> answer;
-    std::function<QByteArray()> datagram; // with its signature in front
+    std::function<std::optional<Frame>(const QString& command)> answer; // nothing: none goes back
+    std::function<QByteArray()> datagram; // with its signature in front; empty: none goes out
     std::function<void()> consoleLost;
 };
 
@@ -41,7 +42,7 @@ ControllerPort portOf(MotionController& controller); // outlives the link
 
 // A controller's network side, on loopback only: commands in framed text over TCP, the status datagram to the
 // console's address twenty times a second of real time while a console is connected. One console at a time: a
-// newer connection takes the place of the older one. Each command has an answer.
+// newer connection takes the place of the older one.
 class ControllerLink : public QObject
 {
     Q_OBJECT
@@ -63,11 +64,22 @@ public:
     bool sendBadDatagram();       // one with a wrong signature; false without a console
     bool sendBadFrame();          // text without a frame; false without a console
 
-    // A text that no command has asked for; lost without a console.
+    // What nothing has asked for; lost without a console.
     void tell(const QString& text) { answer({frameSignature, text.toUtf8()}); }
+    void tell(const Frame& frame) { answer(frame); }
+    void tellStatus() { sendStatus(true); } // at once, beside those of the period
+
+    void cut();         // the connection falls and none is taken
+    void listenAgain(); // until it succeeds, and at once when nothing stands against it
 
 signals:
     void logged(const QString& line);
+    // What the network sees, in its order.
+    void consoleCame();
+    void consoleWent();
+    void wentOut(const QByteArray& bytes); // over TCP
+    void cameIn(const QByteArray& bytes);
+    void datagramSent(const QByteArray& datagram);
 
 private:
     std::uint16_t holdFreePort(); // 0 when there is none
@@ -77,7 +89,6 @@ private:
     void sendStatus(bool sound);
     void log(const QString& line);
     void forget(const QString& why); // the console is gone
-    void listenAgain();
 
     ControllerPort m_port;
     std::unique_ptr<QTcpSocket> m_held; // never listens: keeps the number while the server is closed

@@ -4,6 +4,7 @@
 #include "plant/controller.h"
 #include "plant/controllerlink.h"
 #include "plant/instructor.h"
+#include "plant/pcapwriter.h"
 #include "plant/vacuumsystem.h"
 
 #include <QElapsedTimer>
@@ -90,10 +91,33 @@ public:
         return true;
     }
 
+    bool record(const QString& fileName, QString* error)
+    {
+        return fileName.isEmpty() || (m_pcap.open(fileName, error) && recordLinks());
+    }
+
     MotionController& controller() { return m_controller; }
     Instructor& instructor() { return m_instructor; }
 
 private:
+    bool recordLinks()
+    {
+        for (const auto& [link, as] : {std::pair{&m_link, PcapWriter::Drive},
+                                       {&m_kvsLink, PcapWriter::Kvs},
+                                       {&m_kvkLink, PcapWriter::Kvk}}) {
+            const auto to = as;
+            connect(link, &ControllerLink::consoleCame, this, [this, to] { m_pcap.connected(to); });
+            connect(link, &ControllerLink::consoleWent, this, [this, to] { m_pcap.disconnected(to); });
+            connect(link, &ControllerLink::wentOut, this,
+                    [this, to](const QByteArray& bytes) { m_pcap.stream(to, true, bytes); });
+            connect(link, &ControllerLink::cameIn, this,
+                    [this, to](const QByteArray& bytes) { m_pcap.stream(to, false, bytes); });
+            connect(link, &ControllerLink::datagramSent, this,
+                    [this, to](const QByteArray& bytes) { m_pcap.datagram(to, bytes); });
+        }
+        return true;
+    }
+
     void tick()
     {
         const double elapsed = static_cast<double>(m_clock.nsecsElapsed()) / 1e9;
@@ -134,6 +158,7 @@ private:
     Installation& m_owner;
     MotionController m_controller;
     VacuumSystem m_vacuum;
+    PcapWriter m_pcap;
     ControllerLink m_link;
     ControllerLink m_kvsLink;
     ControllerLink m_kvkLink;
@@ -249,7 +274,7 @@ bool Installation::start(QString* error)
     call([&] {
         d->core = std::make_unique<Core>(*this, d->options);
         d->ports = d->options.ports;
-        listening = d->core->listen(d->ports, error);
+        listening = d->core->record(d->options.pcap, error) && d->core->listen(d->ports, error);
     });
     if (!listening)
         stop();

@@ -33,6 +33,7 @@ struct InstallationOptions
     double speed = 1;       // simulated seconds for each real one
     std::uint32_t seed = 1; // of all that varies by chance: the same seed gives the same run
     std::optional<QString> shmSuffix; // of the beam unit's segment; nothing: no beam unit
+    QString pcap;                     // file that gets what goes over the links; empty: none
     bool ownThread = true;            // false: everything happens in the caller's event loop
 };
 
@@ -48,7 +49,7 @@ public:
     explicit Installation(const InstallationOptions& options = {}, QObject* parent = nullptr);
     ~Installation() override; // stops
 
-    bool start(QString* error = nullptr); // false with the reason when a port cannot be had
+    bool start(QString* error = nullptr); // false with the reason when a port or the capture cannot be had
     void stop();
 
     Ports ports(Controller controller = Controller::Drive) const; // 0 until started

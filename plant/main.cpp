@@ -77,6 +77,7 @@ bool readOptions(const QCommandLineParser& parser, plant::InstallationOptions* o
             return false;
     }
     options->air = parser.isSet(QStringLiteral("air"));
+    options->pcap = parser.value(QStringLiteral("pcap"));
     options->shmSuffix = parser.value(QStringLiteral("shm-suffix"));
     options->speed = parser.value(QStringLiteral("speed")).toDouble(&speed);
     options->seed = parser.value(QStringLiteral("seed")).toUInt(&seed);
@@ -97,6 +98,8 @@ void addOptions(QCommandLineParser* parser)
         {QStringLiteral("shm-suffix"), QStringLiteral("end of the shared segments' keys"),
          QStringLiteral("s")},
         {QStringLiteral("script"), QStringLiteral("file of instructor's lines"), QStringLiteral("file")},
+        {QStringLiteral("pcap"), QStringLiteral("capture of the links, as tcpdump would take it"),
+         QStringLiteral("file")},
         {QStringLiteral("seed"), QStringLiteral("seed of all that varies by chance"), QStringLiteral("n"),
          QStringLiteral("1")},
         {QStringLiteral("quit-on-eof"), QStringLiteral("end when standard input ends")},

@@ -408,7 +408,7 @@ private slots:
         rig.play("SET(KBC:17,7.5000000); kvs word 16=2"); // NL1 has not enough water now
         for (const auto& [port, signature] :
              {std::pair{rig.vacuum.kvsPort(), 0x5652}, std::pair{rig.vacuum.kvkPort(), 0x5651}}) {
-            const Frame frame = port.answer("CONST");
+            const Frame frame = port.answer("CONST").value();
             QCOMPARE(int(frame.signature), signature);
             QVERIFY(frame.body.size() > 0 && frame.body.size() % 92 == 0);
             for (int at = 0; at < frame.body.size(); at += 92) {
@@ -420,7 +420,7 @@ private slots:
             }
         }
         ConstantRecord record;
-        const QByteArray table = rig.vacuum.kvsPort().answer("CONST").body;
+        const QByteArray table = rig.vacuum.kvsPort().answer("CONST").value().body;
         std::memcpy(&record, table.constData() + 16 * 92, sizeof record);
         QVERIFY(record.id == 17 && record.value == 7.5F);
     }

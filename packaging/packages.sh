@@ -1,8 +1,8 @@
 # What the build and the tests need from Debian 12; sourced by `run` and `check`.
 
-MIRTA_PACKAGES="build-essential cmake ninja-build ccache qtbase5-dev qtbase5-private-dev qtbase5-dev-tools fonts-dejavu-core libxcb-xtest0-dev libxcb-keysyms1-dev"
-# A panel for the tests: an X server without a screen, a window manager.
-MIRTA_TEST_PACKAGES="xvfb openbox util-linux"
+MIRTA_PACKAGES="build-essential cmake ninja-build ccache qtbase5-dev qtbase5-private-dev qtbase5-dev-tools fonts-dejavu-core libxcb-xtest0-dev libxcb-keysyms1-dev libpcap-dev"
+# A panel for the tests: an X server without a screen, a window manager. What names the fields of a capture.
+MIRTA_TEST_PACKAGES="xvfb openbox util-linux tshark"
 # libFuzzer and the sanitizers that go with it.
 MIRTA_FUZZ_PACKAGES="clang libclang-rt-dev"
 # A bare Debian to prove the package in.

@@ -48,6 +48,8 @@ bool PlantProcess::start(QString* why)
         "--shm-suffix", m_options.shmSuffix, "--quit-on-eof"};
     if (m_options.air)
         arguments << "--air";
+    if (!m_options.pcap.isEmpty())
+        arguments << "--pcap" << m_options.pcap;
     if (!m_options.script.isEmpty())
         arguments << "--script" << m_options.script;
     m_process.start(m_options.program, arguments);

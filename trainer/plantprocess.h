@@ -23,6 +23,7 @@ public:
         QString script;    // instructor's lines from a file, empty for none
         QString shmSuffix; // end of the shared segments' keys, as the site has it
         bool air = false;  // starts with the vacuum plant off and the door open, not pumped down
+        QString pcap = {}; // file that gets what goes over the links, empty for none
     };
 
     explicit PlantProcess(const Options& options, QObject* parent = nullptr);

@@ -1,6 +1,7 @@
 #include "consoleapp.h"
 #include "endsignals.h"
 #include "plant/inputlines.h"
+#include "tools/replay/replay.h"
 #include "trainer/mirror.h"
 #include "trainer/plantprocess.h"
 #include "trainer/screen.h"
@@ -28,6 +29,8 @@ bool shownByMirror(int argc, char* argv[])
             qputenv("QT_QPA_PLATFORM", "offscreen");
             return false;
         }
+        if (qstrncmp(argv[i], "--replay", 8) == 0)
+            return false;
     }
     return true;
 }
@@ -41,8 +44,10 @@ void addOptions(QCommandLineParser* parser)
         {"speed", "Seconds of the installation in one second.", "n", "1"},
         {"script", "Instructor's lines from a file.", "file"},
         {"air", "Start with the vacuum plant off and the door open."},
+        {"pcap", "Leave a capture of the links, for --replay and Wireshark.", "file"},
         {"tour", "Play the tour, leave pictures in the folder, end.", "dir"},
     });
+    replay::addOptions(parser);
     QCommandLineOption mirror("mirror", "Shown by another process.", "key");
     mirror.setFlags(QCommandLineOption::HiddenFromHelp);
     parser->addOption(mirror);
@@ -101,6 +106,8 @@ int main(int argc, char* argv[])
     parser.process(app);
     if (mirror)
         return showMirror();
+    if (replay::isAsked(parser))
+        return replay::run(parser);
 
     Site own;
     own.root = QDir(parser.value("site")).absolutePath();
@@ -112,7 +119,7 @@ int main(int argc, char* argv[])
     }
 
     PlantProcess plant({PlantProcess::besideThisProgram(), own.root, parser.value("speed").toDouble(),
-                        parser.value("script"), own.shmSuffix, parser.isSet("air")});
+                        parser.value("script"), own.shmSuffix, parser.isSet("air"), parser.value("pcap")});
     QString why;
     if (!plant.start(&why)) {
         std::fprintf(stderr, "%s\n", qPrintable(why));

@@ -43,6 +43,16 @@ ControllerPort portOf(MotionController& controller)
             [&controller] { controller.consoleLost(); }};
 }
 
+ControllerPort watchOnly(const ControllerPort& port)
+{
+    const auto answer = [answer = port.answer](const QString& command) -> std::optional<Frame> {
+        if (command == QLatin1String("CONST"))
+            return answer(command);
+        return Frame{frameSignature, answerText(command, QStringLiteral("this console only watches"))};
+    };
+    return {port.name + QStringLiteral("watching "), answer, port.datagram, [] {}};
+}
+
 ControllerLink::ControllerLink(ControllerPort port, QObject* parent)
     : QObject(parent)
     , m_port(std::move(port))

@@ -40,6 +40,10 @@ QByteArray answerText(const QString& command, const QString& reason);
 
 ControllerPort portOf(MotionController& controller); // outlives the link
 
+// The port of a console that only looks: the same datagrams and constants; its commands are refused and its
+// going is no loss.
+ControllerPort watchOnly(const ControllerPort& port);
+
 // A controller's network side, on loopback only: commands in framed text over TCP, the status datagram to the
 // console's address twenty times a second of real time while a console is connected. One console at a time: a
 // newer connection takes the place of the older one.

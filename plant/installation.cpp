@@ -32,6 +32,7 @@ namespace {
 
 constexpr double stepTime = 0.01;     // s of simulated time
 constexpr double longestStall = 0.25; // s of real time made up for after the process stood still
+constexpr double noticedStall = 0.8;  // s; a console takes a little more for the loss of its controller
 constexpr std::chrono::milliseconds tickPeriod{10};
 
 } // namespace
@@ -57,6 +58,7 @@ public:
         if (options.shmSuffix)
             m_beamUnit = std::make_unique<BeamUnit>(m_controller, *options.shmSuffix);
         m_instructor.setBeamUnit(m_beamUnit.get());
+        m_instructor.setHouse({[this] { return observe(); }, [this] { return m_time; }});
         const auto log = [this](const QString& line) { emit m_owner.logged(line); };
         m_controller.setLog(log);
         m_vacuum.setLog(log);
@@ -123,18 +125,42 @@ private:
         const double elapsed = static_cast<double>(m_clock.nsecsElapsed()) / 1e9;
         m_clock.restart();
         const double real = std::min(elapsed, longestStall);
+        if (elapsed > noticedStall)
+            emit m_owner.logged(QStringLiteral("this computer stood still for %1 s").arg(elapsed, 0, 'f', 1));
         m_carry += real * m_speed;
         while (m_carry >= stepTime) {
             m_controller.step(stepTime);
             m_vacuum.step(stepTime);
             couple(m_controller, m_vacuum);
             m_carry -= stepTime;
+            m_time += stepTime;
         }
         m_controller.stepMessages(real);
         if (!m_beamUnit)
             return;
         m_beamUnit->setGunPressure(m_vacuum.plant().reading(6));
         m_beamUnit->step(real);
+    }
+
+    // The same ports once more, for whoever only looks: datagrams as the console gets them, no command.
+    QString observe()
+    {
+        const std::pair<const char*, ControllerPort> ports[controllerCount] = {
+            {"drive", portOf(m_controller)}, {"kvs", m_vacuum.kvsPort()}, {"kvk", m_vacuum.kvkPort()}};
+        QString answer = QStringLiteral("observed");
+        for (std::size_t i = 0; i < controllerCount; ++i) {
+            std::unique_ptr<ControllerLink>& link = m_observed[i];
+            if (!link) {
+                link = std::make_unique<ControllerLink>(watchOnly(ports[i].second));
+                QString error;
+                if (!link->listen(0, 0, &error)) {
+                    link.reset();
+                    return QStringLiteral("error: ") + error;
+                }
+            }
+            answer += QStringLiteral(" %1=%2").arg(QLatin1String(ports[i].first)).arg(link->tcpPort());
+        }
+        return answer;
     }
 
     void continueScript()
@@ -168,6 +194,8 @@ private:
     QElapsedTimer m_clock;
     double m_speed;
     double m_carry = 0; // s of simulated time not yet stepped
+    double m_time = 0;  // s of simulated time since the start
+    std::array<std::unique_ptr<ControllerLink>, controllerCount> m_observed; // null until wanted
     QStringList m_script;
     QTimer m_scriptWait;
 };

@@ -15,6 +15,8 @@ namespace {
 constexpr double longestFault = 3600; // s
 constexpr double largestLeak = 1e6;   // Pa m3/s
 
+const QString nobody = QStringLiteral("not here"); // for an instructor without an installation
+
 // What a handler answers to words that it does not understand; a null text means done.
 const QString usage = QLatin1String("");
 
@@ -128,7 +130,10 @@ const std::vector<Instructor::Entry>& Instructor::entries()
          "no connection, or no datagrams, for a while of real time", 2, 3, &I::link},
         {"frame", "frame [kvs|kvk] bad|badtcp",
          "one datagram with a wrong signature, or text without a frame", 1, 2, &I::frame},
-        {"speed", "speed N", "simulated seconds for each real one, 0.1 to 1000", 1, 1, &I::speed},
+        {"speed", "speed N", "simulated seconds for each real one, 0.1 to 1000; 0: time stands still", 1, 1,
+         &I::speed},
+        {"time", "time", "simulated seconds since the start", 0, 0, &I::time},
+        {"observe", "observe", "ports for one more console, which only watches", 0, 0, &I::observe},
         {"beam", "beam on|off", "the beam unit's program runs or hangs", 1, 1, &I::beam},
         {"quit", "quit", "ends the simulation", 0, 0, &I::quit},
     };
@@ -454,10 +459,20 @@ QString Instructor::air(const Words& w)
 QString Instructor::speed(const Words& w)
 {
     const auto factor = number(w[0]);
-    if (!factor || *factor < slowestTime || *factor > fastestTime)
+    if (!factor || *factor > fastestTime || (*factor < slowestTime && *factor != 0))
         return usage;
     emit speedWanted(*factor);
     return {};
+}
+
+QString Instructor::time(const Words&)
+{
+    return m_house.time ? QStringLiteral("time %1").arg(m_house.time(), 0, 'f', 1) : error(nobody);
+}
+
+QString Instructor::observe(const Words&)
+{
+    return m_house.observe ? m_house.observe() : error(nobody);
 }
 
 QString Instructor::beam(const Words& w)

@@ -4,6 +4,7 @@
 #include <QString>
 #include <QStringList>
 
+#include <functional>
 #include <vector>
 
 namespace plant {
@@ -13,7 +14,7 @@ class ControllerLink;
 class MotionController;
 class VacuumSystem;
 
-// Simulated seconds for each real one.
+// Simulated seconds for each real one; the instructor may let time stand still as well, with 0.
 constexpr double slowestTime = 0.1;
 constexpr double fastestTime = 1000;
 
@@ -33,6 +34,14 @@ public:
     // All outlive the instructor.
     Instructor(MotionController& controller, VacuumSystem& vacuum, const Links& links,
                QObject* parent = nullptr);
+
+    // What belongs to the installation as a whole.
+    struct House
+    {
+        std::function<QString()> observe; // opens the ports of a console that only watches and tells them
+        std::function<double()> time;     // simulated seconds since the start
+    };
+    void setHouse(House house) { m_house = std::move(house); }
 
     void setBeamUnit(BeamUnit* unit) { m_beamUnit = unit; } // null for none; outlives the instructor
 
@@ -78,6 +87,8 @@ private:
     QString link(const Words& w);
     QString frame(const Words& w);
     QString speed(const Words& w);
+    QString time(const Words& w);
+    QString observe(const Words& w);
     QString beam(const Words& w);
     QString quit(const Words& w);
 
@@ -95,6 +106,7 @@ private:
     MotionController& m_controller;
     VacuumSystem& m_vacuum;
     Links m_links;
+    House m_house;
     BeamUnit* m_beamUnit = nullptr;
 };
 

@@ -3,6 +3,7 @@
 #include "plant/installation.h"
 #include "trainer/plantprocess.h"
 
+#include <QRegularExpression>
 #include <QtTest>
 
 #include <cstring>
@@ -87,7 +88,8 @@ private slots:
             "module 4 > error:; message 0 > error:; program 2 state > channel 2 idle; "
             "variable @RASTERON% > error: never written; link drop -1 > error:; "
             "frame kvk bad > error: no console is connected; frame bad > error: no console is connected; "
-            "speed 1000 > ok; speed 1001 > error:; speed 0 > error:; quit > ok; quit now > error:; "
+            "speed 1000 > ok; speed 1001 > error:; speed 0.05 > error:; speed 0 > ok; "
+            "time > time ; observe > observed drive=; quit > ok; quit now > error:; "
             "dance > error: unknown word \"dance\"";
         Plant plant;
         QCOMPARE(plant.instruct("") + plant.instruct("# a remark"), QString());
@@ -95,6 +97,24 @@ private slots:
             const QString got = plant.instruct(line.section(" > ", 0, 0));
             QVERIFY2(got.startsWith(line.section(" > ", 1)) && !got.contains('\n'), qPrintable(line));
         }
+    }
+
+    void asManyAsWantOnlyLook()
+    {
+        Plant plant;
+        const QString ports = plant.instruct("observe");
+        QCOMPARE(plant.instruct("observe"), ports);
+        const quint16 port = ports.section(QRegularExpression("drive=| "), 2, 2).toUShort();
+        Console looker;
+        QVERIFY(looker.udp.bind(QHostAddress::LocalHost, port));
+        looker.tcp.connectToHost(QHostAddress::LocalHost, port);
+        QVERIFY(looker.tcp.waitForConnected(2000));
+        QTRY_VERIFY(looker.served(2));
+        looker.tcp.write(frame("DRIVE ON"));
+        QTRY_VERIFY(looker.tcp.bytesAvailable() > 4);
+        QVERIFY(looker.tcp.readAll().mid(4).startsWith("REFUSED DRIVE ON: "));
+        QVERIFY(plant.instruct("status").contains("drives off") &&
+                plant.instruct("status").contains("no console"));
     }
 
     void aConsoleIsServed()

@@ -38,11 +38,12 @@ QIcon stateIcon(const QString& file)
 Journal::Journal(QListWidget* list)
     : m_list(list)
     , m_classes{{
-          {QLatin1String("[I]"), Qt::black, stateIcon(QStringLiteral(":/images/icon-info-mini.png"))},
-          {QLatin1String("[A]"), Qt::red, stateIcon(QStringLiteral(":/images/icon-error-mini.png"))},
-          {QLatin1String("[W]"), Qt::black, stateIcon(QStringLiteral(":/images/icon-warning-mini.png"))},
-          {QLatin1String("[C]"), Qt::black, stateIcon(QStringLiteral(":/images/icon-run-mini.png"))},
-          {QLatin1String("[M]"), Qt::blue, stateIcon(QStringLiteral(":/images/icon-basic-mini.png"))},
+          {QLatin1String("[I]"), QColor(Qt::black), stateIcon(QStringLiteral(":/images/icon-info-mini.png"))},
+          {QLatin1String("[A]"), QColor(Qt::red), stateIcon(QStringLiteral(":/images/icon-error-mini.png"))},
+          {QLatin1String("[W]"), QColor(Qt::black),
+           stateIcon(QStringLiteral(":/images/icon-warning-mini.png"))},
+          {QLatin1String("[C]"), QColor(Qt::black), stateIcon(QStringLiteral(":/images/icon-run-mini.png"))},
+          {QLatin1String("[M]"), QColor(Qt::blue), stateIcon(QStringLiteral(":/images/icon-basic-mini.png"))},
       }}
 {
     list->verticalScrollBar()->setStyleSheet(

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <QColor>
+#include <QBrush>
 #include <QFile>
 #include <QIcon>
 #include <QString>
@@ -32,7 +32,7 @@ private:
     struct Class // of a line
     {
         QLatin1String mark; // its first three characters
-        QColor colour;
+        QBrush colour;      // shared by all lines, as the icon: the list keeps every one of them
         QIcon icon;
     };
 

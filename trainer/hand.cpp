@@ -292,6 +292,16 @@ QString Hand::text(const QString& name)
     return result;
 }
 
+QColor Hand::colour(const QString& name)
+{
+    QColor result;
+    onScreen([&] {
+        if (const QWidget* widget = find(name))
+            result = widget->palette().color(QPalette::Window);
+    });
+    return result;
+}
+
 bool Hand::visible(const QString& name)
 {
     bool result = false;

@@ -36,6 +36,7 @@ public:
     QString text(const QString& name);
     bool visible(const QString& name);
     bool enabled(const QString& name);
+    QColor colour(const QString& name); // of its ground; no colour when it is not on the screen
     QString cell(const QString& table, int row, int column);
     int rows(const QString& table);
     int currentRow(const QString& table);

@@ -4,6 +4,7 @@
 
 #include <QApplication>
 #include <QElapsedTimer>
+#include <QListWidget>
 
 #include <cmath>
 
@@ -28,6 +29,12 @@ void Operator::logIn()
         const QWidget* window = console();
         return window && window->width() == panelSize.width() && window->isFullScreen() == screenHoldsPanel();
     });
+}
+
+void Operator::waitLinks()
+{
+    for (const char* lamp : {"lblCNC", "lblKVS", "lblKVK", "lblELA"})
+        waitColour(lamp, Qt::green);
 }
 
 void Operator::switchOn(bool virtualAxes)
@@ -74,6 +81,51 @@ void Operator::moveTo(const QString& axis, const QString& coordinate)
     waitGone("pbStart");
     waitText("coord" + axis, wanted);
     waitIdle();
+}
+
+void Operator::loadContour(const QString& name)
+{
+    tap("pbLoad");
+    tapItem("listWidget_prog", name);
+    tap("pbLoad");
+    waitGone("listWidget_prog");
+}
+
+void Operator::startWeld()
+{
+    waitText("lblVacuumState", "Откачка камеры");
+    for (const char* state : {"channel1State", "channel2State", "channel3State"}) {
+        if (text(state) == "ошибка")
+            tap("pbStop");
+        waitText(state, "бездействие", 60'000);
+    }
+    if (!enabled("sbTrans"))
+        switchOn(false);
+    if (!visible("frmVirtual"))
+        tap("sbTrans");
+    waitVisible("frmVirtual");
+    tapTab("contour", 1);
+    waitText("pbGcode", "ПУСК");
+    waitEnabled("pbGcode");
+    tap("pbGcode");
+}
+
+QStringList Operator::journal()
+{
+    QStringList rows;
+    onScreen([&] {
+        const auto* list = console()->findChild<QListWidget*>("lwLog");
+        for (int row = 0; row < list->count(); ++row)
+            rows << list->item(row)->text();
+    });
+    return rows;
+}
+
+void Operator::startRegime(const QString& button, const QString& shown)
+{
+    tap(button);
+    tap("pbYes");
+    waitText("lblVacuumState", shown);
 }
 
 void Operator::teachPoint()

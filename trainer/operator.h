@@ -2,6 +2,8 @@
 
 #include "hand.h"
 
+#include <QStringList>
+
 // What an operator does every day, in terms of touches. Same rules as for Hand: from the script's thread.
 class Operator : public Hand
 {
@@ -13,6 +15,9 @@ public:
 
     // The login dialog, as «su».
     void logIn();
+
+    // Until those to the three controllers and to the beam unit are up.
+    void waitLinks();
 
     // Drives on and, if wanted, the mode of the virtual axes.
     void switchOn(bool virtualAxes);
@@ -28,6 +33,19 @@ public:
 
     // Sends an axis to a coordinate by its fixed move dialog and waits until it stands there.
     void moveTo(const QString& axis, const QString& coordinate);
+
+    // A contour from the list of those that are stored.
+    void loadContour(const QString& name);
+
+    // The weld of the contour that is loaded, by «ПУСК», once the chamber is pumped down; acknowledges
+    // channels in error and switches on what it needs.
+    void startWeld();
+
+    // Rows of the journal's list, as they stand there.
+    QStringList journal();
+
+    // A regime of the vacuum plant by its button, confirmed, until the chamber's controller reports it.
+    void startRegime(const QString& button, const QString& shown);
 
     // The point where the machine stands, into the contour.
     void teachPoint();

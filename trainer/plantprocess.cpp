@@ -4,10 +4,11 @@
 #include <QElapsedTimer>
 #include <QFileInfo>
 #include <QRegularExpression>
+#include <QThread>
 
 namespace {
 
-constexpr int kStartTimeout = 10'000; // ms
+constexpr int kStartTimeout = 10'000; // ms; also of an answer
 constexpr int kEndTimeout = 3'000;    // ms
 
 } // namespace
@@ -78,9 +79,9 @@ bool PlantProcess::start(QString* why)
     return m_drive.tcp != 0;
 }
 
-void PlantProcess::instruct(const QString& line)
+void PlantProcess::instruct(const QString& lines)
 {
-    const QByteArray bytes = line.toUtf8() + '\n';
+    const QByteArray bytes = lines.toUtf8().replace(';', '\n') + '\n';
     QMetaObject::invokeMethod(this, [this, bytes] { m_process.write(bytes); });
 }
 
@@ -88,6 +89,34 @@ QStringList PlantProcess::lines() const
 {
     const std::lock_guard<std::mutex> lock(m_mutex);
     return m_lines;
+}
+
+int PlantProcess::count(const QString& pattern) const
+{
+    return lines().filter(QRegularExpression(pattern)).size();
+}
+
+int PlantProcess::connections(const QString& controller) const
+{
+    const QString name = controller == "drive" ? QString() : controller.toUpper() + ": ";
+    return count("^\\S+ " + name + "console connected$");
+}
+
+QString PlantProcess::ask(const QString& line, const QString& answer)
+{
+    constexpr unsigned long pause = 5; // ms
+    const QRegularExpression begin('^' + QRegularExpression::escape(answer));
+    const int before = lines().filter(begin).size();
+    instruct(line);
+    QElapsedTimer timer;
+    timer.start();
+    while (timer.elapsed() < kStartTimeout) {
+        const QStringList answers = lines().filter(begin);
+        if (answers.size() > before)
+            return answers.last();
+        QThread::msleep(pause);
+    }
+    return {};
 }
 
 void PlantProcess::setEndpoints(Site* site) const

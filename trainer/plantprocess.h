@@ -35,11 +35,17 @@ public:
     // Path of the installation's program in this build: beside this program or one folder above it.
     static QString besideThisProgram();
 
-    // Sends one instructor's line.
-    void instruct(const QString& line);
+    // Sends instructor's lines, parted by ";".
+    void instruct(const QString& lines);
+
+    // Sends one and waits for its answer, which begins so, 10 s at most; null when none comes. Not from the
+    // thread of this object.
+    QString ask(const QString& line, const QString& answer);
 
     // All that the installation has said so far.
     QStringList lines() const;
+    int count(const QString& pattern) const;          // lines in which this regular expression is found
+    int connections(const QString& controller) const; // how often the console came to "drive", "kvs" or "kvk"
 
     // Puts the endpoints of the running installation into a site.
     void setEndpoints(Site* site) const;

@@ -148,10 +148,7 @@ void TestJourneyOperate::saveAndLoad()
     hand().tap("pbNew");
     hand().tapMenu("Смешаная интерполяция");
     Hand::expect(hand().rows("twContour") == 0, "a new contour is empty");
-    hand().tap("pbLoad");
-    hand().tapItem("listWidget_prog", "contour");
-    hand().tap("pbLoad");
-    hand().waitGone("listWidget_prog");
+    hand().loadContour("contour");
     Hand::expect(hand().rows("twContour") == 3, "three points loaded");
 }
 

@@ -37,7 +37,7 @@ private slots:
         const QString trouble = journey.runLoggedIn([&] {
             hand.waitText("lblVacuumState", "Откачка камеры");
             run("sbVacFilling", "Напуск в камеру");
-            start("sbVacPumping", "Откачка камеры");
+            hand.startRegime("sbVacPumping", "Откачка камеры");
             waitLine("[I]Затвор VP3 открыт"); // roughing goes on to its end
             journey.plant().instruct("valve vp3 jam");
             speed(kPump);
@@ -96,10 +96,7 @@ private:
         Operator& hand = m_journey->hand;
         speed(20);
         hand.switchOn(true);
-        hand.tap("pbLoad");
-        hand.tapItem("listWidget_prog", "contour");
-        hand.tap("pbLoad");
-        hand.waitGone("listWidget_prog");
+        hand.loadContour("contour");
         hand.tapTab("contour", 1);
         hand.tap("pbGcode");
         waitLine("Канал 3: выполнение автоматической программы");
@@ -109,7 +106,7 @@ private:
 
         // Bleeding waits for the drives.
         speed(kWork);
-        start("sbVacFilling", "Напуск в камеру");
+        hand.startRegime("sbVacFilling", "Напуск в камеру");
         waitLine("[I]Затвор VP1 закрыт");
         hand.tap("sbDrives");
         waitDone();
@@ -122,18 +119,10 @@ private:
         waitLine("[I]Повысительный насос NW2 выключен");
     }
 
-    // A regime by its button, confirmed, until the chamber's controller reports it.
-    void start(const QString& button, const QString& shown)
-    {
-        m_journey->hand.tap(button);
-        m_journey->hand.tap("pbYes");
-        m_journey->hand.waitText("lblVacuumState", shown);
-    }
-
-    // The same to its end, while the day runs faster.
+    // A regime to its end, while the day runs faster.
     void run(const QString& button, const QString& shown)
     {
-        start(button, shown);
+        m_journey->hand.startRegime(button, shown);
         waitDone();
     }
 

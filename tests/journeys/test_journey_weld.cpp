@@ -135,10 +135,7 @@ private slots:
             expect(1, "G90 G03 x=100.00 y=150.00 R50.00 z=0.00 F900.000");
 
             hand.tapTab("contour", 0);
-            hand.tap("pbLoad");
-            hand.tapItem("listWidget_prog", "arc");
-            hand.tap("pbLoad");
-            hand.waitGone("listWidget_prog");
+            hand.loadContour("arc");
             hand.waitText("length", "31.42");
             hand.setNumber("contourSpeed", "1200");
             hand.tapCell("twContour", 0, 0);

@@ -12,11 +12,25 @@ class TestScreenState : public QObject
 
 private slots:
     void whatIsSeenIsCompared();
+
+private:
+    using Change = std::function<void(QLabel*, QTableWidget*)>;
+    static QStringList state(const Change& change)
+    {
+        QWidget window;
+        auto* frame = new QWidget(&window);
+        frame->setObjectName("frame");
+        auto* table = new QTableWidget(2, 1, &window);
+        auto* label = new QLabel("12.4", frame);
+        window.show();
+        change(label, table);
+        return screenState(&window);
+    }
 };
 
 void TestScreenState::whatIsSeenIsCompared()
 {
-    const std::function<void(QLabel*, QTableWidget*)> changes[] = {
+    const Change changes[] = {
         [](QLabel* label, QTableWidget*) { label->setText("12.5\n"); },
         [](QLabel* label, QTableWidget*) { label->setEnabled(false); },
         [](QLabel* label, QTableWidget*) { label->hide(); },
@@ -29,16 +43,6 @@ void TestScreenState::whatIsSeenIsCompared()
         },
         [](QLabel*, QTableWidget* table) { table->setItem(1, 0, new QTableWidgetItem("7")); },
         [](QLabel*, QTableWidget* table) { table->setCurrentCell(1, 0); },
-    };
-    const auto state = [](const std::function<void(QLabel*, QTableWidget*)>& change) {
-        QWidget window;
-        auto* frame = new QWidget(&window);
-        frame->setObjectName("frame");
-        auto* table = new QTableWidget(2, 1, &window);
-        auto* label = new QLabel("12.4", frame);
-        window.show();
-        change(label, table);
-        return screenState(&window);
     };
     const QStringList usual = state([](QLabel*, QTableWidget*) {});
     QCOMPARE(state([](QLabel*, QTableWidget*) {}), usual);

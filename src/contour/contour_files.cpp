@@ -14,20 +14,6 @@ namespace {
 
 const QString contourExt = QStringLiteral(".save");
 
-QString twoDecimals(float value)
-{
-    return QString::number(double(value), 'f', 2);
-}
-
-Schema* schemaFor(const QString& id, float D, float P, int Aux)
-{
-    if (id == QLatin1String("XYZr"))
-        return new SchemaXYZr(D, P, Aux);
-    if (id == QLatin1String("Circle"))
-        return new SchemaCircle(D, P);
-    return new SchemaXYZ;
-}
-
 } // namespace
 
 // --- contours: saving ---
@@ -90,24 +76,17 @@ void CONTOUR::load(const QString& name, const QString& path)
 
 void CONTOUR::loadHead(SaveFile& file)
 {
-    const QString id = file.word();
-    const float D = file.number();
-    const float centerX = twoDecimals(file.number()).toFloat();
-    const float centerY = twoDecimals(file.number()).toFloat();
-    const float P = file.number();
-    const int Aux = file.integer();
-    const bool closed = file.integer() != 0;
-    const float nrings = qBound(1.0f, file.number(), maxPasses);
-    ui->weldSpeed->setValue(file.number(), 1);
+    const SavedHead head = readHead(file);
+    ui->weldSpeed->setValue(head.weldSpeed, 1);
 
-    init(schemaFor(id, D, P, Aux));
+    init(schemaOf(head).release());
     if (schema()->rotate()) {
-        m_points.setCenter(centerX, centerY);
+        m_points.setCenter(head.centerX, head.centerY);
         showCircle();
     }
-    m_points.setClosed(closed, true); // which kind of closure it was is not in the file
-    ui->nrings->setValue(nrings, 0);
-    ui->points->setValue(P, 0);
+    m_points.setClosed(head.closed, true); // which kind of closure it was is not in the file
+    ui->nrings->setValue(qBound(1.0f, head.nrings, maxPasses), 0);
+    ui->points->setValue(head.P, 0);
 }
 
 void CONTOUR::on_pbSave_clicked()

@@ -143,7 +143,7 @@ QString LinTackWelds::warning() const
         return QStringLiteral("Шов не прямой, назад машина пойдёт мимо:\nнаберите порядок по возрастанию");
     case WeldDoubt::SpeedKept:
         return QStringLiteral("Поперёк X скорость не меняется:\nсделайте V перехода равной V сварки");
-    case WeldDoubt::None:
+    default:
         break;
     }
     return {};

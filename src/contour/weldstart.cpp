@@ -4,6 +4,7 @@
 #include "requiredpause.h"
 #include "schema.h"
 #include "site.h"
+#include "weldproof.h"
 
 #include <algorithm>
 
@@ -40,9 +41,10 @@ WeldStart::Outcome WeldStart::weld(const WeldTables& tables)
 QVector<WeldStart::Launch> WeldStart::contour(const WeldTables& tables, WeldStage& weld)
 {
     const MotionPrograms programs = contourPrograms(tables, weld);
-    const QString doubt = doubtText(programs.doubt);
-    if (weld.stage == 1 && !doubt.isEmpty()) // what follows a stop was told with the start
-        emit message(doubt, true);
+    if (weld.stage == 1) { // what follows a stop was told with the start
+        for (const QString& line : proofLines(weldProof(tables, programs)))
+            emit message(line, true);
+    }
     show(*tables.contour.schema, programs);
     return motion(programs, site().pauses.beforeManipulator);
 }

@@ -1,5 +1,7 @@
 #include "savefile.h"
 
+#include "schema.h"
+
 #include <QStringList>
 
 #include <cmath>
@@ -50,6 +52,31 @@ int SaveFile::rowCount()
     if (count > maxRows)
         qWarning("SaveFile: %d rows announced, at most %d are read", count, maxRows);
     return qBound(0, count, maxRows);
+}
+
+SavedHead readHead(SaveFile& file)
+{
+    const auto shown = [](float value) { return QString::number(double(value), 'f', 2).toFloat(); };
+    SavedHead head;
+    head.scheme = file.word();
+    head.D = file.number();
+    head.centerX = shown(file.number());
+    head.centerY = shown(file.number());
+    head.P = file.number();
+    head.Aux = file.integer();
+    head.closed = file.integer() != 0;
+    head.nrings = file.number();
+    head.weldSpeed = file.number();
+    return head;
+}
+
+std::unique_ptr<Schema> schemaOf(const SavedHead& head)
+{
+    if (head.scheme == QLatin1String("XYZr"))
+        return std::make_unique<SchemaXYZr>(head.D, head.P, head.Aux);
+    if (head.scheme == QLatin1String("Circle"))
+        return std::make_unique<SchemaCircle>(head.D, head.P);
+    return std::make_unique<SchemaXYZ>();
 }
 
 QString contourLine(const QStringList& coords, bool withFrame, const Frame& frame)

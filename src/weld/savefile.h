@@ -5,6 +5,10 @@
 #include <QString>
 #include <QVector>
 
+#include <memory>
+
+class Schema;
+
 // The text of a contour file: a name line, then tokens separated by blanks and line ends.
 //
 // Reading is as forgiving as the files have always been read: a token that is no number counts as 0, and so
@@ -34,6 +38,21 @@ private:
     QString m_programName;
     int m_at = 0;
 };
+
+// What stands in front of the two tables.
+struct SavedHead
+{
+    QString scheme; // its name; an unknown one counts as "XYZ"
+    float D = 0;
+    float centerX = 0, centerY = 0; // mm, as their labels show them
+    float P = 0;
+    int Aux = 0;
+    bool closed = false;
+    float nrings = 1; // not bounded
+    float weldSpeed = 0;
+};
+SavedHead readHead(SaveFile& file);
+std::unique_ptr<Schema> schemaOf(const SavedHead& head);
 
 // One line of the file without its line feed.
 QString contourLine(const QStringList& coords, bool withFrame, const Frame& frame);

@@ -6,12 +6,22 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace {
 
 bool hasFrames(const WeldContour& contour)
 {
     return !contour.schema->circle() && !contour.schema->rotate();
+}
+
+// The arc is the shorter one: its centre lies on the left of the way when turning counter-clockwise, where
+// `side` is 1, and on the other with -1.
+std::pair<double, double> arcCentre(double ax, double ay, double bx, double by, double r, double side)
+{
+    const double chord = std::hypot(bx - ax, by - ay);
+    const double h = std::sqrt(std::max(0.0, r * r - chord * chord / 4));
+    return {(ax + bx) / 2 - side * h * (by - ay) / chord, (ay + by) / 2 + side * h * (bx - ax) / chord};
 }
 
 double mmToTurn(double mm, double circumference)
@@ -40,6 +50,19 @@ double frameLength(const WeldContour& contour, int row, const QList<float>& from
     default:
         return 0;
     }
+}
+
+double besideArc(const WeldContour& contour, int row, const QList<float>& point)
+{
+    const Frame& frame = contour.rows[row].frame;
+    const PlaneColumns plane = planeColumns(frame.plane);
+    const QList<float>& a = contour.rows[row].coords;
+    const QList<float>& b = contour.rows[(row + 1) % contour.rows.size()].coords;
+    const auto [cx, cy] =
+        arcCentre(double(a[plane.first]), double(a[plane.second]), double(b[plane.first]),
+                  double(b[plane.second]), double(frame.radius), frame.direction == 1 ? 1.0 : -1.0);
+    return std::fabs(std::hypot(double(point[plane.first]) - cx, double(point[plane.second]) - cy) -
+                     double(frame.radius));
 }
 
 QVector<double> pointLengths(const WeldContour& contour)
@@ -241,8 +264,9 @@ TableValidity tableValidity(const QVector<TechRow>& tech)
 
 // Coordinates by path
 
-WeldPath::WeldPath(const WeldContour& contour)
+WeldPath::WeldPath(const WeldContour& contour, Arcs arcs)
     : m_contour(contour)
+    , m_arcs(arcs)
 {
     m_sums.reserve(contour.rows.size());
     double sum = 0;
@@ -355,13 +379,9 @@ QList<float> WeldPath::onArc(int row, double part, double rest) const
     // Cuts of an arc are placed with its radius in whole millimetres, as in all programs of this machine: a
     // seam generated again must be cut where it was. Below one millimetre nothing would be left of it.
     const double whole = std::trunc(double(frame.radius));
-    const double r = whole > 0 ? whole : double(frame.radius);
-    const double h = std::sqrt(std::max(0.0, r * r - chord * chord / 4));
-
-    // The arc is the shorter one: its centre lies on the left of the way when turning counter-clockwise.
+    const double r = whole > 0 && m_arcs == AsCut ? whole : double(frame.radius);
     const double side = frame.direction == 1 ? 1.0 : -1.0;
-    const double cx = (ax + bx) / 2 - side * h * (by - ay) / chord;
-    const double cy = (ay + by) / 2 + side * h * (bx - ax) / chord;
+    const auto [cx, cy] = arcCentre(ax, ay, bx, by, r, side);
     const double turn = -side * rest / r;
     point[plane.first] = float(cx + (bx - cx) * std::cos(turn) - (by - cy) * std::sin(turn));
     point[plane.second] = float(cy + (bx - cx) * std::sin(turn) + (by - cy) * std::cos(turn));

@@ -23,6 +23,9 @@ inline double samePlaceAt(double path)
 // end; not a number for an arc whose radius cannot reach from one point to the other.
 double frameLength(const WeldContour& contour, int row, const QList<float>& from, const QList<float>& to);
 
+// How far a point is beside the arc that leaves `row`, mm in its plane. The arc must span its chord.
+double besideArc(const WeldContour& contour, int row, const QList<float>& point);
+
 // Way through the first `count` points by the scheme's distance; 0 for fewer than two.
 double calcLength(const WeldContour& contour, int count);
 
@@ -91,7 +94,9 @@ CircleStart circleStart(const WeldContour& contour);
 class WeldPath
 {
 public:
-    explicit WeldPath(const WeldContour& contour);
+    enum Arcs { AsCut, AsDrawn }; // cuts take the radius in whole millimetres
+
+    explicit WeldPath(const WeldContour& contour, Arcs arcs = AsCut);
 
     // Length of the frame that ends at `row`; row 0 means the closing frame.
     double frame(int row) const;
@@ -113,6 +118,7 @@ private:
     double folded(double path, double end) const;
 
     const WeldContour& m_contour;
+    const Arcs m_arcs;
     QVector<double> m_sums; // of the frames before each row
 };
 

@@ -4,6 +4,7 @@
 #include "weldwarning.h"
 
 #include <QString>
+#include <QVector>
 
 // Where a weld with technological stops stands between two presses of the start button.
 struct WeldStage
@@ -19,7 +20,8 @@ struct MotionPrograms
 {
     QString channel1;
     QString channel2;
-    WeldDoubt doubt{}; // of a weld, the worst
+    WeldDoubt doubt{};           // of a weld, the worst of the rows that are cut
+    QVector<WeldDoubt> doubts{}; // all that the walk has met, in its order
 };
 
 // Channel 3: beam current, focus and raster along the technology table.

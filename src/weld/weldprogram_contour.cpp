@@ -45,7 +45,7 @@ public:
         walk();
         doubtRest();
         tail();
-        return {m_ch1.text(), m_ring ? m_ch2.text() : QString(), m_doubt};
+        return {m_ch1.text(), m_ring ? m_ch2.text() : QString(), m_doubt, m_doubts};
     }
 
 private:
@@ -55,12 +55,13 @@ private:
         int leaving; // the row that describes the frame
         QList<float> from;
         QList<float> to;
-        double speed;      // of the way from `from` on
-        double path = 0;   // at `from`
-        bool back = false; // a row went back on this frame
+        double speed;    // of the way from `from` on
+        double path = 0; // at `from`
         // Moves left out before `from`, which run with the feed of the next one: their way, mm, and its time
         // by the table, min, up to the row at `cutPath`.
         double leftOutWay = 0, leftOutTime = 0, cutPath = 0;
+        int cutRow = -1;
+        int backRow = -1; // the row that went back
     };
 
     void head();
@@ -72,9 +73,10 @@ private:
     void takeRows(Stretch& frame);
     void cut(Stretch& frame, const TechRow& row);
     void doubtCut(Stretch& frame, const TechRow& row, const QList<float>& mid, bool cuts);
-    void doubtMove(Stretch& frame, const QList<float>& to, double path);
+    void doubtMove(Stretch& frame, const QList<float>& to, double path, int row);
+    void doubtStop(const Stretch& frame);
     void doubtRest();
-    void doubt(WeldDoubt::Kind kind, double path);
+    void doubt(WeldDoubt::Kind kind, double path, int row);
     void leaveOutPasses(const TechRow& row);
 
     void move(const Stretch& frame, const QList<float>& to);
@@ -108,6 +110,8 @@ private:
     QString m_repeat1;   // last move of each channel, to stand in its place again after a stop
     QString m_repeat2;
     WeldDoubt m_doubt; // the worst so far
+    QVector<WeldDoubt> m_doubts;
+    WeldDoubt m_closingStop; // the last stop in a closing frame
 };
 
 // The channels meet here: channel 3 reports its beam axes, channel 2 its part, then event 1 starts all. A
@@ -172,7 +176,7 @@ void ContourBuilder::runFrame(int row)
     if (m_ring && frame.to[0] >= 360.0f)
         frame.to[0] = std::fmod(frame.to[0], 360.0f);
     move(frame, frame.to);
-    doubtMove(frame, frame.to, m_dist);
+    doubtMove(frame, frame.to, m_dist, frame.backRow);
 }
 
 // The closing frame of a round contour ends at whole turns, so that passes do not add up rounding, and a ring
@@ -192,6 +196,7 @@ void ContourBuilder::takeRows(Stretch& frame)
         const TechRow& row = m_tech[m_techRow];
         if (!row.on) {
             if (row.stop) {
+                doubtStop(frame);
                 synchronize();
                 m_hold = true;
                 // A stop in the closing frame takes one event only: the numbers of seams already proved on
@@ -226,7 +231,8 @@ void ContourBuilder::cut(Stretch& frame, const TechRow& row)
         const bool cuts = frame.row == 0 || std::fabs(double(mid[0]) - double(frame.from[0])) > samePlace;
         if (cuts)
             move(frame, mid);
-        frame.back = frame.back || p < frame.path - samePlace;
+        if (p < frame.path - samePlace)
+            frame.backRow = m_techRow;
         doubtCut(frame, row, mid, cuts);
         frame.path = p;
         frame.from = mid;
@@ -244,25 +250,29 @@ void ContourBuilder::cut(Stretch& frame, const TechRow& row)
 void ContourBuilder::doubtCut(Stretch& frame, const TechRow& row, const QList<float>& mid, bool cuts)
 {
     const double p = double(row.path);
+    if (m_rows[frame.leaving].frame.type == Frame::Arc && !m_round && cuts &&
+        besideArc(m_contour, frame.leaving, mid) > noSeamShows)
+        doubt(WeldDoubt::OffArc, p, m_techRow);
     if (cuts) {
-        doubtMove(frame, mid, p);
+        doubtMove(frame, mid, p, m_techRow);
     } else if (p < frame.path - samePlace) {
-        doubt(WeldDoubt::OutOfStep, p);
+        doubt(WeldDoubt::OutOfStep, p, m_techRow);
     } else if (const double way = m_schema.distance(frame.from, mid); way > 0) {
         frame.leftOutWay += way;
         frame.leftOutTime += way / frame.speed;
         frame.cutPath = p;
+        frame.cutRow = m_techRow;
     }
 }
 
 // Back goes a straight line, or an arc that bulges to the other side. Prolonged, a frame may pass half a
 // turn, and the machine takes the shorter way.
-void ContourBuilder::doubtMove(Stretch& frame, const QList<float>& to, double path)
+void ContourBuilder::doubtMove(Stretch& frame, const QList<float>& to, double path, int row)
 {
     if (std::fabs(frame.leftOutTime * frame.speed - frame.leftOutWay) > noSeamShows)
-        doubt(WeldDoubt::SpeedKept, frame.cutPath);
+        doubt(WeldDoubt::SpeedKept, frame.cutPath, frame.cutRow);
     frame.leftOutWay = frame.leftOutTime = 0;
-    if (!frame.back)
+    if (frame.backRow < 0)
         return;
     const Frame& leaving = m_rows[frame.leaving].frame;
     double way = m_schema.distance(frame.from, to);
@@ -276,7 +286,7 @@ void ContourBuilder::doubtMove(Stretch& frame, const QList<float>& to, double pa
         beside = 2 * (r - std::sqrt(std::max(0.0, r * r - chord * chord / 4)));
     }
     if (!(std::fabs(std::fabs(path - frame.path) - way) < noSeamShows))
-        return doubt(WeldDoubt::OutOfStep, path);
+        return doubt(WeldDoubt::OutOfStep, path, row);
     if (path > frame.path)
         return;
     const QList<float> place = m_path.place(path, m_start);
@@ -285,27 +295,56 @@ void ContourBuilder::doubtMove(Stretch& frame, const QList<float>& to, double pa
     for (int i = m_ring ? 1 : 0; i < place.size(); ++i)
         beside = std::max(beside, std::fabs(double(to[i]) - double(place[i])));
     if (beside > noSeamShows)
-        doubt(WeldDoubt::OffSeam, path);
+        doubt(WeldDoubt::OffSeam, path, row);
 }
 
-// The seam is at its end, and rows are left that go back.
+// The machine stands where the row before the stop was cut, and channel 3 where it was told to wait.
+void ContourBuilder::doubtStop(const Stretch& frame)
+{
+    const double p = double(m_taken.path);
+    if (m_taken.Ir > 0)
+        doubt(WeldDoubt::StopWithBeam, p, m_techRow);
+    if (frame.leftOutWay > noSeamShows)
+        doubt(WeldDoubt::StopShort, p, m_techRow);
+    if (m_closingStop.kind != WeldDoubt::None)
+        doubt(m_closingStop.kind, double(m_closingStop.path), m_closingStop.row);
+    m_closingStop = {};
+    if (frame.row == 0)
+        m_closingStop = {WeldDoubt::StopInClosing, m_taken.path, m_techRow};
+}
+
+// The seam is at its end, and rows are left: some go back, others come when nothing moves any more.
 void ContourBuilder::doubtRest()
 {
-    double before = double(m_taken.path);
+    const bool passOver = m_leftOut > 0 && m_pass >= m_passes;
+    const bool moved = !m_repeat1.isEmpty() || !m_repeat2.isEmpty();
+    if (passOver && !moved)
+        doubt(WeldDoubt::NoMotion, double(m_tech[m_leftOut].path), m_leftOut);
+    TechRow before = m_taken;
+    bool ended = false;
     for (int i = m_techRow; i < m_tech.size(); ++i) {
-        if (!m_tech[i].on)
+        const TechRow& row = m_tech[i];
+        if (row.stop)
+            doubt(WeldDoubt::StopNotMet, double(before.path), i);
+        if (!row.on)
             continue;
-        const double p = double(m_tech[i].path);
-        if (p < before - samePlace)
-            doubt(WeldDoubt::OutOfStep, p);
-        before = p;
+        const double p = double(row.path);
+        if (p < double(before.path) - samePlace)
+            doubt(WeldDoubt::OutOfStep, p, i);
+        const bool behind = passOver ? i > m_leftOut : p > m_dist + noSeamShows;
+        if (behind && (row.Ir > 0 || before.Ir > 0) && !ended) {
+            doubt(WeldDoubt::EndsEarly, passOver ? double(before.path) : m_dist, i);
+            ended = true;
+        }
+        before = row;
     }
 }
 
-void ContourBuilder::doubt(WeldDoubt::Kind kind, double path)
+void ContourBuilder::doubt(WeldDoubt::Kind kind, double path, int row)
 {
-    if (kind > m_doubt.kind)
-        m_doubt = {kind, float(path)};
+    m_doubts.append({kind, float(path), row});
+    if (kind <= WeldDoubt::OutOfStep && kind > m_doubt.kind)
+        m_doubt = m_doubts.last();
 }
 
 // A long pause without beam costs no idle turns. What is left out here is what the pause of channel 3 is

@@ -5,6 +5,35 @@
 
 #include <algorithm>
 
+namespace {
+
+// %1 the path, %2 the row as the table counts it.
+struct PlaceText
+{
+    WeldDoubt::Kind kind;
+    const char* text;
+};
+constexpr PlaceText placeTexts[] = {
+    {WeldDoubt::OffArc, "[W]Строка %2, путь %1 мм: радиус дуги с дробью, рез ляжет мимо дуги"},
+    {WeldDoubt::StopShort, "[W]Останов, строка %2: поперёк X машина встанет, не дойдя до пути %1 мм"},
+    {WeldDoubt::StopWithBeam, "[W]Останов, строка %2, путь %1 мм: луч не снят и будет гореть на месте"},
+    {WeldDoubt::StopInClosing,
+     "[W]Останов в замыкающем кадре, строка %2, путь %1 мм: следующего останова канал 3 не дождётся"},
+    {WeldDoubt::StopNotMet, "[W]Останов, строка %2: движение кончится раньше, канал 3 будет ждать без конца"},
+    {WeldDoubt::EndsEarly, "[W]Строка %2: движение кончится на пути %1 мм, а луч будет гореть дальше"},
+    {WeldDoubt::NoMotion, "[W]Строка %2, путь %1 мм: единственный проход пропускается, движения не будет"},
+    {WeldDoubt::Backward,
+     "[W]Замыкание обратным ходом: с пути %1 мм луч по таблице горит, а движение идёт иначе"},
+    {WeldDoubt::NoSpeed, "[W]Строка %2, путь %1 мм: скорость не больше нуля, канал 1 встанет с ошибкой"},
+    {WeldDoubt::CurrentSteps, "[W]Строка %2: ток меняется скачком на пути %1 мм, луч останется прежним"},
+    {WeldDoubt::NoArc, "[W]Точка %2 контура: дуге не хватает радиуса до следующей точки, пуск станет"},
+    {WeldDoubt::NoWay, "[W]Точка %2 контура: кадр без длины, а машина пойдёт: луч и движение разойдутся"},
+    {WeldDoubt::ArcTurned, "[W]Точка %2 контура, путь %1 мм: дуга пойдёт в другую сторону"},
+    {WeldDoubt::TooLong, "[W]Программа слишком длинная, пульт её не запустит"},
+};
+
+} // namespace
+
 QString doubtText(const WeldDoubt& doubt)
 {
     const QString path = QString::number(double(doubt.path), 'f', 2);
@@ -20,9 +49,14 @@ QString doubtText(const WeldDoubt& doubt)
                    "[W]На пути %1 мм таблица идёт назад, а машина так не пойдёт: луч и движение разойдутся")
             .arg(path);
     case WeldDoubt::None:
+        return {};
+    default:
         break;
     }
-    return {};
+    const auto found = std::find_if(std::begin(placeTexts), std::end(placeTexts),
+                                    [&](const PlaceText& text) { return text.kind == doubt.kind; });
+    Q_ASSERT(found != std::end(placeTexts));
+    return QString(found->text).replace("%1", path).replace("%2", QString::number(doubt.row + 1));
 }
 
 qint64 programLines(const WeldTables& tables)

@@ -10,16 +10,33 @@
 // Where the motion does not do what the technology table says. Such a weld is started all the same.
 struct WeldDoubt
 {
-    enum Kind { // from the least to the worst
+    enum Kind { // of a row that is cut: from the least to the worst
         None,
         SpeedKept, // the feed does not change at the row: beam and motion part
         OffSeam,   // the row goes back on a straight way, beside the seam
-        OutOfStep  // the row goes back, the machine does not, or not so far
+        OutOfStep, // the row goes back, the machine does not, or not so far
+        // of the others, in no order
+        OffArc,        // the row cuts an arc beside it
+        StopShort,     // the machine stands before the place of the stop
+        StopWithBeam,  // the beam burns while the operator looks
+        StopInClosing, // the stop behind this one is never gone on from
+        StopNotMet,    // the motion ends before it, and the beam waits
+        EndsEarly,     // the beam goes on when the motion has ended
+        NoMotion,      // the only pass is left out
+        Backward,      // a backward closure counts a way that is not gone
+        NoSpeed,       // under way
+        CurrentSteps,  // the step is taken by no ramp and never reaches the beam
+        NoArc,         // the radius does not span the chord
+        NoWay,         // the frame counts nothing and is gone all the same
+        ArcTurned,     // an arc bulges to the other side
+        TooLong        // the console does not make such programs
     };
 
     Kind kind = None;
-    float path = 0; // mm, of the first row of this kind
+    float path = 0; // mm
+    int row = -1;   // of the technology table; of the contour where the geometry is doubted; -1 for the weld
 };
+// The journal line.
 QString doubtText(const WeldDoubt& doubt);
 
 // A program of more lines is not made, those of all channels counted together: the window would stand still

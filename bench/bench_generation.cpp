@@ -4,6 +4,7 @@
 #include "benchtools.h"
 #include "schema.h"
 #include "table.h"
+#include "tools/proof/proof.h"
 #include "weldgeometry.h"
 #include "weldprogram.h"
 
@@ -165,6 +166,16 @@ void refusal(Table& table)
               {"a window may stand still", 100}, atMostTimes(1));
 }
 
+// The whole weld executed on the simulated channels.
+void proved(Table& table, const char* scheme)
+{
+    const Large large = weld(scheme, 2000, 2000, 4);
+    const double begin = now();
+    const Proof proof = proveWeld({{}, {}, large.tables}, {});
+    table.row(sizes(scheme, 2000, 2000, 4) + ", proved", now() - begin, "s", {"the weld", proof.run.seconds},
+              atMost(5));
+}
+
 } // namespace
 
 int main()
@@ -174,6 +185,8 @@ int main()
         growth(table, scheme);
     for (const char* scheme : {"XYZ", "XYZr", "Circle"})
         largest(table, scheme);
+    for (const char* scheme : {"XYZ", "XYZr", "Circle"})
+        proved(table, scheme);
     refusal(table);
     return table.result();
 }

@@ -35,6 +35,7 @@ BeamClock::BeamClock(const WeldTables& tables)
             m_rounded += change > 0 && seconds > 0 ? seconds * seconds / 60 * 0.0005 / change : 0.0005;
             time += seconds;
             m_fastest = std::max(m_fastest, double(before.speed));
+            m_slowest = std::min(m_slowest, double(before.speed));
         }
         // Passes that are left out: the beam is where it was, whole turns later.
         if (way < whole)
@@ -89,13 +90,11 @@ double BeamClock::stageBegin(int stage) const
 }
 
 // The start angle of a circle comes from a cosine, which near 0 and 180 degrees sees the rounding of the
-// first point many times over. A ring turns by a ratio of two decimals.
+// first point many times over. What lags a little where the motion is slow lags more where it is fast.
 double BeamClock::roundedWay() const
 {
     const WeldContour& contour = m_tables.contour;
-    double way =
-        m_rounded * m_fastest / 60 +
-        0.01 * std::sqrt(double(contour.rows.size() * passCount(contour)) + double(m_tables.tech.size()));
+    double way = 0.01 * std::sqrt(double(contour.rows.size() * passCount(contour) + m_tables.tech.size()));
     if (contour.schema->rotate()) {
         const PlaneColumns plane = planeColumns(contour.schema->Aux());
         const QList<float>& first = contour.rows.first().coords;
@@ -103,11 +102,7 @@ double BeamClock::roundedWay() const
                                                           double(first[plane.first] - contour.centerX)));
         way += double(contour.schema->R()) *
                std::fabs(qDegreesToRadians(std::remainder(m_start.angle - angle, 360.0)));
-    } else if (contour.schema->circle()) {
-        const double ratio = double(contour.schema->D()) * M_PI / 360;
-        way += ratio > 0
-                   ? double(m_tables.tech.last().path) * std::fabs(std::round(ratio * 100) / 100 / ratio - 1)
-                   : 0;
     }
-    return way;
+    return way * std::max(1.0, m_fastest / m_slowest) + m_rounded * m_fastest / 60 +
+           (contour.schema->circle() ? noRingShows : 0);
 }

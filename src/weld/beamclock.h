@@ -44,5 +44,5 @@ private:
     CircleStart m_start;
     QVector<Knot> m_knots;
     double m_rounded = 0;
-    double m_fastest = 0; // mm/min
+    double m_fastest = 0, m_slowest = 1e9; // mm/min
 };

@@ -408,6 +408,13 @@ QList<float> WeldPath::onCircle(double path, const CircleStart& start) const
     return point;
 }
 
+double ringRatioError(const WeldContour& contour)
+{
+    const double ratio = double(contour.schema->D()) * M_PI / 360;
+    const double given = std::round(ratio * 100) / 100;
+    return contour.schema->circle() && given > 0 ? ratio / given - 1 : 0;
+}
+
 int passesLeftOut(double stretch, double length)
 {
     // The table's two decimals may put a row a little behind the end of the pass it stands at: no pass more.

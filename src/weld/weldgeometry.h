@@ -122,6 +122,11 @@ private:
     QVector<double> m_sums; // of the frames before each row
 };
 
+// The part by which a ring turns faster than its beam counts: the controller is given the way of a degree
+// with two decimals. So much of it shows on no seam, mm.
+double ringRatioError(const WeldContour& contour);
+inline constexpr double noRingShows = 5;
+
 // How many whole passes of `length` mm a stretch without beam is shorter, so that what is left is at most
 // one pass and `samePlace`. The beam's pause and the motion both leave out this number.
 int passesLeftOut(double stretch, double length);

@@ -8,9 +8,10 @@
 
 namespace {
 
-constexpr double noSeamShows = 0.1; // mm, by which the beam may be beside its place
-constexpr double smooth = 0.02;     // rad, between two frames that pass into one another
-constexpr double kink = 0.09;       // rad, that nobody takes for smooth
+constexpr double noSeamShows = 0.1;  // mm, by which the beam may be beside its place
+constexpr double standsShort = 0.25; // s that the beam may burn on one place
+constexpr double smooth = 0.02;      // rad, between two frames that pass into one another
+constexpr double kink = 0.09;        // rad, that nobody takes for smooth
 
 // Which way a frame leaves its first point and comes to its last, rad, in the plane of an arc.
 struct Direction
@@ -34,6 +35,7 @@ public:
         rows();
         if (m_contour.closed && !m_contour.closedForward && m_frames)
             backward();
+        ring();
         if (programLines({m_contour, m_tech}) > maxProgramLines)
             add(WeldDoubt::TooLong, 0, -1);
         return m_doubts + programs.doubts;
@@ -43,6 +45,7 @@ private:
     void geometry();
     void rows();
     void backward();
+    void ring();
     bool turned(int row) const;
     bool counts(int row) const { return row + 1 < m_contour.rows.size() || closesByFrame(m_contour); }
     const QList<float>& end(int row) const
@@ -115,6 +118,32 @@ void Proof::backward()
     for (int i = 1; i < m_tech.size(); ++i) {
         if (burns(i))
             return add(WeldDoubt::Backward, out, i);
+    }
+}
+
+// The lag grows with time and is nothing again behind each stop.
+void Proof::ring()
+{
+    const double error = ringRatioError(m_contour);
+    double seconds = 0;
+    TechRow before = m_tech.value(0);
+    before.path = 0;
+    for (int i = 1; i < m_tech.size() && error != 0; ++i) {
+        const TechRow& row = m_tech[i];
+        const bool ends = row.stop || i + 1 == m_tech.size() || m_tech[i + 1].stop;
+        seconds = row.stop ? 0 : seconds;
+        if (!row.on)
+            continue;
+        const double way = std::fabs(double(row.path) - double(before.path));
+        const bool burns = row.Ir > 0 || before.Ir > 0;
+        const int passes = burns || row.If != before.If ? 0 : passesLeftOut(way, double(m_contour.length));
+        seconds +=
+            before.speed > 0 ? 60 * (way - passes * double(m_contour.length)) / double(before.speed) : 0;
+        const double lag = error * seconds; // s, above 0 where the part is ahead
+        const double fastest = double(std::max(before.speed, i + 1 < m_tech.size() ? row.speed : 0));
+        if (burns && (std::fabs(lag) * fastest / 60 > noRingShows || (ends && lag > standsShort)))
+            return add(WeldDoubt::RingRatio, double(row.path), i);
+        before = row;
     }
 }
 

@@ -100,7 +100,8 @@ double BeamClock::roundedWay() const
         const QList<float>& first = contour.rows.first().coords;
         const double angle = qRadiansToDegrees(std::atan2(double(first[plane.second] - contour.centerY),
                                                           double(first[plane.first] - contour.centerX)));
-        way += double(contour.schema->R()) *
+        // A row close behind a point may even be cut before it: there and back.
+        way += 2 * double(contour.schema->R()) *
                std::fabs(qDegreesToRadians(std::remainder(m_start.angle - angle, 360.0)));
     }
     return way * std::max(1.0, m_fastest / m_slowest) + m_rounded * m_fastest / 60 +

@@ -10,6 +10,7 @@ namespace {
 
 constexpr double noSeamShows = 0.1;  // mm, by which the beam may be beside its place
 constexpr double standsShort = 0.25; // s that the beam may burn on one place
+constexpr double steep = 10;         // times the arc
 constexpr double smooth = 0.02;      // rad, between two frames that pass into one another
 constexpr double kink = 0.09;        // rad, that nobody takes for smooth
 
@@ -46,6 +47,11 @@ private:
     void rows();
     void backward();
     void ring();
+    double across(int row) const // mm, the way of an arc's third coordinate
+    {
+        const int third = planeColumns(m_contour.rows[row].frame.plane).third;
+        return std::fabs(double(end(row)[third]) - double(m_contour.rows[row].coords[third]));
+    }
     bool turned(int row) const;
     bool counts(int row) const { return row + 1 < m_contour.rows.size() || closesByFrame(m_contour); }
     const QList<float>& end(int row) const
@@ -79,6 +85,8 @@ void Proof::geometry()
             add(WeldDoubt::NoArc, path, row);
         else if (type == Frame::Arc && turned(row))
             add(WeldDoubt::ArcTurned, path, row);
+        else if (type == Frame::Arc && across(row) > steep * length)
+            add(WeldDoubt::SteepArc, path, row);
         else if (!(length > 0) && m_contour.schema->distance(from, end(row)) > noSeamShows)
             add(WeldDoubt::NoWay, path, row);
         path += std::isfinite(length) ? length : 0;

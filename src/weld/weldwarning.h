@@ -28,6 +28,7 @@ struct WeldDoubt
         CurrentSteps,  // the step is taken by no ramp and never reaches the beam
         NoArc,         // the radius does not span the chord
         NoWay,         // the frame counts nothing and is gone all the same
+        SteepArc,      // its feed counts in the plane alone, and the coordinate across it flies
         RingRatio,     // its two decimals let the part run away from the beam
         ArcTurned,     // an arc bulges to the other side
         TooLong        // the console does not make such programs

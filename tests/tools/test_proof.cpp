@@ -140,6 +140,12 @@ const Hazard hazards[] = {
          weld.point({0, 0, 0}).point({100, 0, 0}).closed(1, false);
          return std::move(weld.row(0, 20, slow).end(20));
      }},
+    {WeldDoubt::SteepArc, ProofRun::TooFast,
+     [] {
+         Weld weld(new SchemaXYZ);
+         weld.point({0, 0, 0}).point({50, 0, 0}, arc(12, 1, 0)).point({50, 1, 80}, {Frame::End, 0, 0, 0});
+         return std::move(weld.row(0, 20, slow).end(20));
+     }},
     {WeldDoubt::RingRatio, ProofRun::Standing,
      [] { // 0.436 mm a degree count as 0.44, 0.471 as 0.47: here the part comes in before the beam is off
          Weld weld(new SchemaCircle(54, 3));

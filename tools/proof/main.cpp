@@ -76,9 +76,15 @@ int main(int argc, char* argv[])
     QCommandLineParser parser;
     addOptions(&parser);
     if (!parser.parse(app.arguments()))
-        return refuse(parser.errorText());
+        return refuse(QStringLiteral("непонятный ключ: %1 (подробно: mirta-proof --help)")
+                          .arg(parser.unknownOptionNames().value(0, parser.errorText())));
     if (parser.isSet("help")) {
-        std::fputs(qPrintable(parser.helpText()), stdout);
+        const QString help = parser.helpText()
+                                 .replace(QLatin1String("Usage:"), QStringLiteral("Вызов:"))
+                                 .replace(QLatin1String("[options]"), QStringLiteral("[ключи]"))
+                                 .replace(QLatin1String("Options:"), QStringLiteral("Ключи:"))
+                                 .replace(QLatin1String("Arguments:"), QStringLiteral("Файл:"));
+        std::fputs(qPrintable(help), stdout);
         return 0;
     }
     return prove(parser);

@@ -149,9 +149,10 @@ private:
             m_p.drawLine(at(m_samples[i - 1]), at(s));
         }
         const auto place = [&](double path) { return at(m_samples[nearest(path)]); };
-        if (marks)
+        if (marks) {
             rows(place);
-        findings(place);
+            findings(place);
+        }
         if (m_cursor >= 0)
             mark(at(m_samples[std::min(m_cursor, m_samples.size() - 1)]), {}, cursorColor);
     }
@@ -168,9 +169,9 @@ private:
                 m_p.drawRect(QRectF(place(path) - QPointF(8, 8) * m_unit, QSizeF(16, 16) * m_unit));
             } else if (tech[i].on && std::fabs(path - marked) > m_longest / 40) {
                 marked = path;
-                m_p.setPen(QPen(rowColor, m_unit));
+                m_p.setPen(QPen(rowColor, 2 * m_unit));
                 m_p.drawEllipse(place(path), 4 * m_unit, 4 * m_unit);
-                m_p.drawText(place(path) + QPointF(6, -6) * m_unit, QString::number(i + 1));
+                m_p.drawText(place(path) + QPointF(10, 18) * m_unit, QString::number(i + 1));
             }
         }
     }
@@ -182,7 +183,7 @@ private:
         const auto all = m_proof.findings();
         QVector<QPointF> taken;
         for (int i = 0; i < std::min(shown, all.size()); ++i) {
-            QPointF point = place(all[i].first);
+            QPointF point = place(all[i].first) + QPointF(-20, -20) * m_unit; // what lies there stays seen
             while (std::any_of(taken.begin(), taken.end(), [&](const QPointF& other) {
                 return std::hypot(other.x() - point.x(), other.y() - point.y()) < 22 * m_unit;
             }))
@@ -228,10 +229,11 @@ private:
         double most = 1;
         for (const Sample& s : m_samples)
             most = std::max(most, s.*value);
+        const double full = most * 1.1;
         const double top = area.top() + 22 * m_unit;
         const auto at = [&](const Sample& s) {
             return QPointF(area.left() + area.width() * (m_longest > 0 ? s.path / m_longest : 0),
-                           area.bottom() - (area.bottom() - top) * (s.*value) / most);
+                           area.bottom() - (area.bottom() - top) * (s.*value) / full);
         };
         m_p.setPen(Qt::black);
         m_p.drawText(area, Qt::AlignLeft | Qt::AlignTop,

@@ -281,7 +281,8 @@ bool write(const QString& file, const QByteArray& bytes)
 void paintProof(QPainter* painter, const QRectF& area, const Proof& proof, int cursor)
 {
     painter->setRenderHint(QPainter::Antialiasing);
-    Picture(painter, proof, area.width() / 1600, cursor).paint(area);
+    // Letters stay legible on a narrow window and on paper.
+    Picture(painter, proof, std::max(1.0, area.width() / 1600), cursor).paint(area);
 }
 
 bool writeProofPng(const QString& file, const Proof& proof)
@@ -320,7 +321,7 @@ bool writeProofPdf(const QString& file, const Proof& proof)
         if (i > 0)
             pdf.newPage();
         if (i == 0) {
-            paintProof(&painter, {0, 0, page.width(), page.width() * 0.95}, proof);
+            paintProof(&painter, {0, 0, page.width(), page.width() * 1.25}, proof);
         } else {
             painter.save();
             painter.translate(0, -page.height() * (i - 1));

@@ -4,9 +4,10 @@
 #include "benchtools.h"
 #include "schema.h"
 #include "table.h"
-#include "tools/proof/proof.h"
+#include "trainer/proofrun.h"
 #include "weldgeometry.h"
 #include "weldprogram.h"
+#include "weldproof.h"
 
 #include <QtMath>
 
@@ -171,9 +172,11 @@ void proved(Table& table, const char* scheme)
 {
     const Large large = weld(scheme, 2000, 2000, 4);
     const double begin = now();
-    const Proof proof = proveWeld({{}, {}, large.tables}, {});
-    table.row(sizes(scheme, 2000, 2000, 4) + ", proved", now() - begin, "s", {"the weld", proof.run.seconds},
-              atMost(5));
+    WeldStage stage;
+    const int found = weldProof(large.tables, contourPrograms(large.tables, stage)).size();
+    const ProofRun run = runWeld(large.tables, {});
+    table.row(sizes(scheme, 2000, 2000, 4) + ", proved: " + QByteArray::number(found), now() - begin, "s",
+              {"the weld", run.seconds}, atMost(5));
 }
 
 } // namespace

@@ -16,7 +16,7 @@ const char* const tabLook =
     " color: black; border: 1px solid #8792ac; border-bottom: none; border-top-left-radius: 6px;"
     " border-top-right-radius: 6px; }"
     "QTabBar::tab:selected { background: #3c4a6b; color: white; }"
-    "QTabBar::tab:disabled { background: #e6e6e6; color: #8c8c8c; }";
+    "QTabBar::tab:disabled { background: #e6e6e6; color: #5c5c5c; }";
 
 const char* const tableLook =
     "QTableWidget { font-size: 13pt; gridline-color: #a9b2c6;"
@@ -105,7 +105,7 @@ void dressWeldPanel(QTabWidget* panel)
         table->setPalette(palette);
         QFont font = table->font();
         font.setPointSize(12);
-        font.setStretch(QFont::SemiCondensed);
+        font.setStretch(84); // a title's longest word fills a column of 80 px
         table->horizontalHeader()->setFont(font);
     }
 }

@@ -165,6 +165,8 @@ void MyWinStyle::setFace(QPalette& palette, const QColor& face)
 void MyWinStyle::polish(QPalette& palette)
 {
     QProxyStyle::polish(palette);
+    palette.setColor(QPalette::Highlight, accent);
+    palette.setColor(QPalette::HighlightedText, Qt::black);
     palette.setColor(QPalette::Disabled, QPalette::Text, disabledText);
     palette.setColor(QPalette::Disabled, QPalette::WindowText,
                      palette.color(QPalette::Active, QPalette::WindowText));
@@ -183,7 +185,7 @@ void MyWinStyle::polish(QWidget* widget)
     }
     setFace(palette, restFace(widget));
     palette.setColor(QPalette::ButtonText, isAlarm(widget) ? Qt::white : Qt::black);
-    palette.setColor(QPalette::Disabled, QPalette::ButtonText, QColor(112, 112, 124));
+    palette.setColor(QPalette::Disabled, QPalette::ButtonText, QColor(52, 54, 66));
     palette.setColor(QPalette::Highlight, accent);
     palette.setColor(QPalette::HighlightedText, Qt::black);
     widget->setPalette(palette);

@@ -43,7 +43,7 @@ def widget(part):
     props = part.props
     out = f'  <widget class="{part.kind}" name="{part.name}">\n' + rect(part)
     if props.get("reading"):
-        out += palette({"WindowText": (255, 255, 255), "Window": (122, 128, 142)})
+        out += palette({"WindowText": (0, 0, 0), "Window": (122, 128, 142)})
     elif "fill" in props:
         out += palette({"Window": props["fill"]})
     if props.get("reading") or props.get("solid") or "fill" in props:

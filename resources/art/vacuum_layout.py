@@ -244,7 +244,7 @@ def bleed_lines():
 
 # --- names, numbers, buttons ----------------------------------------------------------------------------
 
-def gauge(number, x, y, name_at, tap=(), value=118, unit=90, height=40, points=16, unit_points=11):
+def gauge(number, x, y, name_at, tap=(), value=118, unit=90, height=48, points=16, unit_points=12):
     """A pressure with its unit. (x, y): upper left corner of the number; `tap`: where it measures."""
     name = f"PT{number}"
     text(f"lbl{name}", name, *name_at, 44, points=14)
@@ -258,8 +258,8 @@ def gauge(number, x, y, name_at, tap=(), value=118, unit=90, height=40, points=1
 
 def gauges():
     foreline, roughing = (ROW_VP2 + ROW_ROOTS) // 2, 580
-    gauge(1, 222, foreline - 20, (176, foreline - 12), [(COLUMN_B, foreline), (172, foreline)])
-    gauge(3, 606, roughing - 20, (560, roughing - 12), [(COLUMN_E, roughing), (556, roughing)])
+    gauge(1, 222, foreline - 24, (176, foreline - 12), [(COLUMN_B, foreline), (172, foreline)])
+    gauge(3, 606, roughing - 24, (560, roughing - 12), [(COLUMN_E, roughing), (556, roughing)])
     gauge(2, 294, 480, (294, 456), [(COLUMN_ND, 490), (294, 490)])
     gauge(4, 680, 378, (680, 354), [(COLUMN_F, 386), (680, 386)])
     gauge(5, 114, 172, (114, 144), value=184, unit=116, height=72, points=26, unit_points=14)
@@ -288,7 +288,7 @@ def names():
     for name, x in (("VP8", COLUMN_J), ("VP4", COLUMN_H)):
         text(f"lbl{name}", name, x - 62, 212, 48, align="Right")
     text("lblND1", "ND1", 292, 398, 46, kind="PoLabel")
-    text("lblNP1", "NP1\n(Компрессор КВ7)", 738, 66, 160, 42, 11, "Center")
+    text("lblNP1", "NP1\n(Компрессор КВ7)", 738, 66, 160, 42, 12, "Center", bold=False)
     for caption, name, y in [("Масло", "ND1temp", 398), ("Корпус", "ND1CorpTemp", 424)]:
         text(f"lbl{name}n", caption, 340, y, 66, points=12, bold=False)
         text(name, "23.1", 404, y, 60, align="Right", kind="PoLabel", solid=True)
@@ -320,12 +320,12 @@ def water():
         sprite(f"W{number}", "w", 577, y)
         text(f"lblW{number}", f"W{number}", 593, y - 12, 30, points=12, bold=False)
         text(f"W{number}disch", "—", 624, y - 12, 45, points=12, align="Right", kind="PoLabel", solid=True)
-        text(f"lblW{number}u", "л/м", 672, y - 12, 32, points=11, bold=False)
+        text(f"lblW{number}u", "л/м", 672, y - 12, 32, points=12, bold=False)
         sprite(f"T{number}", "t", 716, y)
         text(f"lblT{number}", f"T{number}", 731, y - 12, 26, points=12, bold=False)
         text(f"T{number}temp", "23.1", 755, y - 12, 56, points=12, align="Right", kind="PoLabel", solid=True)
-        text(f"lblT{number}u", "°C", 812, y - 12, 22, points=11, bold=False)
-        text(f"lblW{number}n", consumer, 835, y - 12, 44, points=11, align="Center")
+        text(f"lblT{number}u", "°C", 812, y - 12, 22, points=12, bold=False)
+        text(f"lblW{number}n", consumer, 834, y - 12, 47, points=12, align="Center")
 
 
 REGIMES = [
@@ -337,7 +337,7 @@ REGIMES = [
 def regimes():
     x = 4
     for name, width in REGIMES:
-        put("StateButton", f"sbVac{name}", x, 834, width, 62, props={"points": 11, "bold": True})
+        put("StateButton", f"sbVac{name}", x, 834, width, 62, props={"points": 12, "bold": True})
         x += width + 5
 
 

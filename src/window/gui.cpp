@@ -56,6 +56,16 @@ void connectPanels(Gui* gui, CONTOUR* contour, KVS* kvs)
     QObject::connect(gui, &Gui::signalUserChange, gui, &Gui::onUserChanged);
 }
 
+// Words of full height on buttons between others: rather narrower than cut off.
+void narrowLetters(std::initializer_list<QWidget*> buttons)
+{
+    for (QWidget* button : buttons) {
+        QFont font = button->font();
+        font.setStretch(QFont::SemiCondensed);
+        button->setFont(font);
+    }
+}
+
 } // namespace
 
 // The order of construction is part of the design: state buttons need the locks, the axes need the
@@ -64,6 +74,7 @@ Gui::Gui()
     : ui(std::make_unique<Ui::Gui>())
 {
     ui->setupUi(this); // `contour` and, last of all, `kvs`
+    narrowLetters({ui->pbUsers, ui->pbChangeUser, ui->pbInformation, ui->pbEndlessV});
     setWindowState(Qt::WindowFullScreen | Qt::WindowActive);
     addAction(ui->actExit); // its shortcut works although no menu shows it
 

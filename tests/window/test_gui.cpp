@@ -280,45 +280,6 @@ private slots:
         QVERIFY2(!checkSingleInstance(), "a lock file that cannot be opened counts as a running instance");
     }
 
-    // Every text of the window whole in its place, in every state that changes it.
-    void textsFit()
-    {
-        const auto clipped = [this] {
-            QStringList found;
-            for (QWidget* widget : m_gui->findChildren<QWidget*>()) {
-                const auto* label = qobject_cast<QLabel*>(widget);
-                const QString text = widget->property("text").toString();
-                if ((!label && !qobject_cast<QPushButton*>(widget)) || widget->window() != m_gui.get() ||
-                    text.isEmpty() || widget->objectName().isEmpty() ||
-                    widget->objectName().startsWith("qt_") || w("contour")->isAncestorOf(widget))
-                    continue;
-                const QSize room = label ? label->contentsRect().size() : widget->size() - QSize(4, 0);
-                const int flags = label && label->wordWrap() ? Qt::TextWordWrap : 0;
-                const QRect page(0, 0, label ? room.width() : 1000, 1000);
-                const QSize need = widget->fontMetrics().boundingRect(page, flags, text).size();
-                if (need.boundedTo(room) != need)
-                    found << widget->objectName() + ": " + text;
-            }
-            return found;
-        };
-        QVERIFY2(clipped().isEmpty(), qPrintable(clipped().join("; ")));
-        m_gui->setProgramName("Кольцо D1250.save", true);
-        m_gui->onChangedPressUnit(true);
-        m_gui->onChangedGunPressure(101325);
-        for (const char* axis : {"X", "Z", "PHI", "LX", "A"})
-            w<PoLabel>(QString("coord") + axis)->setValue(-1234.56F, 2);
-        for (const char* axis : {"X", "Z", "PHI", "LX", "V"})
-            w<PoLabel>(QString("speed") + axis)->setValue(3000, 0);
-        for (uint state = 0; state < 15; ++state) {
-            m_gui->onChangedChannelState1(state);
-            m_gui->onChangedChannelMode1(state);
-            m_gui->onChangedPultRegime(state);
-            m_gui->changedMode(state - 1);
-            m_gui->changedModeState(state);
-            QVERIFY2(clipped().isEmpty(), qPrintable(clipped().join("; ")));
-        }
-    }
-
 private:
     QString topBar() const // what it tells of the vacuum
     {

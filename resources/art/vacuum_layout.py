@@ -288,7 +288,7 @@ def names():
     for name, x in (("VP8", COLUMN_J), ("VP4", COLUMN_H)):
         text(f"lbl{name}", name, x - 62, 212, 48, align="Right")
     text("lblND1", "ND1", 292, 398, 46, kind="PoLabel")
-    text("lblNP1", "NP1\n(Компрессор КВ7)", 738, 66, 160, 42, 12, "Center", bold=False)
+    text("lblNP1", "NP1\n(Компрессор КВ7)", 735, 66, 165, 42, 12, "Center", bold=False)
     for caption, name, y in [("Масло", "ND1temp", 398), ("Корпус", "ND1CorpTemp", 424)]:
         text(f"lbl{name}n", caption, 340, y, 66, points=12, bold=False)
         text(name, "23.1", 404, y, 60, align="Right", kind="PoLabel", solid=True)

@@ -56,13 +56,13 @@ void connectPanels(Gui* gui, CONTOUR* contour, KVS* kvs)
     QObject::connect(gui, &Gui::signalUserChange, gui, &Gui::onUserChanged);
 }
 
-// Words of full height on buttons between others: rather narrower than cut off.
-void narrowLetters(std::initializer_list<QWidget*> buttons)
+// Words of full height in little room: rather narrower than cut off.
+void narrowLetters(std::initializer_list<QWidget*> widgets)
 {
-    for (QWidget* button : buttons) {
-        QFont font = button->font();
-        font.setStretch(QFont::SemiCondensed);
-        button->setFont(font);
+    for (QWidget* widget : widgets) {
+        QFont font = widget->font();
+        font.setStretch(85);
+        widget->setFont(font);
     }
 }
 
@@ -74,7 +74,8 @@ Gui::Gui()
     : ui(std::make_unique<Ui::Gui>())
 {
     ui->setupUi(this); // `contour` and, last of all, `kvs`
-    narrowLetters({ui->pbUsers, ui->pbChangeUser, ui->pbInformation, ui->pbEndlessV});
+    narrowLetters({ui->pbUsers, ui->pbChangeUser, ui->pbInformation, ui->pbEndlessV, ui->lblVacuumChamber,
+                   ui->lblVacuumGun});
     setWindowState(Qt::WindowFullScreen | Qt::WindowActive);
     addAction(ui->actExit); // its shortcut works although no menu shows it
 

@@ -33,8 +33,8 @@ QByteArray answerText(const QString& command, const QString& reason)
 ControllerPort portOf(MotionController& controller)
 {
     return {QString(),
-            [&controller](const QString& command) -> Frame {
-                return {frameSignature, answerText(command, controller.command(command))};
+            [&controller](const QString& command) -> std::optional<Frame> {
+                return Frame{frameSignature, answerText(command, controller.command(command))};
             },
             [&controller] {
                 const StatusPack pack = controller.status();

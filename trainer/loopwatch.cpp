@@ -68,17 +68,18 @@ void LoopWatch::watch()
         if (!m_running || m_over)
             continue;
         m_asked = true;
-        m_asking = ownTime();
         QMetaObject::invokeMethod(
             &m_window,
             [this] {
+                const double answered = ownTime(); // the watcher may be held up with the lock in its hand
                 const std::lock_guard<std::mutex> answering(m_mutex);
                 if (m_asked)
-                    m_longest = qMax(m_longest.load(), int((ownTime() - m_asking) * 1000));
+                    m_longest = qMax(m_longest.load(), int((answered - m_asking) * 1000));
                 m_asked = false;
                 m_turn.notify_all();
             },
             Qt::QueuedConnection);
+        m_asking = ownTime(); // after the question: what holds up the watcher is no time of the window's
         while (m_asked && !m_over) {
             if (m_turn.wait_for(lock, look) == std::cv_status::timeout && m_asked &&
                 ownTime() - m_asking > dead) {

@@ -5,6 +5,7 @@
 #include <QAbstractButton>
 #include <QAbstractItemView>
 #include <QApplication>
+#include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
 #include <QTabBar>
@@ -65,12 +66,14 @@ QString nameOf(const QWidget* widget)
                   : kind;
 }
 
-double weightOf(const QString& name)
+// Buttons by more than lamps and readings, of which there are hundreds.
+double weightOf(const QWidget* widget, const QString& name)
 {
     if (seldom.contains(name))
         return 0.4;
-    const bool jog = name.startsWith(QLatin1String("pbPlus")) || name.startsWith(QLatin1String("pbMinus"));
-    return name == QLatin1String("pbEnter") ? 4 : jog ? 2 : 1; // a number that is never entered shows nothing
+    if (name == QLatin1String("pbEnter")) // a number that is never entered shows nothing
+        return 4;
+    return qobject_cast<const QLabel*>(widget) ? 0.5 : 2;
 }
 
 // Whether a finger means this widget rather than what it lies on.
@@ -135,7 +138,7 @@ QVector<Monkey::Target> Monkey::targets() const
                 !answersTouch(widget))
                 continue;
             const QString name = nameOf(widget);
-            found.append({name, widget, weightOf(name) / std::sqrt(1.0 + m_touched.value(name))});
+            found.append({name, widget, weightOf(widget, name) / std::sqrt(1.0 + m_touched.value(name))});
         }
     }
     return found;

@@ -5,6 +5,7 @@
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
+#include <utility>
 
 #include <sys/syscall.h>
 #include <unistd.h>
@@ -45,19 +46,22 @@ void LoopWatch::stop()
     m_turn.notify_all();
 }
 
-int LoopWatch::takeLongest()
+LoopWatch::Stall LoopWatch::takeLongest()
 {
-    return m_longest.exchange(0);
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    return std::exchange(m_longest, {});
 }
 
-double LoopWatch::ownTime() const
+LoopWatch::Account LoopWatch::account() const
 {
     const auto now = std::chrono::steady_clock::now().time_since_epoch();
     QFile file(QStringLiteral("/proc/self/task/%1/schedstat").arg(m_thread));
-    double waited = 0; // where the kernel keeps no account, nothing is taken off
+    QList<QByteArray>
+        words; // run, waited for a processor, turns: ns, ns, number; none where no account is kept
     if (file.open(QIODevice::ReadOnly))
-        waited = file.readAll().split(' ').value(1).toDouble() * 1e-9; // run, waited, turns: ns, ns, number
-    return std::chrono::duration<double>(now).count() - waited;
+        words = file.readAll().split(' ');
+    return {words.value(0).toDouble() * 1e-9,
+            std::chrono::duration<double>(now).count() - words.value(1).toDouble() * 1e-9};
 }
 
 void LoopWatch::watch()
@@ -71,18 +75,22 @@ void LoopWatch::watch()
         QMetaObject::invokeMethod(
             &m_window,
             [this] {
-                const double answered = ownTime(); // the watcher may be held up with the lock in its hand
+                const Account answered = account(); // the watcher may be held up with the lock in its hand
                 const std::lock_guard<std::mutex> answering(m_mutex);
-                if (m_asked)
-                    m_longest = qMax(m_longest.load(), int((answered - m_asking) * 1000));
+                if (m_asked) {
+                    const double busy = answered.busy - m_asking.busy;
+                    m_longest.busy = qMax(m_longest.busy, int(busy * 1000));
+                    m_longest.asleep =
+                        qMax(m_longest.asleep, int((answered.own - m_asking.own - busy) * 1000));
+                }
                 m_asked = false;
                 m_turn.notify_all();
             },
             Qt::QueuedConnection);
-        m_asking = ownTime(); // after the question: what holds up the watcher is no time of the window's
+        m_asking = account(); // after the question: what holds up the watcher is no time of the window's
         while (m_asked && !m_over) {
             if (m_turn.wait_for(lock, look) == std::cv_status::timeout && m_asked &&
-                ownTime() - m_asking > dead) {
+                account().own - m_asking.own > dead) {
                 std::fputs("the window's thread answers no more\n", stderr);
                 std::abort();
             }

@@ -24,20 +24,33 @@ public:
     void start();
     void stop();
 
-    int takeLongest(); // longest time without an answer since the last call, ms
+    // Longest times without an answer since the last call, ms: on the processor, and asleep (at a lock, at
+    // the disk, for another program).
+    struct Stall
+    {
+        int busy = 0;
+        int asleep = 0;
+    };
+    Stall takeLongest();
 
 private:
     void watch();
-    double ownTime() const; // of the window's thread without its waits for a processor, s
+    // Of the window's thread, s.
+    struct Account
+    {
+        double busy = 0;
+        double own = 0; // without its waits for a processor
+    };
+    Account account() const;
 
     const int m_thread; // the window's, by the kernel's number
     std::atomic<bool> m_running{false};
-    std::atomic<int> m_longest{0};
     std::mutex m_mutex; // of what follows
     std::condition_variable m_turn;
     bool m_over = false;
     bool m_asked = false;
-    double m_asking = 0; // own time at the question
-    QObject m_window;    // on the window's thread, and takes unanswered questions along
+    Account m_asking; // at the question
+    Stall m_longest;
+    QObject m_window; // on the window's thread, and takes unanswered questions along
     std::thread m_watcher;
 };

@@ -29,6 +29,8 @@ constexpr int longestStall = 100;
 #else
 constexpr int longestStall = 1000; // of a build that is slower by far
 #endif
+constexpr int longestSleep =
+    500; // ms at a lock or at the disk; with the slack of a machine that others keep busy
 constexpr int longestStop =
     3000; // ms from the lifted finger to the stop of the jog, on a machine at its limit
 constexpr int touchesToLeave = 3;     // a modal window
@@ -376,9 +378,11 @@ void Lane::logInAgain()
 
 void Lane::judge()
 {
-    const int stall = m_watch.takeLongest();
-    if (stall > longestStall)
-        finding(QStringLiteral("the event loop stood for %1 ms").arg(stall));
+    const LoopWatch::Stall stall = m_watch.takeLongest();
+    if (stall.busy > longestStall || stall.asleep > longestSleep)
+        finding(QStringLiteral("the event loop stood: %1 ms busy, %2 ms asleep")
+                    .arg(stall.busy)
+                    .arg(stall.asleep));
     QElapsedTimer time;
     time.start();
     QStringList moving;

@@ -18,11 +18,16 @@ namespace {
 
 constexpr int patience = 10'000; // ms, for a place that another window covers
 constexpr int longestStay = 300; // ms
+constexpr int longestWork = 120; // touches on one page, or on a walk
 const QString anywhere = QStringLiteral("anywhere");
 
 // Touched by less than the others: what ends a life, after which the console starts anew.
 const QStringList seldom = {QStringLiteral("pbCloseProgram"), QStringLiteral("sbShutdown"),
                             QStringLiteral("pbChangeUser")};
+
+// What a window is there for: a number that is never entered shows nothing.
+const QStringList deeds = {QStringLiteral("pbEnter"), QStringLiteral("pbAdd"), QStringLiteral("pbCreate"),
+                           QStringLiteral("pbOn"), QStringLiteral("pbYes")};
 
 struct TypedKey
 {
@@ -56,7 +61,7 @@ const QStringList wayOutTexts = {QStringLiteral("Отмена"), QStringLiteral(
 
 QString nameOf(const QWidget* widget)
 {
-    if (!widget->objectName().isEmpty())
+    if (!widget->objectName().isEmpty() && !widget->objectName().startsWith(QLatin1String("qt_")))
         return widget->objectName();
     const QString kind = QLatin1String(widget->metaObject()->className());
     const QWidget* parent = widget->parentWidget();
@@ -66,14 +71,22 @@ QString nameOf(const QWidget* widget)
                   : kind;
 }
 
-// Buttons by more than lamps and readings, of which there are hundreds.
-double weightOf(const QWidget* widget, const QString& name)
+const QAbstractItemView* tableOf(const QWidget* cells)
+{
+    return qobject_cast<const QAbstractItemView*>(cells->parentWidget());
+}
+
+// On a page and in a dialog (`near`) labels are numbers to enter, and the rows what the buttons work on; of
+// the whole panel they are lamps and readings by the hundred.
+double weightOf(const QWidget* widget, const QString& name, bool near)
 {
     if (seldom.contains(name))
         return 0.4;
-    if (name == QLatin1String("pbEnter")) // a number that is never entered shows nothing
-        return 4;
-    return qobject_cast<const QLabel*>(widget) ? 0.5 : 2;
+    if (deeds.contains(name))
+        return 6;
+    if (near && tableOf(widget))
+        return 8;
+    return qobject_cast<const QLabel*>(widget) && !near ? 0.5 : 2;
 }
 
 // Whether a finger means this widget rather than what it lies on.
@@ -124,7 +137,7 @@ QWidget* Monkey::front()
     return popup ? popup : QApplication::activeModalWidget();
 }
 
-QVector<Monkey::Target> Monkey::targets() const
+QVector<Monkey::Target> Monkey::targets(const QWidget* page) const
 {
     QVector<Target> found;
     QWidget* const first = front();
@@ -135,10 +148,11 @@ QVector<Monkey::Target> Monkey::targets() const
         found.append({anywhere, window, first ? 0.5 : 1.0});
         for (QWidget* widget : window->findChildren<QWidget*>()) {
             if (!widget->isVisible() || !widget->isEnabled() || widget->window() != window ||
-                !answersTouch(widget))
+                !answersTouch(widget) || (page && !page->isAncestorOf(widget)))
                 continue;
             const QString name = nameOf(widget);
-            found.append({name, widget, weightOf(widget, name) / std::sqrt(1.0 + m_touched.value(name))});
+            found.append({name, widget,
+                          weightOf(widget, name, page || first) / std::sqrt(1.0 + m_touched.value(name))});
         }
     }
     return found;
@@ -156,25 +170,64 @@ Monkey::Touch Monkey::keyFor(int number) const
     return touch;
 }
 
+Monkey::Touch Monkey::moveOn(int number)
+{
+    m_until = number + 1 + int(chance(number, QStringLiteral("until")) * longestWork);
+    m_workedOn = nullptr;
+    Touch touch;
+    double highest = 0.7; // of the ranks; at first a walk's own
+    for (QWidget* window : windowsFromTop()) {
+        for (auto* tabs : window->findChildren<QTabWidget*>()) {
+            for (int i = 0; i < tabs->count() && tabs->isVisible() && tabs->isEnabled(); ++i) {
+                const auto buttons = double(tabs->widget(i)->findChildren<QAbstractButton*>().size());
+                const double rank = std::pow(chance(number, tabs->tabText(i)), 10 / (buttons + 1));
+                if (rank <= highest)
+                    continue;
+                highest = rank;
+                m_workedOn = tabs;
+                touch.spot = {tabs->tabBar(), tabs->tabBar()->tabRect(i).center()};
+                touch.words = QStringLiteral("tap tab %1").arg(tabs->tabText(i));
+            }
+        }
+    }
+    return touch;
+}
+
+// Of a table a place on its rows, not on the empty ground below them.
+QPoint Monkey::placeOn(const QWidget* widget, int number) const
+{
+    QSize size = widget->size();
+    const auto* table = tableOf(widget);
+    if (const int rows = table && table->viewport() == widget ? table->model()->rowCount() : 0)
+        size.setHeight(
+            qBound(1, table->visualRect(table->model()->index(rows - 1, 0)).bottom(), size.height()));
+    return {int(chance(number, QStringLiteral("at x")) * size.width()),
+            int(chance(number, QStringLiteral("at y")) * size.height())};
+}
+
 Monkey::Touch Monkey::choose(int number)
 {
+    if (number >= m_until && !front()) {
+        const Touch tab = moveOn(number);
+        if (tab.spot.widget)
+            return tab;
+    }
     const bool typing = qobject_cast<QLineEdit*>(QApplication::focusWidget());
     if (chance(number, QStringLiteral("keyboard")) < (typing ? 0.3 : 0.06))
         return keyFor(number);
-    QVector<Target> ranked = targets();
+    const bool astray = front() || chance(number, QStringLiteral("astray")) < 0.1;
+    const QWidget* page =
+        m_workedOn && m_workedOn->isVisible() && !astray ? m_workedOn->currentWidget() : nullptr;
+    QVector<Target> ranked = targets(page);
     const auto rank = [&](const Target& target) {
         return std::log(1 - chance(number, target.name)) / target.weight; // at most 0, the highest is first
     };
     std::stable_sort(ranked.begin(), ranked.end(),
                      [&](const Target& a, const Target& b) { return rank(a) > rank(b); });
-    const auto at = [&](const QSize& size, const char* purpose) {
-        return QPoint(int(chance(number, QLatin1String(purpose) + QStringLiteral(" x")) * size.width()),
-                      int(chance(number, QLatin1String(purpose) + QStringLiteral(" y")) * size.height()));
-    };
     Touch touch;
     QString name = QStringLiteral("nothing");
     for (const Target& target : qAsConst(ranked)) {
-        const QPoint place = at(target.widget->size(), "at");
+        const QPoint place = placeOn(target.widget, number);
         if (target.name != anywhere && !reachable(target.widget, place))
             continue;
         QWidget* const hit = target.name == anywhere ? target.widget->childAt(place) : nullptr;
@@ -194,8 +247,12 @@ Monkey::Touch Monkey::choose(int number)
     }
     if (touch.gesture == Touch::Hold && chance(number, QStringLiteral("meanwhile")) < 0.3)
         touch.key = keyFor(number).key;
-    for (const char* leg : {"first", "second", "third"}) {
-        if (touch.gesture == Touch::Drag && chance(number, QLatin1String(leg)) < 0.7 && touch.spot.widget)
+    const auto at = [&](const QSize& size, const QString& leg) {
+        return QPoint(int(chance(number, leg + QStringLiteral(" x")) * size.width()),
+                      int(chance(number, leg + QStringLiteral(" y")) * size.height()));
+    };
+    for (const QString& leg : {QStringLiteral("first"), QStringLiteral("second"), QStringLiteral("third")}) {
+        if (touch.gesture == Touch::Drag && chance(number, leg) < 0.7 && touch.spot.widget)
             touch.road.append(touch.road.isEmpty() ? touch.spot.widget->mapToGlobal(at(QSize(300, 300), leg))
                                                    : at(panelSize, leg));
     }

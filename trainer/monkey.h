@@ -3,12 +3,15 @@
 #include "finger.h"
 
 #include <QHash>
+#include <QTabWidget>
 #include <QVector>
 
 // A hand that touches whatever can be touched: buttons, numbers, tables, tabs, menus, any place of the panel;
-// taps, quick double touches, fingers that stay and slide away, keys. What it does at a touch follows from
-// the seed and the number of the touch alone. It chooses by name: of what is on the screen the one that the
-// seed ranks first, so that it still takes the same one when a button beside it is disabled this time.
+// taps, quick double touches, fingers that stay and slide away, keys. Between walks over the whole panel it
+// turns to a tab and works on that page for a while, as whoever teaches a contour does. What it does at a
+// touch follows from the seed, the number of the touch and what it touched before. It chooses by name: of
+// what is on the screen the one that the seed ranks first, so that it still takes the same one when a button
+// beside it is disabled this time.
 //
 // All calls belong to a thread of its own (see `runScript`), never to the window's.
 class Monkey
@@ -48,11 +51,16 @@ private:
         QWidget* widget;
         double weight;
     };
-    QVector<Target> targets() const; // on the window's thread, as the next two
+    QVector<Target> targets(const QWidget* page) const; // of all that can be touched where `page` is null; on
+                                                        // the window's thread, as the next three
     Touch choose(int number);
     Touch keyFor(int number) const;
+    Touch moveOn(int number); // to a tab, or with no spot to the panel as a whole; and for how long
+    QPoint placeOn(const QWidget* widget, int number) const;
 
     const quint64 m_seed;
-    QHash<QString, int> m_touched; // how often, by name
+    QHash<QString, int> m_touched;   // how often, by name
+    QPointer<QTabWidget> m_workedOn; // to whose page the hand keeps, null while it walks
+    int m_until = 0;                 // touch at which it moves on
     std::unique_ptr<Finger> m_finger;
 };

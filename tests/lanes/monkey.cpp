@@ -3,20 +3,18 @@
 // findings.
 
 #include "trainer/monkey.h"
-#include "drivecomm.h"
-#include "gui.h"
 #include "journey.h"
+#include "trainer/jogwatch.h"
 #include "trainer/loopwatch.h"
 
-#include <QAbstractButton>
 #include <QCommandLineParser>
 #include <QDialog>
 #include <QElapsedTimer>
 #include <QLineEdit>
-#include <QRegularExpression>
 #include <QSettings>
 
 #include <atomic>
+#include <cmath>
 #include <cstdio>
 
 namespace {
@@ -29,118 +27,30 @@ constexpr int longestStall = 100;
 #else
 constexpr int longestStall = 1000; // of a build that is slower by far
 #endif
-constexpr int longestSleep =
-    500; // ms at a lock or at the disk; with the slack of a machine that others keep busy
-constexpr int longestStop =
-    3000; // ms from the lifted finger to the stop of the jog, on a machine at its limit
-constexpr int touchesToLeave = 3;     // a modal window
-constexpr int mostFindings = 20;      // then the run ends
-constexpr int touchesUnlocked = 5;    // after which the key switch is turned back
+constexpr int longestSleep = 500;  // ms at a lock or at the disk, with the slack of a busy machine
+constexpr int longestStop = 3000;  // ms from the lifted finger to the jog's stop, on a machine at its limit
+constexpr int touchesToLeave = 3;  // a modal window
+constexpr int mostFindings = 20;   // then the run ends
+constexpr int touchesUnlocked = 5; // after which the key switch is turned back
 constexpr int touchesOfTrouble = 150; // after which everything is mended
+constexpr int longestInside = 60;     // touches in one window before it is left
 
-const char* const troubles[] = {"door open",
-                                "door close",
-                                "vacuum on",
-                                "vacuum off",
-                                "key off",
-                                "breaker qf31 off",
-                                "emergency console on",
-                                "emergency pendant on",
-                                "rope left on",
-                                "phase off",
-                                "trip A",
-                                "trip LX1 E2050",
-                                "axis LX1 100",
-                                "axis A 350",
-                                "pult f1 x",
-                                "pult f3 5",
-                                "module 1",
-                                "module 3",
-                                "light led on",
-                                "message 7",
-                                "message 161",
-                                "cncerror 5",
-                                "link drop 0.5",
-                                "link silence 2",
-                                "link kvs drop 0.5",
-                                "link kvk silence 2",
-                                "frame bad",
-                                "frame kvs bad",
-                                "frame badtcp",
-                                "frame kvk badtcp",
-                                "beam off",
-                                "beam on",
-                                "air off",
-                                "valve vp4 jam",
-                                "pump nl1 stop",
-                                "gauge pt1 invalid",
-                                "water all off",
-                                "leak chamber 1",
-                                "speed 1",
-                                "speed 200"};
-const char* const mending[] = {"key on",
-                               "emergency console off",
-                               "emergency pendant off",
-                               "rope left off",
-                               "phase on",
-                               "breaker qf31 on",
-                               "clear A",
-                               "clear LX1",
-                               "air on",
-                               "water all on",
-                               "valve vp4 free",
-                               "pump nl1 mend",
-                               "gauge pt1 good",
-                               "leak chamber 0",
-                               "speed 20",
-                               "vacuum on",
-                               "beam on"};
+const QStringList troubles =
+    QString(
+        "door open;door close;vacuum on;vacuum off;key off;breaker qf31 off;emergency console on;"
+        "emergency pendant on;rope left on;phase off;trip A;trip LX1 E2050;axis LX1 100;axis A 350;"
+        "pult f1 x;pult f3 5;module 1;module 3;light led on;message 7;message 161;cncerror 5;link drop 0.5;"
+        "link silence 2;link kvs drop 0.5;link kvk silence 2;frame bad;frame kvs bad;frame badtcp;"
+        "frame kvk badtcp;beam off;beam on;air off;valve vp4 jam;pump nl1 stop;gauge pt1 invalid;"
+        "water all off;leak chamber 1;speed 1;speed 200")
+        .split(';');
+const QStringList mending =
+    QString(
+        "key on;emergency console off;emergency pendant off;rope left off;phase on;breaker qf31 on;clear A;"
+        "clear LX1;air on;water all on;valve vp4 free;pump nl1 mend;gauge pt1 good;leak chamber 0;speed 20;"
+        "vacuum on;beam on")
+        .split(';');
 const char* const accessCodes[] = {"305729", "730592"};
-
-// What the motion controller was told to move and not yet to stop; window's thread.
-class Jogs : public QObject
-{
-public:
-    // Of the console that has just come up. The controller answers every command, in the order of the wire.
-    void follow(DriveTCPthread* drives)
-    {
-        m_moving.clear();
-        connect(drives, &DriveTCPthread::message, this, [this](const QString& text) { take(text); });
-        connect(drives, &DriveTCPthread::disconnected, this,
-                [this] { m_moving.clear(); }); // it stops by itself
-    }
-    int starts() const { return m_starts; }
-
-    // The endless rotation of V goes on without a finger until its button is touched again.
-    QStringList withoutFinger() const
-    {
-        const auto* window = Operator::console();
-        const auto* endless = window ? window->findChild<QAbstractButton*>("pbEndlessV") : nullptr;
-        QStringList names = m_moving.values();
-        if (!window)
-            names.clear();
-        if (endless && endless->isChecked())
-            names.removeAll(QStringLiteral("V"));
-        return names;
-    }
-
-private:
-    void take(const QString& text)
-    {
-        if (text.contains(QLatin1String("OK STOP_PRG"))) // stops everything
-            m_moving.clear();
-        static const QRegularExpression move(QStringLiteral(R"((?:OK|REFUSED) MOVE\((\w+),([^)]*)\))"));
-        const auto match = move.match(text);
-        if (!match.hasMatch())
-            return;
-        const bool starts = match.captured(2).toDouble() != 0;
-        starts ? void(m_moving.insert(match.captured(1))) : void(m_moving.remove(match.captured(1)));
-        m_starts += starts;
-    }
-
-    QSet<QString> m_moving;
-    int m_starts = 0;
-};
 
 class Lane
 {
@@ -165,6 +75,14 @@ private:
     void logInAgain();
     void judge();
     void finding(const QString& what);
+    // What the function tells on the window's thread.
+    template <class Look>
+    auto seen(const Look& look) -> decltype(look())
+    {
+        decltype(look()) result{};
+        m_hand.onScreen([&] { result = look(); });
+        return result;
+    }
     QPointer<QWidget> front();
     bool shown(const QPointer<QWidget>& window);
 
@@ -172,13 +90,14 @@ private:
     Operator m_hand{30'000};
     Monkey m_monkey;
     LoopWatch m_watch;
-    Jogs m_jogs;
+    JogWatch m_jogs;
     const int m_touches;
     int m_done = 0;
     int m_lives = 0;
-    int m_left = 0;      // windows left on purpose
-    int m_lockedAt = -1; // touch at which the key switch was turned, -1 while it is on
-    QString m_instructed;
+    int m_left = 0;              // windows left on purpose
+    int m_lockedAt = -1;         // touch at which the key switch was turned, -1 while it is on
+    QPointer<QWidget> m_inside;  // the window that stood in front at the last touch
+    int m_leaveAt = 0;           // touch at which it is left
     QMap<QString, int> m_fronts; // windows that stood in front, by name
     QStringList m_findings;
     std::atomic<bool> m_over{false}; // the console's life
@@ -190,7 +109,7 @@ void Lane::prepare()
     QDir bin(site().root);
     for (const char* program : {"kcalc", "okular"}) {
         m_journey.files().write(QLatin1Char('/') + program, "#!/bin/sh\n");
-        QFile::setPermissions(bin.filePath(program), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+        QFile::setPermissions(bin.filePath(program), QFile::ReadOwner | QFile::ExeOwner);
     }
     qputenv("PATH", bin.path().toUtf8());
     Site own = site();
@@ -208,6 +127,8 @@ int Lane::run(quint64 seed)
     while (m_done < m_touches && m_findings.size() < mostFindings) {
         ++m_lives;
         m_over = false;
+        if (m_monkey.chance(m_done, "empty") < 0.5)
+            QFile::remove(site().path("/home/oper/bin/contours/contour.save"));
         const QString trouble = runScript(
             [this] {
                 runConsole();
@@ -234,26 +155,19 @@ int Lane::run(quint64 seed)
 
 QPointer<QWidget> Lane::front()
 {
-    QPointer<QWidget> window;
-    m_hand.onScreen([&] { window = Monkey::front(); });
-    return window;
+    return seen([] { return QPointer<QWidget>(Monkey::front()); });
 }
 
 bool Lane::shown(const QPointer<QWidget>& window)
 {
-    bool result = false;
-    m_hand.onScreen([&] { result = window && window->isVisible(); });
-    return result;
+    return seen([&] { return window && window->isVisible(); });
 }
 
 void Lane::life()
 {
     m_watch.start();
     m_hand.logIn();
-    m_hand.onScreen([&] {
-        if (auto* window = qobject_cast<Gui*>(Operator::console()))
-            m_jogs.follow(window->drives());
-    });
+    m_hand.onScreen([&] { m_jogs.follow(); });
     switchOn();
     m_watch.takeLongest(); // the first picture of all
     while (!m_over && m_done < m_touches && m_findings.size() < mostFindings)
@@ -283,8 +197,8 @@ void Lane::make(const Monkey::Touch& touch)
 
 void Lane::instruct(int number)
 {
-    const auto tell = [this](const char* line) {
-        std::fprintf(stderr, "instructor: %s\n", line);
+    const auto tell = [this](const QString& line) {
+        std::fprintf(stderr, "instructor: %s\n", qPrintable(line));
         m_journey.plant().instruct(line);
     };
     if (m_lockedAt >= 0 && number - m_lockedAt >= touchesUnlocked) {
@@ -296,13 +210,13 @@ void Lane::instruct(int number)
         });
     }
     if (number % touchesOfTrouble == touchesOfTrouble - 1 && m_lockedAt < 0) {
-        for (const char* line : mending)
+        for (const QString& line : mending)
             tell(line);
         switchOn();
     } else if (m_monkey.chance(number, "trouble") < 0.03) {
-        const char* line = troubles[int(m_monkey.chance(number, "which") * double(std::size(troubles)))];
+        const QString line = troubles[int(m_monkey.chance(number, "which") * troubles.size())];
         tell(line);
-        if (!qstrcmp(line, "key off"))
+        if (line == "key off")
             m_lockedAt = number;
     }
 }
@@ -313,6 +227,10 @@ void Lane::touch(int number)
     QString name;
     bool masked = false;
     const QPointer<QWidget> window = front();
+    if (window != m_inside) {
+        m_inside = window;
+        m_leaveAt = -1;
+    }
     m_hand.onScreen([&] {
         if (!window)
             return;
@@ -322,9 +240,13 @@ void Lane::touch(int number)
         name = QLatin1String((dialog ? dialog : window.data())->metaObject()->className());
     });
     const double whim = m_monkey.chance(number, "whim");
+    if (m_leaveAt < 0) // the longer, the less it is known
+        m_leaveAt = number + 2 + int(whim * longestInside / std::sqrt(1 + 0.03 * m_fronts.value(name)));
     if (window)
         ++m_fronts[name];
-    if (window && m_lockedAt < 0 && whim < 0.12) {
+    if (name == "Numpad" && number >= m_leaveAt && whim < 0.7) {
+        m_hand.tap("pbEnter");
+    } else if (window && m_lockedAt < 0 && number >= m_leaveAt) {
         leave(window, 0);
         ++m_left;
     } else if (name.endsWith("AutorizationDialog") && whim < 0.3) {
@@ -340,26 +262,17 @@ void Lane::touch(int number)
 
 void Lane::leave(QPointer<QWidget> window, int depth)
 {
-    QString title;
-    m_hand.onScreen([&] {
-        if (window)
-            title = QStringLiteral("%1 \"%2\"").arg(window->metaObject()->className(), window->windowTitle());
-    });
+    const QString title = seen([&] { return window ? window->windowTitle() : QString(); });
     for (int attempt = 0; attempt < touchesToLeave && shown(window) && !m_over; ++attempt) {
         const QPointer<QWidget> above = front();
         if (above != window && depth < touchesToLeave)
             leave(above, depth + 1); // what asks whether to leave
-        Monkey::Touch out;
-        m_hand.onScreen([&] {
-            if (window)
-                out = m_monkey.wayOut(window, attempt);
-        });
-        make(out);
+        make(seen([&] { return window ? m_monkey.wayOut(window, attempt) : Monkey::Touch(); }));
         if (shown(window))
             QThread::msleep(50); // a pause between two starts drops touches
     }
     if (shown(window) && !m_over)
-        finding(title + " cannot be left");
+        finding(QStringLiteral("\"%1\" cannot be left").arg(title));
 }
 
 void Lane::logInAgain()
@@ -370,10 +283,7 @@ void Lane::logInAgain()
             field->clear();
     });
     m_hand.tap("leLogin");
-    m_hand.type("su");
-    m_hand.tap("lePassword");
-    m_hand.type("46920137");
-    m_hand.tap("pbEnter");
+    m_hand.logIn();
 }
 
 void Lane::judge()
@@ -387,16 +297,13 @@ void Lane::judge()
     time.start();
     QStringList moving;
     do {
-        m_hand.onScreen([&] { moving = m_jogs.withoutFinger(); });
+        moving = seen([&] { return m_jogs.moving(); });
         if (moving.isEmpty())
             return;
         QThread::msleep(5);
     } while (time.elapsed() < longestStop);
     finding("no stop for " + moving.join(' '));
-    m_hand.onScreen([&] {
-        if (auto* window = qobject_cast<Gui*>(Operator::console()))
-            m_jogs.follow(window->drives());
-    });
+    m_hand.onScreen([&] { m_jogs.follow(); });
 }
 
 } // namespace

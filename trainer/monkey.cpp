@@ -151,8 +151,9 @@ QVector<Monkey::Target> Monkey::targets(const QWidget* page) const
                 !answersTouch(widget) || (page && !page->isAncestorOf(widget)))
                 continue;
             const QString name = nameOf(widget);
-            found.append({name, widget,
-                          weightOf(widget, name, page || first) / std::sqrt(1.0 + m_touched.value(name))});
+            found.append(
+                {name, widget,
+                 weightOf(widget, name, page || first) / std::pow(1.0 + m_touched.value(name), 0.75)});
         }
     }
     return found;
@@ -175,7 +176,7 @@ Monkey::Touch Monkey::moveOn(int number)
     m_until = number + 1 + int(chance(number, QStringLiteral("until")) * longestWork);
     m_workedOn = nullptr;
     Touch touch;
-    double highest = 0.7; // of the ranks; at first a walk's own
+    double highest = 0.8; // of the ranks; at first a walk's own
     for (QWidget* window : windowsFromTop()) {
         for (auto* tabs : window->findChildren<QTabWidget*>()) {
             for (int i = 0; i < tabs->count() && tabs->isVisible() && tabs->isEnabled(); ++i) {

@@ -33,7 +33,7 @@ constexpr int touchesToLeave = 3;  // a modal window
 constexpr int mostFindings = 20;   // then the run ends
 constexpr int touchesUnlocked = 5; // after which the key switch is turned back
 constexpr int touchesOfTrouble = 150; // after which everything is mended
-constexpr int longestInside = 60;     // touches in one window before it is left
+constexpr int longestInside = 40;     // touches in one window before it is left
 
 const QStringList troubles =
     QString(
@@ -241,7 +241,7 @@ void Lane::touch(int number)
     });
     const double whim = m_monkey.chance(number, "whim");
     if (m_leaveAt < 0) // the longer, the less it is known
-        m_leaveAt = number + 2 + int(whim * longestInside / std::sqrt(1 + 0.03 * m_fronts.value(name)));
+        m_leaveAt = number + 2 + int(whim * longestInside / std::sqrt(1 + 0.1 * m_fronts.value(name)));
     if (window)
         ++m_fronts[name];
     if (name == "Numpad" && number >= m_leaveAt && whim < 0.7) {

@@ -16,7 +16,7 @@
 
 namespace {
 
-constexpr int patience = 10'000; // ms, for a place that another window covers
+constexpr int patience = 2000;   // ms, for a place that another window covers
 constexpr int longestStay = 300; // ms
 constexpr int longestWork = 120; // touches on one page, or on a walk
 const QString anywhere = QStringLiteral("anywhere");
@@ -115,8 +115,14 @@ void onScreen(const std::function<void()>& function)
 
 Monkey::Monkey(quint64 seed)
     : m_seed(seed)
-    , m_finger(Finger::ofPlatform(patience))
 {}
+
+Finger& Monkey::finger()
+{
+    if (!m_finger)
+        m_finger = Finger::ofPlatform(patience);
+    return *m_finger;
+}
 
 // FNV-1a over the purpose, then a finaliser that makes neighbouring numbers strangers: Qt's own hash differs
 // from process to process.
@@ -161,8 +167,9 @@ QVector<Monkey::Target> Monkey::targets(const QWidget* page) const
 
 Monkey::Touch Monkey::keyFor(int number) const
 {
-    const TypedKey& key =
-        typedKeys[int(chance(number, QStringLiteral("key")) * double(std::size(typedKeys)))];
+    TypedKey key = typedKeys[int(chance(number, QStringLiteral("key")) * double(std::size(typedKeys)))];
+    if (!key.key && QGuiApplication::platformName() == QLatin1String("xcb"))
+        key = typedKeys[0]; // the server's keyboard has Latin letters alone
     Touch touch;
     touch.gesture = Touch::Key;
     touch.key = key.key;
@@ -293,31 +300,38 @@ Monkey::Touch Monkey::wayOut(const QWidget* window, int attempt) const
     return touch;
 }
 
+// A place that has come under another window is out of a finger's reach (X server only): no touch, then.
+bool Monkey::reach(const Spot& spot, bool stay)
+{
+    try {
+        finger().touch([spot] { return spot; }, stay);
+        return true;
+    } catch (const HandError&) {
+        return false;
+    }
+}
+
 void Monkey::make(const Touch& touch)
 {
-    const auto where = [spot = touch.spot] { return spot; };
-    switch (touch.gesture) {
-    case Touch::Key:
-        return m_finger->key(touch.key, touch.text);
-    case Touch::Tap:
-        return m_finger->touch(where, false);
-    case Touch::Twice:
-        m_finger->touch(where, false);
-        return m_finger->touch(where, false);
-    case Touch::Hold:
-    case Touch::Drag:
-        m_finger->touch(where, true);
-        QThread::msleep(quint32(touch.stay));
-        if (touch.key)
-            m_finger->key(touch.key, QString());
-        for (const QPoint& leg : touch.road)
-            m_finger->slideTo(leg);
-        return m_finger->lift();
-    }
+    const bool stays = touch.gesture == Touch::Hold || touch.gesture == Touch::Drag;
+    if (touch.gesture == Touch::Key)
+        return finger().key(touch.key, touch.text);
+    if (!reach(touch.spot, stays))
+        return;
+    if (touch.gesture == Touch::Twice)
+        reach(touch.spot, false);
+    if (!stays)
+        return;
+    QThread::msleep(quint32(touch.stay));
+    if (touch.key)
+        finger().key(touch.key, QString());
+    for (const QPoint& leg : touch.road)
+        finger().slideTo(leg);
+    finger().lift();
 }
 
 void Monkey::type(const QString& text)
 {
     for (const QChar c : text)
-        m_finger->key(c.toUpper().unicode() < 0x80 ? c.toUpper().unicode() : 0, QString(c));
+        finger().key(c.toUpper().unicode() < 0x80 ? c.toUpper().unicode() : 0, QString(c));
 }

@@ -56,11 +56,13 @@ private:
     Touch choose(int number);
     Touch keyFor(int number) const;
     Touch moveOn(int number); // to a tab, or with no spot to the panel as a whole; and for how long
+    Finger& finger();
+    bool reach(const Spot& spot, bool stay);
     QPoint placeOn(const QWidget* widget, int number) const;
 
     const quint64 m_seed;
-    QHash<QString, int> m_touched;   // how often, by name
-    QPointer<QTabWidget> m_workedOn; // to whose page the hand keeps, null while it walks
-    int m_until = 0;                 // touch at which it moves on
-    std::unique_ptr<Finger> m_finger;
+    QHash<QString, int> m_touched;    // how often, by name
+    QPointer<QTabWidget> m_workedOn;  // to whose page the hand keeps, null while it walks
+    int m_until = 0;                  // touch at which it moves on
+    std::unique_ptr<Finger> m_finger; // null until the first touch
 };

@@ -3,6 +3,7 @@
 #include <QAbstractNativeEventFilter>
 #include <QApplication>
 #include <QElapsedTimer>
+#include <QHash>
 #include <QThread>
 #include <QWindow>
 
@@ -29,14 +30,17 @@ xcb_keysym_t symbolOf(int key, const QString& text)
         return text[0].unicode(); // the code of a letter is its symbol
     if (key > 0x20 && key < 0x7f)
         return xcb_keysym_t(QChar(key).toLower().unicode());
-    switch (key) {
-    case Qt::Key_Escape:
-        return 0xff1b;
-    case Qt::Key_Return:
-        return 0xff0d;
-    default:
-        return 0;
-    }
+    if (key >= Qt::Key_F1 && key <= Qt::Key_F12)
+        return xcb_keysym_t(0xffbe + key - Qt::Key_F1);
+    static const QHash<int, xcb_keysym_t> others = {
+        {Qt::Key_Space, 0x20},    {Qt::Key_Escape, 0xff1b},   {Qt::Key_Return, 0xff0d},
+        {Qt::Key_Enter, 0xff8d},  {Qt::Key_Tab, 0xff09},      {Qt::Key_Backspace, 0xff08},
+        {Qt::Key_Delete, 0xffff}, {Qt::Key_Home, 0xff50},     {Qt::Key_Left, 0xff51},
+        {Qt::Key_Up, 0xff52},     {Qt::Key_Right, 0xff53},    {Qt::Key_Down, 0xff54},
+        {Qt::Key_PageUp, 0xff55}, {Qt::Key_PageDown, 0xff56}, {Qt::Key_End, 0xff57},
+        {Qt::Key_Menu, 0xff67},   {Qt::Key_Backtab, 0xff09},
+    };
+    return others.value(key);
 }
 
 // Counts the touches and keys that have come from the X server, also those that a modal window will keep from

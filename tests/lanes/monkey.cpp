@@ -50,6 +50,7 @@ const QStringList mending =
         "clear LX1;air on;water all on;valve vp4 free;pump nl1 mend;gauge pt1 good;leak chamber 0;speed 20;"
         "vacuum on;beam on")
         .split(';');
+const char* const numbers[] = {"", "0", "1", "2.5", "45", "90", "400", "1000", "99999"}; // for a keypad
 const char* const accessCodes[] = {"305729", "730592"};
 
 class Lane
@@ -244,8 +245,12 @@ void Lane::touch(int number)
         m_leaveAt = number + 2 + int(whim * longestInside / std::sqrt(1 + 0.1 * m_fronts.value(name)));
     if (window)
         ++m_fronts[name];
-    if (name == "Numpad" && number >= m_leaveAt && whim < 0.7) {
-        m_hand.tap("pbEnter");
+    if (name == "Numpad" && whim < 0.5) {
+        const int which = int(m_monkey.chance(number, "number") * double(std::size(numbers)));
+        std::fprintf(stderr, "%d number %s\n", number, numbers[which]);
+        m_hand.key(Qt::Key_Delete);
+        m_monkey.type(numbers[which]);
+        m_hand.key(Qt::Key_Return, "\r");
     } else if (window && m_lockedAt < 0 && number >= m_leaveAt) {
         leave(window, 0);
         ++m_left;

@@ -49,7 +49,7 @@ QString doubtText(const WeldDoubt& doubt)
             .arg(path);
     case WeldDoubt::OutOfStep:
         return QStringLiteral(
-                   "[W]На пути %1 мм таблица идёт назад, а машина так не пойдёт: луч и движение разойдутся")
+                   "[W]На пути %1 мм таблица идёт назад, машина так не пойдёт: луч и движение разойдутся")
             .arg(path);
     case WeldDoubt::None:
         return {};

@@ -276,7 +276,7 @@ private slots:
             return shown + m_window->journal.filter("[W]").join("");
         };
         const QString back = "На этом шве машина не вернётся назад:[W]На пути %1 мм таблица идёт назад, "
-                             "а машина так не пойдёт: луч и движение разойдутся";
+                             "машина так не пойдёт: луч и движение разойдутся";
         const QList<double> two{50, 5, 5, 5, 2};
         keep("LinTackWelds", two);
         seam();

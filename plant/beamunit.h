@@ -83,6 +83,7 @@ public:
     BeamUnit(const MotionController& controller, const QString& suffix);
 
     void step(double realSeconds);
+    bool running() const { return m_running; }
     void setRunning(bool on) { m_running = on; } // false: the program hangs, its block stands still
     void setGunPressure(double pascal) { m_gunPressure = static_cast<float>(pascal); } // first: air
     bool speaks() const { return m_shared.data() != nullptr; }

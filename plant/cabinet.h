@@ -3,6 +3,7 @@
 #include "plant/statuspack.h"
 
 #include <cstdint>
+#include <utility>
 
 namespace plant {
 
@@ -10,6 +11,13 @@ enum class Door : std::uint32_t { Closed = 0, Open = 1, Closing = 2, Opening = 3
 
 // Circuit breakers in the control cabinet: bits of the drive power word, then the two on lines of their own.
 enum class Breaker { QF31, QF32, QF33, QF34, QF35, QF36, QF37, QF38, QF39, QF40, QF18, QF28, QF23 };
+
+// As the instructor calls them.
+constexpr std::pair<const char*, Breaker> breakerNames[] = {
+    {"qf31", Breaker::QF31}, {"qf32", Breaker::QF32}, {"qf33", Breaker::QF33}, {"qf34", Breaker::QF34},
+    {"qf35", Breaker::QF35}, {"qf36", Breaker::QF36}, {"qf37", Breaker::QF37}, {"qf38", Breaker::QF38},
+    {"qf39", Breaker::QF39}, {"qf40", Breaker::QF40}, {"qf18", Breaker::QF18}, {"qf28", Breaker::QF28},
+    {"qf23", Breaker::QF23}};
 
 enum class Light { Led, Spots, Spiral }; // bits of the light word
 

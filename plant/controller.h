@@ -90,6 +90,9 @@ public:
     QString variable(const QString& name) const { return m_variables.value(name); }
     double beamCurrent() const { return m_beamCurrent; }   // mA
     double focusCurrent() const { return m_focusCurrent; } // mA
+    double time() const { return m_time; }                 // s of the machine since it began
+    // The drive's fault or warning, 0 for none; an axis that has a drive.
+    std::int32_t trouble(AxisId axis) const { return m_drives.trouble(axis); }
     QString summary() const;                               // one line on everything
 
 private:

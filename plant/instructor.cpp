@@ -3,6 +3,7 @@
 #include "plant/beamunit.h"
 #include "plant/controller.h"
 #include "plant/controllerlink.h"
+#include "plant/present.h"
 #include "plant/vacuumsystem.h"
 
 #include <cmath>
@@ -59,12 +60,7 @@ std::optional<double> seconds(const QString& word)
 
 std::optional<Breaker> breakerByName(const QString& name)
 {
-    static const std::pair<const char*, Breaker> table[] = {
-        {"qf31", Breaker::QF31}, {"qf32", Breaker::QF32}, {"qf33", Breaker::QF33}, {"qf34", Breaker::QF34},
-        {"qf35", Breaker::QF35}, {"qf36", Breaker::QF36}, {"qf37", Breaker::QF37}, {"qf38", Breaker::QF38},
-        {"qf39", Breaker::QF39}, {"qf40", Breaker::QF40}, {"qf18", Breaker::QF18}, {"qf28", Breaker::QF28},
-        {"qf23", Breaker::QF23}};
-    for (const auto& [text, breaker] : table)
+    for (const auto& [text, breaker] : breakerNames)
         if (is(name, text))
             return breaker;
     return std::nullopt;
@@ -95,6 +91,8 @@ const std::vector<Instructor::Entry>& Instructor::entries()
     static const std::vector<Entry> table = {
         {"help", "help [WORD]", "lists the lines, or tells one", 0, 1, &I::help},
         {"status", "status", "the installation in one line", 0, 0, &I::status},
+        {"state", "state", "the installation as names and values", 0, 0, &I::state},
+        {"faults", "faults", "the faults that stand, as the lines that make them", 0, 0, &I::faults},
         {"door", "door open|close", "moves the chamber door; takes 3 s", 1, 1, &I::door},
         {"vacuum", "vacuum [on|off]",
          "the vacuum plant in one line; at once pumped down with the door closed, or all off and full of air",
@@ -148,25 +146,42 @@ Instructor::Instructor(MotionController& controller, VacuumSystem& vacuum, const
     , m_links(links)
 {}
 
+const Instructor::Entry* Instructor::entryOf(const Words& words, QString* why)
+{
+    for (const Entry& entry : entries()) {
+        if (!is(words.first(), entry.word))
+            continue;
+        if (words.size() - 1 >= entry.least && words.size() - 1 <= entry.most)
+            return &entry;
+        *why = QLatin1String(entry.usage);
+        return nullptr;
+    }
+    *why = QStringLiteral("unknown word \"%1\"; try help").arg(words.first().left(40));
+    return nullptr;
+}
+
+QString Instructor::misspelt(const QString& line)
+{
+    const Words words = line.simplified().split(QLatin1Char(' '), Qt::SkipEmptyParts);
+    QString why = QStringLiteral("no line");
+    return words.isEmpty() || entryOf(words, &why) == nullptr ? why : QString();
+}
+
 QString Instructor::execute(const QString& line)
 {
     Words words = line.simplified().split(QLatin1Char(' '), Qt::SkipEmptyParts);
     if (words.isEmpty() || words.first().startsWith(QLatin1Char('#')))
         return {};
-    const QString word = words.takeFirst();
-    for (const Entry& entry : entries()) {
-        if (!is(word, entry.word))
-            continue;
-        if (words.size() < entry.least || words.size() > entry.most)
-            return error(QLatin1String(entry.usage));
-        QString answer = (this->*entry.handler)(words);
-        if (answer.isNull())
-            answer = QStringLiteral("ok");
-        else if (answer.isEmpty())
-            answer = error(QLatin1String(entry.usage));
-        return answer;
-    }
-    return error(QStringLiteral("unknown word \"%1\"; try help").arg(word.left(40)));
+    QString why;
+    const Entry* entry = entryOf(words, &why);
+    if (!entry)
+        return error(why);
+    QString answer = (this->*entry->handler)(words.mid(1));
+    if (answer.isNull())
+        answer = QStringLiteral("ok");
+    else if (answer.isEmpty())
+        answer = error(QLatin1String(entry->usage));
+    return answer;
 }
 
 QString Instructor::help(const Words& w)
@@ -185,6 +200,16 @@ QString Instructor::status(const Words&)
 {
     return m_controller.summary() + (m_links.drive->connected() ? QStringLiteral(", console connected")
                                                                 : QStringLiteral(", no console"));
+}
+
+QString Instructor::state(const Words&)
+{
+    return presentState(m_controller, m_vacuum);
+}
+
+QString Instructor::faults(const Words&)
+{
+    return presentFaults(m_controller, m_vacuum, m_beamUnit);
 }
 
 QString Instructor::door(const Words& w)
@@ -436,10 +461,9 @@ QString Instructor::water(const Words& w)
 
 QString Instructor::leak(const Words& w)
 {
-    static const char* const places[nodeCount] = {"chamber", "jacket", "nd1", "foreline", "roughing", "gun"};
     const auto rate = number(w[1]);
     for (std::size_t i = 0; i < nodeCount; ++i) {
-        if (!is(w[0], places[i]) || !rate || *rate < 0 || *rate > largestLeak)
+        if (!is(w[0], nodeNames[i]) || !rate || *rate < 0 || *rate > largestLeak)
             continue;
         m_vacuum.plant().setLeak(static_cast<Node>(i), *rate);
         return {};

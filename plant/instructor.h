@@ -47,6 +47,10 @@ public:
 
     QString execute(const QString& line); // an empty line and a comment (#) have an empty answer
 
+    // What is wrong with the line as such, its word or how many follow; empty for nothing. What the words
+    // themselves say, and whether the installation allows it, only `execute` knows.
+    static QString misspelt(const QString& line);
+
 signals:
     void speedWanted(double factor); // simulated seconds for each real one
     void quitWanted();
@@ -64,9 +68,12 @@ private:
         Handler handler;
     };
     static const std::vector<Entry>& entries();
+    static const Entry* entryOf(const Words& words, QString* why); // null with the reason; words: not empty
 
     QString help(const Words& w);
     QString status(const Words& w);
+    QString state(const Words& w);
+    QString faults(const Words& w);
     QString door(const Words& w);
     QString vacuum(const Words& w);
     QString key(const Words& w);

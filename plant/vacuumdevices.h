@@ -62,6 +62,7 @@ public:
     // mended, it goes on. A broken pump runs down with an error at once, until it is mended and commanded
     // anew.
     void setBroken(bool broken);
+    bool broken() const { return m_broken; }
     void fail(); // stops with an error; a pump only
     bool failed() const { return m_failed; }
 

@@ -11,6 +11,7 @@ constexpr double atmosphere = 1.013e5; // Pa
 // chamber, jacket and NZ2.
 enum class Node { Chamber, Jacket, Diffusion, Foreline, Roughing, Gun };
 constexpr std::size_t nodeCount = 6;
+constexpr const char* nodeNames[nodeCount] = {"chamber", "jacket", "nd1", "foreline", "roughing", "gun"};
 
 // How far everything stands open or runs, 0 to 1.
 struct GasPaths
@@ -33,6 +34,7 @@ public:
     double pressure(Node node) const { return m_pressure[static_cast<std::size_t>(node)]; } // Pa
     void setPressure(Node node, double pascal) { p(node) = pascal; }
     void setWetness(double share) { m_wet = share; } // of the chamber's walls, 1: as after a night in air
+    double leak(Node node) const { return m_leak[static_cast<std::size_t>(node)]; } // Pa m3/s
     void setLeak(Node node, double rate) { m_leak[static_cast<std::size_t>(node)] = rate; } // Pa m3/s
 
     void step(const GasPaths& paths, double dt);

@@ -78,6 +78,10 @@ public:
     void setWater(int circuit, bool flows) { m_noWater[index(circuit)] = !flows; }
     void setLeak(Node node, double rate) { m_gas.setLeak(node, rate); } // Pa m3/s
     void setCompressor(bool on) { m_compressor = on; }
+    bool broken(Device device) const { return actuator(device).broken(); }
+    GaugeFault gaugeFault(int gauge) const { return m_gaugeFaults[index(gauge)]; }
+    bool water(int circuit) const { return !m_noWater[index(circuit)]; }
+    double leak(Node node) const { return m_gas.leak(node); } // Pa m3/s
 
     // At once: pumped down to welding vacuum with the pumps at work, or everything off and full of air with
     // the pressing released. Faults stay.

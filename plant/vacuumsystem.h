@@ -53,6 +53,7 @@ public:
 
     VacuumPlant& plant() { return m_plant; }
     const VacuumPlant& plant() const { return m_plant; }
+    const VacuumRegimes& regimes() const { return m_regimes; }
 
 private:
     QString executeKvs(const QString& text);

@@ -131,7 +131,7 @@ MirrorWindow::MirrorWindow(const QString& program, const QStringList& arguments)
     environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
     m_console.setProcessEnvironment(environment);
     m_console.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    connect(&m_console, &QProcess::readyReadStandardOutput, this, &MirrorWindow::takePicture);
+    connect(&m_console, &QProcess::readyReadStandardOutput, this, &MirrorWindow::readConsole);
     connect(&m_console, QOverload<int, QProcess::ExitStatus>::of(&QProcess::finished), this,
             [](int code) { QCoreApplication::exit(code); });
     m_console.start(program, QStringList(arguments) << QStringLiteral("--mirror") << m_memory.key());
@@ -158,8 +158,9 @@ void MirrorWindow::send(const QByteArray& line)
 
 QRect MirrorWindow::place() const
 {
-    QRect picture(QPoint(), panelSize.scaled(size(), Qt::KeepAspectRatio));
-    picture.moveCenter(rect().center());
+    const QRect room = rect().adjusted(0, bandHeight(), 0, 0);
+    QRect picture(QPoint(), panelSize.scaled(room.size(), Qt::KeepAspectRatio));
+    picture.moveCenter(room.center());
     return picture;
 }
 
@@ -171,9 +172,32 @@ void MirrorWindow::sendTouch(char what, const QPoint& at)
     send(QByteArray(1, what) + ' ' + QByteArray::number(x) + ' ' + QByteArray::number(y));
 }
 
+void MirrorWindow::readConsole()
+{
+    bool frame = false;
+    while (m_console.canReadLine()) {
+        const QByteArray line = m_console.readLine().trimmed();
+        frame = frame || line == "frame";
+        if (line.startsWith("said "))
+            emit said(QString::fromUtf8(line.mid(5)));
+    }
+    if (frame)
+        takePicture();
+}
+
+void MirrorWindow::tell(const QString& text)
+{
+    m_told = text;
+    update();
+}
+
+int MirrorWindow::bandHeight() const
+{
+    return m_told.isEmpty() ? 0 : qMax(48, height() / 12);
+}
+
 void MirrorWindow::takePicture()
 {
-    m_console.readAllStandardOutput();
     if (!m_memory.lock())
         return;
     std::memcpy(m_picture.bits(), m_memory.constData(), pictureBytes);
@@ -187,6 +211,14 @@ void MirrorWindow::paintEvent(QPaintEvent*)
     painter.fillRect(rect(), Qt::black);
     painter.setRenderHint(QPainter::SmoothPixmapTransform);
     painter.drawImage(place(), m_picture);
+    if (m_told.isEmpty())
+        return;
+    const QRect band(0, 0, width(), bandHeight());
+    painter.fillRect(band, QColor(255, 244, 190));
+    QFont font = painter.font();
+    font.setPixelSize(qMax(16, bandHeight() / 4));
+    painter.setFont(font);
+    painter.drawText(band.adjusted(12, 4, -12, -4), Qt::AlignVCenter | Qt::TextWordWrap, m_told);
 }
 
 void MirrorWindow::mousePressEvent(QMouseEvent* event)

@@ -20,7 +20,8 @@
 //   k CODE MODIFIERS TEXT     a key, Qt's numbers, the text percent-encoded
 //   i LINE                    a line of the instructor
 //
-// and "frame" on its standard output tells that the segment holds a new picture.
+// and on its standard output "frame" tells that the segment holds a new picture, "said LINE" what the installation
+// has said.
 
 // In the process of the console.
 class MirrorSource : public QObject
@@ -60,6 +61,12 @@ public:
     // One line of the instructor.
     void instruct(const QString& line);
 
+    // Stands above the picture from now on; nothing for an empty text.
+    void tell(const QString& text);
+
+signals:
+    void said(const QString& line); // by the installation, when the console's process passes it on
+
 protected:
     void paintEvent(QPaintEvent*) override;
     void mousePressEvent(QMouseEvent* event) override;
@@ -71,10 +78,13 @@ protected:
 private:
     void send(const QByteArray& line);
     void sendTouch(char what, const QPoint& at);
+    void readConsole();
     void takePicture();
+    int bandHeight() const; // of what the trainee is told
     QRect place() const; // of the picture in this window
 
     QSharedMemory m_memory;
     QProcess m_console;
     QImage m_picture;
+    QString m_told;
 };

@@ -42,7 +42,7 @@ public:
     // thread of this object.
     QString ask(const QString& line, const QString& answer);
 
-    // All that the installation has said so far.
+    // All that the installation has said so far, but for its answers to `state` and `faults`.
     QStringList lines() const;
     int count(const QString& pattern) const;          // lines in which this regular expression is found
     int connections(const QString& controller) const; // how often the console came to "drive", "kvs" or "kvk"

@@ -1,7 +1,9 @@
 #include "consoleapp.h"
 #include "endsignals.h"
+#include "instructorwindow.h"
 #include "plant/inputlines.h"
 #include "tools/replay/replay.h"
+#include "trainer/journaltail.h"
 #include "trainer/mirror.h"
 #include "trainer/plantprocess.h"
 #include "trainer/screen.h"
@@ -14,16 +16,27 @@
 #include <QDir>
 #include <QStandardPaths>
 
+#include <algorithm>
 #include <cstdio>
 
 namespace {
+
+// The instructor's window stands beside the console's, in the process that shows it.
+bool wantsInstructor(int argc, char* argv[])
+{
+    const auto given = [&](const char* option) {
+        return std::any_of(argv + 1, argv + argc,
+                           [&](const char* word) { return qstrncmp(word, option, qstrlen(option)) == 0; });
+    };
+    return (given("--lesson") || given("--instructor")) && !given("--mirror");
+}
 
 // Without a choice of the user's, a tour needs no screen, and a console on a screen is shown by a window that
 // scales it.
 bool shownByMirror(int argc, char* argv[])
 {
     if (qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
-        return false;
+        return wantsInstructor(argc, argv);
     for (int i = 1; i < argc; ++i) {
         if (qstrncmp(argv[i], "--tour", 6) == 0) {
             qputenv("QT_QPA_PLATFORM", "offscreen");
@@ -45,6 +58,8 @@ void addOptions(QCommandLineParser* parser)
         {"script", "Instructor's lines from a file.", "file"},
         {"air", "Start with the vacuum plant off and the door open."},
         {"pcap", "Leave a capture of the links, for --replay and Wireshark.", "file"},
+        {"instructor", "Open the instructor's window."},
+        {"lesson", "Open it with the lesson of the file.", "file"},
         {"tour", "Play the tour, leave pictures in the folder, end.", "dir"},
     });
     replay::addOptions(parser);
@@ -59,12 +74,34 @@ std::function<void(const QByteArray&)> typed(const std::function<void(const QStr
 }
 
 // The console runs in a process of its own.
-int showMirror()
+int showMirror(const QCommandLineParser& parser)
 {
+    Lesson lesson;
+    QString why;
+    if (parser.isSet("lesson") && !readLesson(parser.value("lesson"), &lesson, &why)) {
+        std::fprintf(stderr, "%s\n", qPrintable(why));
+        return 2;
+    }
     const EndSignals end;
     MirrorWindow window(QCoreApplication::applicationFilePath(), QCoreApplication::arguments().mid(1));
     const InputLines terminal(typed([&](const QString& line) { window.instruct(line); }));
     window.show();
+    if (!parser.isSet("lesson") && !parser.isSet("instructor"))
+        return QApplication::exec();
+
+    const QString site = QDir(parser.value("site")).absolutePath();
+    InstructorWindow instructor([&](const QString& line) { window.instruct(line); },
+                                site + QStringLiteral("/lessons"));
+    const JournalTail journal(site + QStringLiteral("/log"));
+    QObject::connect(&journal, &JournalTail::line, &instructor, &InstructorWindow::readJournal);
+    QObject::connect(&instructor.run(), &LessonRun::told, &window, &MirrorWindow::tell);
+    QObject::connect(&window, &MirrorWindow::said, &instructor, [&](const QString& line) {
+        instructor.hear(line);
+        if (!LessonRun::isAnswer(line))
+            std::fprintf(stderr, "%s\n", qPrintable(line));
+    });
+    instructor.choose(lesson);
+    instructor.show();
     return QApplication::exec();
 }
 
@@ -77,8 +114,11 @@ int runTrainer(PlantProcess* plant, const QCommandLineParser& parser)
 
     // Lines about the wheels stay here, the others go to the installation; all answers go where the
     // instructor reads.
-    QObject::connect(plant, &PlantProcess::said,
-                     [](const QString& line) { std::fprintf(stderr, "%s\n", qPrintable(line)); });
+    const bool passedOn = parser.isSet("mirror") && (parser.isSet("lesson") || parser.isSet("instructor"));
+    QObject::connect(plant, &PlantProcess::said, [passedOn](const QString& line) {
+        std::fprintf(passedOn ? stdout : stderr, passedOn ? "said %s\n" : "%s\n", qPrintable(line));
+        std::fflush(stdout);
+    });
     const auto instruct = [&](const QString& line) {
         if (const auto answer = wheelLine(&wheels, line))
             std::fprintf(stderr, "%s\n", qPrintable(*answer));
@@ -105,7 +145,7 @@ int main(int argc, char* argv[])
     addOptions(&parser);
     parser.process(app);
     if (mirror)
-        return showMirror();
+        return showMirror(parser);
     if (replay::isAsked(parser))
         return replay::run(parser);
 

@@ -93,7 +93,7 @@ public:
     double time() const { return m_time; }                 // s of the machine since it began
     // The drive's fault or warning, 0 for none; an axis that has a drive.
     std::int32_t trouble(AxisId axis) const { return m_drives.trouble(axis); }
-    QString summary() const;                               // one line on everything
+    QString summary() const; // one line on everything
 
 private:
     struct Start

@@ -34,7 +34,7 @@ public:
     double pressure(Node node) const { return m_pressure[static_cast<std::size_t>(node)]; } // Pa
     void setPressure(Node node, double pascal) { p(node) = pascal; }
     void setWetness(double share) { m_wet = share; } // of the chamber's walls, 1: as after a night in air
-    double leak(Node node) const { return m_leak[static_cast<std::size_t>(node)]; } // Pa m3/s
+    double leak(Node node) const { return m_leak[static_cast<std::size_t>(node)]; }         // Pa m3/s
     void setLeak(Node node, double rate) { m_leak[static_cast<std::size_t>(node)] = rate; } // Pa m3/s
 
     void step(const GasPaths& paths, double dt);

@@ -128,12 +128,17 @@ void LessonRun::note(const QString& text)
     emit noted(during ? time() : -1, text);
 }
 
+void LessonRun::instruct(const QString& line)
+{
+    m_instruct(line);
+    note(QStringLiteral("Инструктор: ") + line);
+}
+
 void LessonRun::doDeed(const Deed& deed)
 {
     m_unanswered = deed;
     m_fence = m_asked;
-    m_instruct(deed.line);
-    note(QStringLiteral("Инструктор: ") + deed.line);
+    instruct(deed.line);
 }
 
 // Asked at each answer until the installation stands as the lesson wants it. A line that has been sent is

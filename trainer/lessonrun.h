@@ -54,6 +54,7 @@ public:
     void begin(const Lesson& lesson, const QString& trainee);
     void stop(const QString& reason); // nothing when none runs
 
+    void instruct(const QString& line);    // of the instructor's own, which the journal notes
     void hear(const QString& said);        // any line that the installation says
     void readJournal(const QString& line); // of the console
 
@@ -105,8 +106,8 @@ private:
     double m_stepBegan = 0;
     int m_deedsDone = 0; // of the step, in the order of their times
     QVector<bool> m_pressed;
-    // Presses since the last answer. The answer may tell that the step was over before them: then they are the next
-    // step's.
+    // Presses since the last answer. The answer may tell that the step was over before them: then they are
+    // the next step's.
     QStringList m_latePresses;
     QStringList m_preparing; // what was sent once already
     QElapsedTimer m_prepareTime;

@@ -20,8 +20,8 @@
 //   k CODE MODIFIERS TEXT     a key, Qt's numbers, the text percent-encoded
 //   i LINE                    a line of the instructor
 //
-// and on its standard output "frame" tells that the segment holds a new picture, "said LINE" what the installation
-// has said.
+// and on its standard output "frame" tells that the segment holds a new picture, "said LINE" what the
+// installation has said.
 
 // In the process of the console.
 class MirrorSource : public QObject
@@ -81,7 +81,7 @@ private:
     void readConsole();
     void takePicture();
     int bandHeight() const; // of what the trainee is told
-    QRect place() const; // of the picture in this window
+    QRect place() const;    // of the picture in this window
 
     QSharedMemory m_memory;
     QProcess m_console;

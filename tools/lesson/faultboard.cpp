@@ -34,7 +34,7 @@ FaultBoard::FaultBoard(std::function<void(const QString&)> instruct, QWidget* pa
     : QTabWidget(parent)
     , m_instruct(std::move(instruct))
 {
-    addPage(QStringLiteral("Защита"), 3,
+    addPage(QStringLiteral("Защита"), 4,
             Faults{{"Авария: пульт", "emergency console on"},
                    {"Авария: переносной", "emergency pendant on"},
                    {"Ключ отключён", "key off"},
@@ -43,8 +43,8 @@ FaultBoard::FaultBoard(std::function<void(const QString&)> instruct, QWidget* pa
                    {"Фазы 380 В", "phase off"},
                    {"Нет сжатого воздуха", "air off"},
                    {"ЭЛА не отвечает", "beam off"}});
-    addPage(QStringLiteral("Приводы"), 5,
-            family("%1 перегрев", "trip %1 f2019", "lx lx2 ly a b c d u1 u2 v") +
+    addPage(QStringLiteral("Приводы"), 6,
+            family("%1 отказ", "trip %1 f2019", "lx lx2 ly a b c d u1 u2 v") +
                 family("%1", "breaker %1 off",
                        "qf18 qf28 qf23 qf31 qf32 qf33 qf34 qf35 qf36 qf37 qf38 qf39 qf40"));
     addPage(QStringLiteral("Клапаны"), 4,

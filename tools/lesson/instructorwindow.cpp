@@ -25,7 +25,7 @@
 namespace {
 
 constexpr int mostNotes = 2000;
-constexpr QSize wanted(1500, 1000);
+constexpr QSize wanted(1720, 1000);
 
 // The colours of the console: a button is blue, red means a fault.
 const char look[] = R"(
@@ -70,19 +70,27 @@ InstructorWindow::InstructorWindow(const std::function<void(const QString&)>& in
     : m_run(instruct, period)
     , m_pages(pages)
     , m_picture(new PlantPicture)
-    , m_faults(new FaultBoard(instruct))
+    , m_faults(new FaultBoard([this](const QString& line) { m_run.instruct(line); }))
 {
     setWindowTitle(QStringLiteral("Инструктор"));
     setStyleSheet(QLatin1String(look));
     auto* sides = new QHBoxLayout(this);
-    sides->addWidget(leftSide(), 3);
-    sides->addWidget(lessonSide(), 2);
-    resize(wanted.boundedTo(QGuiApplication::primaryScreen()->availableSize()));
+    sides->addWidget(leftSide(), 7);
+    sides->addWidget(lessonSide(), 4);
+    // On a second screen, when there is one, beside the console.
+    const QRect room = QGuiApplication::screens().last()->availableGeometry();
+    setGeometry(QRect(room.topLeft(), wanted.boundedTo(room.size())));
 
     connect(&m_run, &LessonRun::changed, this, &InstructorWindow::follow);
     connect(&m_run, &LessonRun::noted, this, &InstructorWindow::addNote);
     connect(&m_run, &LessonRun::finished, this, &InstructorWindow::writePage);
     showLesson();
+}
+
+// A lesson that is cut off has its page too.
+InstructorWindow::~InstructorWindow()
+{
+    m_run.stop(QStringLiteral("тренажёр закрыт"));
 }
 
 QWidget* InstructorWindow::leftSide()
@@ -229,7 +237,7 @@ void InstructorWindow::follow()
     m_begin->setEnabled(!running && !m_lesson.title.isEmpty() && !m_run.state().isEmpty());
     m_stop->setEnabled(running);
     m_open->setEnabled(!running && !m_lastPage.isEmpty());
-    m_trainee->setEnabled(!running);
+    m_trainee->setReadOnly(running);
     if (m_run.preparing())
         m_end->setText(QStringLiteral("Установка готовится к уроку…"));
     else if (running)

@@ -26,6 +26,8 @@ public:
     InstructorWindow(const std::function<void(const QString&)>& instruct, const QString& pages,
                      int period = 100);
 
+    ~InstructorWindow() override;
+
     LessonRun& run() { return m_run; }
     void choose(const Lesson& lesson);              // it waits for the button then
     QString lastPage() const { return m_lastPage; } // of the last lesson, empty for none

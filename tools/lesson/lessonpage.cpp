@@ -45,11 +45,13 @@ QString head(const LessonResult& result)
 
 QString steps(const LessonResult& result)
 {
-    QString html = QStringLiteral("<h3>Шаги, минуты и секунды</h3><table width=100% border=1 cellspacing=0 "
-                                  "cellpadding=4 style='border-style:solid; border-color:#888888'>") +
-                   row({QStringLiteral("№"), QStringLiteral("Шаг"), QStringLiteral("Начат"),
-                        QStringLiteral("Занял"), QStringLiteral("Отведено"), QStringLiteral("Итог")},
-                       "th");
+    QString html =
+        QStringLiteral(
+            "<h3>Шаги, минуты и секунды</h3><table width=100% border=1 cellspacing=0 "
+            "cellpadding=4 style='border-style:solid; border-color:#888888; border-collapse:collapse'>") +
+        row({QStringLiteral("№"), QStringLiteral("Шаг"), QStringLiteral("Начат"), QStringLiteral("Занял"),
+             QStringLiteral("Отведено"), QStringLiteral("Итог")},
+            "th");
     int number = 0;
     for (const LessonResult::Step& step : result.steps) {
         const QString end = step.done        ? QStringLiteral("выполнен")
@@ -63,11 +65,22 @@ QString steps(const LessonResult& result)
     return html + QStringLiteral("</table>");
 }
 
+// Presses, programs, troubles and the instructor's lines; what axes and channels tell besides is left to the
+// journal file of the console.
 QString notes(const LessonResult& result)
 {
-    QString html = QStringLiteral("<h3>Что происходило</h3><table cellpadding=2>");
-    for (const LessonResult::Note& note : result.notes)
-        html += row({clockText(note.at), note.text.toHtmlEscaped()}, "td");
+    QString html = QStringLiteral("<h3>Что сделано и что случилось</h3><table cellpadding=2>");
+    for (const LessonResult::Note& note : result.notes) {
+        const bool told = note.text.startsWith(QLatin1Char('['));
+        if (note.text.startsWith(QLatin1String("[I]")) && !note.text.startsWith(QStringLiteral("[I]Нажат")))
+            continue;
+        const bool trouble =
+            note.text.startsWith(QLatin1String("[A]")) || note.text.startsWith(QLatin1String("[W]"));
+        const QString text = (told ? note.text.mid(3) : note.text).toHtmlEscaped();
+        html += row({clockText(note.at),
+                     trouble ? QStringLiteral("<span style='color:#b00000'>%1</span>").arg(text) : text},
+                    "td");
+    }
     return html + QStringLiteral("</table><p><br>Инструктор ____________________ &nbsp; Ученик "
                                  "____________________</p>");
 }

@@ -7,7 +7,9 @@
 
 namespace {
 
-constexpr QSize scene(900, 1010); // the console's diagram is 900 wide; all places are its own
+constexpr QSize scene(1290,
+                      815);  // the console's diagram is 900 wide, all places are its own; then the machine
+constexpr int nameSize = 24; // px of the scene
 constexpr QColor gas(0, 174, 224);
 constexpr QColor still(190, 194, 206);
 constexpr QColor good(34, 160, 70);
@@ -31,7 +33,7 @@ const Place devices[] = {
     {"vp5", "vv", {630, 430}, {684, 444}},  {"vp4", "vv", {846, 266}, {808, 222}},
     {"vp8", "vv", {740, 266}, {702, 222}},  {"vpt", "vh", {126, 56}, {126, 14}},
     {"tmn", "TMN", {220, 56}, {220, 14}},   {"ve1", "VE", {370, 56}, {340, 14}},
-    {"nw2", "NW2", {822, 520}, {822, 566}},
+    {"nw2", "NW2", {822, 470}, {822, 516}},
 };
 
 struct Pipe
@@ -64,9 +66,9 @@ struct Gauge
 };
 
 const Gauge gauges[] = {
-    {"pt1", "PT1", {222, 578, 170, 40}, {140, 598}}, {"pt2", "PT2", {294, 470, 170, 40}, {270, 490}},
-    {"pt3", "PT3", {606, 560, 170, 40}, {520, 580}}, {"pt4", "PT4", {680, 366, 170, 40}, {630, 386}},
-    {"pt5", "PT5 камера", {114, 150, 260, 64}, {}},  {"pt6", "PT6 пушка", {500, 36, 220, 40}, {460, 56}},
+    {"pt1", "PT1", {222, 576, 200, 44}, {140, 598}}, {"pt2", "PT2", {294, 468, 200, 44}, {270, 490}},
+    {"pt3", "PT3", {606, 558, 200, 44}, {520, 580}}, {"pt4", "PT4", {680, 364, 200, 44}, {630, 386}},
+    {"pt5", "PT5 камера", {114, 150, 290, 64}, {}},  {"pt6", "PT6 пушка", {500, 34, 280, 44}, {460, 56}},
 };
 
 QColor stateColour(const QString& word)
@@ -189,9 +191,9 @@ void PlantPicture::paintDevices(QPainter* painter)
     for (const Place& device : devices) {
         const QPixmap picture = sprite(device.stem, m_state.value(QLatin1String(device.name)));
         painter->drawPixmap(device.at - QPoint(picture.width() / 2, picture.height() / 2), picture);
-        setPoints(painter, 20, true);
+        setPoints(painter, nameSize, true);
         painter->setPen(Qt::black);
-        QRect text(0, 0, 70, 26);
+        QRect text(0, 0, 80, 30);
         text.moveCenter(device.text);
         painter->drawText(text, Qt::AlignCenter, QString(device.name).toUpper());
     }
@@ -203,39 +205,44 @@ void PlantPicture::paintDevices(QPainter* painter)
         painter->setBrush(QColor(0, 128, 255));
         painter->drawRoundedRect(gauge.at, 4, 4);
         painter->setPen(Qt::white);
-        setPoints(painter, 20, true);
+        setPoints(painter, nameSize, true);
         painter->drawText(
             gauge.at, Qt::AlignCenter,
             QStringLiteral("%1  %2").arg(QString::fromUtf8(gauge.caption), value(gauge.name).toUpper()));
     }
-    setPoints(painter, 20);
+    setPoints(painter, nameSize);
     painter->setPen(Qt::black);
-    painter->drawText(QRect(294, 428, 170, 30), Qt::AlignLeft,
+    painter->drawText(QRect(294, 428, 220, 34), Qt::AlignLeft,
                       QStringLiteral("масло %1 °C").arg(value("oil")));
 }
 
 void PlantPicture::paintMachine(QPainter* painter) const
 {
-    setPoints(painter, 22, true);
+    constexpr int left = 910, wide = 376, high = 44;
+    int y = 4;
+    const auto line = [&](const QString& text, const QColor& colour) {
+        lamp(painter, {left, y, wide, high}, text, colour);
+        y += high + 6;
+    };
+    setPoints(painter, nameSize, true);
     const QString regime = value("regime");
-    lamp(painter, {10, 820, 560, 40},
-         QStringLiteral("%1: %2").arg(regimeText(regime), inWords(value("progress"))),
-         regime == QLatin1String("abnormal") ? bad : stateColour(value("progress")));
-    lamp(painter, {580, 820, 310, 40},
-         QStringLiteral("Дверь %1, %2").arg(inWords(value("door")), inWords(value("pressing"))), still);
-    lamp(painter, {10, 866, 280, 40}, QStringLiteral("Приводы ") + inWords(value("drives")),
+    const QString progress = value("progress");
+    line(regimeText(regime), regime == QLatin1String("abnormal") ? bad : stateColour(progress));
+    line(QStringLiteral("Режим: ") + inWords(progress), stateColour(progress));
+    line(QStringLiteral("Дверь %1, %2").arg(inWords(value("door")), inWords(value("pressing"))), still);
+    line(value("alarm") == QLatin1String("on") ? QStringLiteral("Авария: кнопка или трос")
+                                               : QStringLiteral("Приводы ") + inWords(value("drives")),
          value("alarm") == QLatin1String("on") ? bad : stateColour(value("drives")));
     for (int channel = 1; channel <= 3; ++channel) {
         const QString word = m_state.value(QStringLiteral("channel%1").arg(channel));
-        lamp(painter, {300 + (channel - 1) * 198, 866, 192, 40},
-             QStringLiteral("%1 %2").arg(channel).arg(inWords(word)), stateColour(word));
+        line(QStringLiteral("Канал %1: %2").arg(channel).arg(inWords(word)), stateColour(word));
     }
-    setPoints(painter, 20);
+    setPoints(painter, nameSize);
     painter->setPen(Qt::black);
     static const char* const axes[] = {"lx", "ly", "a", "b", "c", "d", "u1", "v", "x", "z", "phi", "ir"};
     for (int i = 0; i < int(std::size(axes)); ++i)
-        painter->drawText(
-            QRect(14 + (i % 6) * 148, 914 + (i / 6) * 44, 144, 40), Qt::AlignVCenter,
-            QStringLiteral("%1 %2").arg(i == 11 ? QStringLiteral("Ток, мА") : QString(axes[i]).toUpper(),
-                                        value(axes[i])));
+        painter->drawText(QRect(left + 8 + (i % 2) * wide / 2, y + 10 + (i / 2) * 42, wide / 2, 40),
+                          Qt::AlignVCenter,
+                          QStringLiteral("%1 %2").arg(
+                              i == 11 ? QStringLiteral("мА") : QString(axes[i]).toUpper(), value(axes[i])));
 }

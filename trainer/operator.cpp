@@ -5,6 +5,7 @@
 #include <QApplication>
 #include <QElapsedTimer>
 #include <QListWidget>
+#include <QThread>
 
 #include <cmath>
 
@@ -119,6 +120,23 @@ QStringList Operator::journal()
             rows << list->item(row)->text();
     });
     return rows;
+}
+
+int Operator::told(const QString& text)
+{
+    return journal().filter(text).size();
+}
+
+void Operator::waitTold(const QString& text, int times)
+{
+    constexpr int limit = 30'000; // ms: a link that is down tells once it is back
+    QElapsedTimer timer;
+    timer.start();
+    for (int now = told(text); now != times; now = told(text)) {
+        expect(now < times && timer.elapsed() < limit,
+               QString("\"%1\" is told %2 times, not %3").arg(text).arg(now).arg(times));
+        QThread::msleep(10);
+    }
 }
 
 void Operator::startRegime(const QString& button, const QString& shown)

@@ -43,6 +43,9 @@ public:
 
     // Rows of the journal's list, as they stand there.
     QStringList journal();
+    int told(const QString& text); // rows that hold it
+    // Until there are so many, for half a minute at most; one more is an error as well.
+    void waitTold(const QString& text, int times);
 
     // A regime of the vacuum plant by its button, confirmed, until the chamber's controller reports it.
     void startRegime(const QString& button, const QString& shown);

@@ -66,8 +66,7 @@ const QVector<Fault> kFaults{
     {"badtcp", "kvs,kvk", "frame %1 badtcp", "", "", "%1", "", Fault::Reconnects},
     {"baddatagram", "", "frame bad"},
     {"baddatagram", "kvs,kvk", "frame %1 bad"},
-    // What the harness and the operator do themselves.
-    {"jam", "", "jam"},
+    {"jam", "", "jam"}, // this and what follows by the operator and the lane themselves
     {"clock", "", "clock"},
     {"disk", "", "disk"},
 };

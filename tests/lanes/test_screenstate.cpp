@@ -4,19 +4,30 @@
 #include <QTableWidget>
 #include <QtTest>
 
-// Two windows that are built alike are equal; each thing that an operator would see otherwise makes one
-// difference.
+// Two windows that are built alike are equal; what an operator would see otherwise makes one difference.
 class TestScreenState : public QObject
 {
     Q_OBJECT
 
 private slots:
     void whatIsSeenIsCompared();
+};
 
-private:
-    using Change = std::function<void(QLabel*, QTableWidget*)>;
-    static QStringList state(const Change& change)
-    {
+void TestScreenState::whatIsSeenIsCompared()
+{
+    const std::function<void(QLabel*, QTableWidget*)> changes[] = {
+        [](QLabel* label, QTableWidget*) { label->setText("12.5\n"); },
+        [](QLabel* label, QTableWidget*) { label->setEnabled(false); },
+        [](QLabel* label, QTableWidget*) { label->hide(); },
+        [](QLabel* label, QTableWidget*) { label->move(1, 0); },
+        [](QLabel* label, QTableWidget*) { label->setPalette(Qt::red); },
+        [](QLabel* label, QTableWidget*) {
+            label->setPixmap(QPixmap::fromImage(QImage(8, 8, QImage::Format_Mono)));
+        },
+        [](QLabel*, QTableWidget* table) { table->setItem(1, 0, new QTableWidgetItem("7")); },
+        [](QLabel*, QTableWidget* table) { table->setCurrentCell(1, 0); },
+    };
+    const auto state = [](const std::function<void(QLabel*, QTableWidget*)>& change) {
         QWidget window;
         auto* frame = new QWidget(&window);
         frame->setObjectName("frame");
@@ -25,24 +36,6 @@ private:
         window.show();
         change(label, table);
         return screenState(&window);
-    }
-};
-
-void TestScreenState::whatIsSeenIsCompared()
-{
-    const Change changes[] = {
-        [](QLabel* label, QTableWidget*) { label->setText("12.5\n"); },
-        [](QLabel* label, QTableWidget*) { label->setEnabled(false); },
-        [](QLabel* label, QTableWidget*) { label->hide(); },
-        [](QLabel* label, QTableWidget*) { label->move(1, 0); },
-        [](QLabel* label, QTableWidget*) { label->setPalette(Qt::red); },
-        [](QLabel* label, QTableWidget*) {
-            QPixmap picture(8, 8);
-            picture.fill(Qt::green);
-            label->setPixmap(picture);
-        },
-        [](QLabel*, QTableWidget* table) { table->setItem(1, 0, new QTableWidgetItem("7")); },
-        [](QLabel*, QTableWidget* table) { table->setCurrentCell(1, 0); },
     };
     const QStringList usual = state([](QLabel*, QTableWidget*) {});
     QCOMPARE(state([](QLabel*, QTableWidget*) {}), usual);

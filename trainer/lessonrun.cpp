@@ -65,6 +65,7 @@ void LessonRun::begin(const Lesson& lesson, const QString& trainee)
     m_unanswered = {};
     m_phase = Phase::Prepare;
     m_instruct(QStringLiteral("speed 1"));
+    m_fence = m_asked;
     emit told(QString());
     emit changed();
 }
@@ -90,15 +91,16 @@ void LessonRun::hear(const QString& said)
     if (!said.startsWith(QLatin1String("state ")))
         return;
     m_answered = std::min(m_answered + 1, m_asked);
-    if (m_answered > m_fence)
+    const bool fresh = m_answered > m_fence;
+    if (fresh)
         m_unanswered = {};
     m_state.clear();
     for (const QString& part : said.mid(6).split(' ', Qt::SkipEmptyParts))
         m_state.insert(part.section('=', 0, 0), part.section('=', 1));
     m_now = m_state.value(QStringLiteral("time")).toDouble();
-    if (preparing())
+    if (preparing() && fresh)
         prepare();
-    else if (running())
+    else if (m_phase == Phase::Run)
         follow();
     m_latePresses.clear();
     emit changed();
@@ -153,6 +155,7 @@ void LessonRun::prepare()
         if (!m_preparing.contains(line))
             m_instruct(line);
         m_preparing << line;
+        m_fence = m_asked;
         return false;
     };
     const auto is = [this](const char* name, const char* value) {
@@ -162,6 +165,7 @@ void LessonRun::prepare()
         if (!m_faults.isEmpty()) {
             for (const QString& fault : qAsConst(m_faults))
                 m_instruct(mending(fault));
+            m_fence = m_asked;
             return false;
         }
         // An emergency button ends programs, motion and the virtual axes with the drives.
@@ -218,7 +222,7 @@ void LessonRun::follow()
     while (m_phase == Phase::Run && m_deedsDone < step.deeds.size() &&
            step.deeds[m_deedsDone].after <= m_now - m_stepBegan)
         doDeed(step.deeds[m_deedsDone++]);
-    if (banned(m_lesson.bans) || banned(step.bans))
+    if (banned(step.bans) || banned(m_lesson.bans))
         return;
     // What the lesson has just done, only the next answer shows.
     const auto holds = [this](const Condition& c) { return c.holds(m_state); };

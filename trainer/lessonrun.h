@@ -114,6 +114,6 @@ private:
     // A question's answer tells of a line only when it was asked after it.
     int m_asked = 0;
     int m_answered = 0;
-    int m_fence = 0;   // questions asked before the lesson's last line
-    Deed m_unanswered; // that line, until its effect has been told
+    int m_fence = 0;   // questions asked before the last line that was sent
+    Deed m_unanswered; // the line, when it is one of the lesson, until its effect has been told
 };

@@ -28,7 +28,7 @@ const Play plays[] = {
     {"01-pervaya-otkachka", "speed 1000", "шаг 1 не выполнен за 900 с",
      "run sbVacPrepare; is door closed; switch Door; step 4; run sbVacPumping"},
     {"02-privody", "on; step 2; tap sbDrives", "приводы выключены до конца перемещения",
-     "on; move LX 50; tap sbDrives"},
+     "on; move LX 50; step 3; tap sbDrives"},
     {"03-kontur", newContour + QString("move LY 5"), "ось LY сдвинута",
      newContour + QString("move LX 60; step 4; point; step 5; tap pbSave; item contour; tap pbClose")},
     {"04-pervaya-svarka", weld + QString("step 4; tap sbDrives"), "приводы выключены во время",
@@ -89,7 +89,7 @@ private slots:
         LessonResult failed;
         const QString trouble = journey.runLoggedIn([&] {
             play(row.fails);
-            failed = window.run().result();
+            journey.hand.onScreen([&] { failed = window.run().result(); });
             play(row.passes);
         });
         const LessonResult& passed = window.run().result();
@@ -152,7 +152,8 @@ private:
     {
         hand().onScreen([&] { m_window->findChild<QPushButton*>("pbBegin")->click(); });
         speed(kWait); // the door
-        hand().waitFor("the lesson's first step", [&] { return !m_window->run().preparing(); });
+        hand().waitFor(
+            "the lesson's first step", [&] { return !m_window->run().preparing(); }, 30'000);
         speed(kWork);
         for (const QString& part : script.split("; ", Qt::SkipEmptyParts))
             act(part.section(' ', 0, 0), part.section(' ', 1, 1), part.section(' ', 2));
@@ -220,9 +221,11 @@ private:
     // A regime by its button, confirmed; if wanted to its end.
     void startRegime(const QString& button, bool toItsEnd)
     {
+        QString before;
+        hand().onScreen([&] { before = m_window->run().state().value("regime"); });
         hand().tap(button);
         hand().tap("pbYes");
-        waitState("progress", "running");
+        hand().waitFor(button, [&] { return m_window->run().state().value("regime") != before; });
         if (!toItsEnd)
             return;
         speed(kWait);

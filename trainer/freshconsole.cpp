@@ -31,10 +31,17 @@ QStringList unknown(bool trouble)
                       "*/lbProgName*", "*/kvs/pipeE4", "*/kvs/pipeE5", "*/kvs/pipeE6",
                       "*/kvs/pipeEG",  "*/indX",       "*/indZ",       "*/indPHI"};
     // The stack's times, and QF18, which is told when it trips and not while it is open; a device's button
-    // keeps the direction in which it was switched last.
+    // keeps the direction in which it was switched last. Of VPT, VE1 and TMN nothing is known while BKU is
+    // silent with its gauge: their pictures and pipes stay.
     if (trouble)
         names << "*/frErrorDiagnostic"
-              << "*/sbSwitch";
+              << "*/sbSwitch"
+              << "*/kvs/VPT"
+              << "*/kvs/VE1"
+              << "*/kvs/TMN"
+              << "*/kvs/pipeO0"
+              << "*/kvs/pipeO1"
+              << "*/kvs/pipeP0";
     return names;
 }
 

@@ -5,7 +5,8 @@
 // What a process holds of the computer.
 struct ProcessUse
 {
-    long memory = 0; // kB resident, without what the allocator could give back
+    long heap = 0;     // kB that are allocated
+    long resident = 0; // kB in memory, with what lies free between allocations
     int threads = 0;
     int files = 0;           // open descriptors
     QStringList threadNames; // as the kernel has them, sorted by their numbers
@@ -13,7 +14,7 @@ struct ProcessUse
     static ProcessUse now(); // this process; gives free memory back to the kernel
     QString text() const;    // one line, without the names
 
-    // Tells both when this is not the same number of threads and descriptors, or more memory than `former`
-    // had by so many percent; empty otherwise.
+    // Tells both when this is not the same number of threads and descriptors, or more heap than `former` had
+    // by so many percent, or more in memory by twice as many; empty otherwise.
     QString grownFrom(const ProcessUse& former, int percent) const;
 };

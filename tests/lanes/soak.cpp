@@ -1,7 +1,7 @@
 // A day of bad luck: the console at work on an installation whose time runs fast, with welds, pumping and
 // every fault that there is, in an order drawn from a seed. What is told must be told as often as it
-// happened, each connection must come back, and the screen must be that of a console which was started just
-// now. Ends with 1 on a finding.
+// happened, each connection must come back, and the screen be that of a console started now. Ends with 1 on a
+// finding.
 
 #include "faults.h"
 #include "fulldisk.h"
@@ -286,7 +286,8 @@ private:
         m_hand.waitLinks();
         QThread::msleep(500); // what is ending has ended
         m_last = ProcessUse::now();
-        m_last.memory -= noted();
+        m_last.heap -= noted();
+        m_last.resident -= noted();
         std::printf(" %s beside %ld kB noted\n", qPrintable(m_last.text()), noted());
     }
 

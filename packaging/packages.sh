@@ -1,6 +1,6 @@
 # What the build and the tests need from Debian 12; sourced by `run` and `check`.
 
-MIRTA_PACKAGES="build-essential cmake ninja-build ccache qtbase5-dev qtbase5-private-dev qtbase5-dev-tools fonts-dejavu-core libxcb-xtest0-dev libxcb-keysyms1-dev libpcap-dev"
+MIRTA_PACKAGES="build-essential cmake ninja-build ccache qtbase5-dev qtbase5-private-dev qtbase5-dev-tools fonts-dejavu-core libxcb-xtest0-dev libxcb-keysyms1-dev libpcap-dev libqwt-qt5-dev"
 # A panel for the tests: an X server without a screen, a window manager. What names the fields of a capture.
 MIRTA_TEST_PACKAGES="xvfb openbox util-linux tshark"
 # libFuzzer and the sanitizers that go with it.
@@ -8,7 +8,7 @@ MIRTA_FUZZ_PACKAGES="clang libclang-rt-dev"
 # A bare Debian to prove the package in.
 MIRTA_PACKAGING_PACKAGES="dpkg-dev file iproute2 lintian mmdebstrap procps util-linux"
 # Other charts, which the strip chart is measured against.
-MIRTA_BENCH_PACKAGES="libqwt-qt5-dev libqcustomplot-dev"
+MIRTA_BENCH_PACKAGES="libqcustomplot-dev"
 
 # Installs what is missing, as root or with sudo: install_missing [PACKAGE ...] besides those of the build. Says
 # nothing when nothing is.

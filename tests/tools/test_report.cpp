@@ -14,9 +14,9 @@
 
 namespace {
 
-const char* const away =
-    "N1 $1\nN2 COORD(1)\nN3 G4 F0.2\nN4 COORD(2)\nN5 G90 G01 x=40.00 y=30.00 z=20.00 F900.000\n"
-    "N6 G4 F0.5\nN7 COORD(0,2)\nN8 M30";
+const char* const away = "N1 $1\nN2 COORD(1)\nN3 G4 F0.2\nN4 COORD(2)\nWAIT\n1 @AXISMOVING?=TRUE\n"
+                         "N5 G90 G01 x=40.00 y=30.00 z=20.00 F900.000\nWAIT\n1 @AXISMOVING?=FALSE\n"
+                         "N6 G4 F0.5\nN7 COORD(0,2)\nN8 M30";
 
 } // namespace
 
@@ -112,12 +112,14 @@ void TestReport::initTestCase()
         hand.tap("pbPrgOpen_1");
         hand.tapItem("listWidget_prog", "away");
         hand.tap("pbLoad");
+        hand.waitGone("listWidget_prog");
         hand.waitText("lbProgName1", "away");
+        QThread::msleep(500); // the finger has left the dialog that stood there
         hand.tap("pbRun");
         hand.waitText("channel1State", "выполнение");
         hand.waitIdle();
     });
-    QVERIFY2(trouble.isEmpty(), qPrintable(trouble + "\n" + journey.journal().right(900)));
+    QVERIFY2(trouble.isEmpty(), qPrintable(trouble));
     const QString bin = site().path("/home/oper/bin");
     const QStringList passports = QDir(bin + "/passports").entryList(QDir::Files, QDir::Name);
     QCOMPARE(passports.size(), 2);
@@ -181,7 +183,7 @@ void TestReport::asTheConsoleWroteThem()
     const RecordFile run = readRecord(m_short);
     QCOMPARE(troubles(run), QStringList());
     QCOMPARE(run.kind, RecordFile::ShortPassport);
-    QCOMPARE(run.program, QString("away"));
+    QCOMPARE(run.program, QString("arc")); // of the last weld, which the name of the file has
     QCOMPARE(run.programs[0].lines, QString(away).split('\n'));
     QCOMPARE(run.titles.mid(0, 3), QStringList({"Время", "Путь", "LX"}));
     QVERIFY(run.samples() > 5);
@@ -309,8 +311,7 @@ void TestReport::onPaper()
     QFile file(pdf);
     QVERIFY(file.open(QIODevice::ReadOnly));
     QVERIFY(file.readAll().startsWith("%PDF"));
-    QCOMPARE(report({m_long, m_short, m_flight, "--pdf", pdf, "--tolerance", "0"}),
-             1); // the beam lags behind
+    QCOMPARE(report({m_lag, m_short, m_flight, "--pdf", pdf}), 1);
     const QString cut = write("cut.csv", m_bytes[1].left(m_bytes[1].size() - 2));
     QCOMPARE(report({cut, "--pdf", pdf}), 1);
     QVERIFY2(m_said.contains("обрыв"), qPrintable(m_said));
@@ -345,6 +346,7 @@ void TestReport::byFinger()
     QCOMPARE(window.findChild<QTreeWidget*>("findings")->topLevelItemCount(), 1);
     QWidget* canvas = plot->canvas();
     static QTouchDevice* const screen = QTest::createTouchDevice();
+    QTRY_VERIFY(canvas->width() > 500); // laid out
     const int width = canvas->width();
     const auto at = [&](double share) { return QPoint(int(width * share), 20); };
     QTest::touchEvent(canvas, screen).press(0, at(0.4), canvas).press(1, at(0.6), canvas);
@@ -360,8 +362,10 @@ void TestReport::byFinger()
                       Qt::NoScrollPhase, false);
     QApplication::sendEvent(canvas, &wheel);
     QCOMPARE(charts->to() - charts->from(), all); // no further out than the whole
+    window.open({m_short});
     QTest::mouseClick(window.findChild<QPushButton*>("pbPath"), Qt::LeftButton);
-    QVERIFY(qAbs(charts->to() - readRecord(m_long).column("Путь")->last()) < 1e-6);
+    const double path = readRecord(m_short).column("Путь")->last();
+    QVERIFY2(path > 1 && charts->to() == path, qPrintable(QString("%1 %2").arg(path).arg(charts->to())));
 }
 
 QTEST_MAIN(TestReport)

@@ -256,6 +256,7 @@ void Charts::show(const View& view, const QVector<int>& kinds)
         if (!isDrawable(chartKinds()[kind], view))
             continue;
         QwtPlot* plot = makeChart(chartKinds()[kind], view, 16, false, this);
+        plot->setMinimumSize(200, 150); // many of them share the height
         plot->canvas()->setAttribute(Qt::WA_AcceptTouchEvents);
         plot->canvas()->installEventFilter(this);
         layout()->addWidget(plot);

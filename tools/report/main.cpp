@@ -121,7 +121,7 @@ int main(int argc, char* argv[])
 
     ReportWindow window(view.percent, view.overPath);
     window.open(paths);
-    window.resize(1600, 1000);
+    window.resize(1800, 1000);
     window.show();
     return QApplication::exec();
 }

@@ -224,7 +224,7 @@ void writeDeviations(Paper* paper, const View& view)
 {
     const QVector<QStringList> rows = deviationRows(view);
     paper->heading(QStringLiteral("Отклонения от уставки более %1 %").arg(numberText(view.percent, 1)));
-    const QVector<double> shares{0.08, 0.2, 0.2, 0.2, 0.1, 0.1, 0.12};
+    const QVector<double> shares{0.06, 0.19, 0.2, 0.18, 0.1, 0.1, 0.17};
     if (rows.isEmpty())
         paper->write(QStringLiteral("Нет."));
     else

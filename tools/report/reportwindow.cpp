@@ -29,7 +29,8 @@ QTreeWidget* table(const QStringList& titles, const QString& name)
     tree->setRootIsDecorated(false);
     tree->setUniformRowHeights(true);
     tree->setVerticalScrollMode(QAbstractItemView::ScrollPerPixel);
-    tree->setStyleSheet(QStringLiteral("QTreeWidget::item { height: %1px; }").arg(touchHeight));
+    tree->setStyleSheet(
+        QStringLiteral("* { font-size: 16px; } QTreeWidget::item { height: %1px; }").arg(touchHeight));
     QScroller::grabGesture(tree->viewport(), QScroller::TouchGesture);
     return tree;
 }
@@ -67,7 +68,7 @@ ReportWindow::ReportWindow(double percent, bool overPath)
     auto* halves = new QSplitter;
     halves->addWidget(m_list);
     halves->addWidget(work);
-    halves->setSizes({520, 1400});
+    halves->setSizes({620, 1180});
     auto* all = new QHBoxLayout(this);
     all->addWidget(halves);
 
@@ -122,6 +123,7 @@ QWidget* ReportWindow::commands()
     row->addWidget(new QLabel(QStringLiteral("Допуск")));
     m_percent = new QDoubleSpinBox;
     m_percent->setObjectName(QStringLiteral("percent"));
+    m_percent->setLocale(QLocale(QLocale::Russian));
     m_percent->setRange(0, 100);
     m_percent->setDecimals(1);
     m_percent->setSuffix(QStringLiteral(" %"));
@@ -145,7 +147,7 @@ QWidget* ReportWindow::chartButtons()
     auto* rows = new QGridLayout(bar);
     rows->setContentsMargins(0, 0, 0, 0);
     for (int kind = 0; kind < chartKinds().size(); ++kind) {
-        if (kind >= 4)
+        if (kind >= 3)
             m_hidden.insert(kind); // what a weld is judged by comes first
         QPushButton* made = button(chartKinds()[kind].title, QStringLiteral("kind%1").arg(kind), true);
         made->setChecked(!m_hidden.contains(kind));

@@ -259,7 +259,9 @@ void Charts::show(const View& view, const QVector<int>& kinds)
         plot->setMinimumSize(200, 150); // many of them share the height
         plot->canvas()->setAttribute(Qt::WA_AcceptTouchEvents);
         plot->canvas()->installEventFilter(this);
-        layout()->addWidget(plot);
+        if (!m_plots.isEmpty())
+            m_plots.last()->setAxisTitle(QwtPlot::xBottom, QString()); // the lowest tells it for all
+        static_cast<QVBoxLayout*>(layout())->addWidget(plot, 1);
         m_plots << plot;
     }
     const bool keep = !wasWhole && m_overPath == view.overPath;

@@ -64,7 +64,7 @@ ReportWindow::ReportWindow(double percent, bool overPath)
     column->addWidget(m_charts, 1);
     column->addWidget(m_summary);
     column->addWidget(m_findings);
-    m_findings->setFixedHeight(4 * touchHeight);
+    m_findings->setFixedHeight(3 * touchHeight);
     auto* halves = new QSplitter;
     halves->addWidget(m_list);
     halves->addWidget(work);

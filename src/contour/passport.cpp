@@ -1,5 +1,6 @@
 #include "passport.h"
 
+#include "passportwords.h"
 #include "site.h"
 
 #include <QLocale>
@@ -71,10 +72,10 @@ QString weldText(const Passport::Head& head)
         text += quoted(QStringLiteral("Длина шва: %1 мм").arg(length)) + end;
     }
     text += quoted(QStringLiteral("Скорость: %1 мм/мин").arg(double(head.weldSpeed), 0, 'f', 1)) + end;
-    text += end + quoted(QStringLiteral("Контур:")) + end;
+    text += end + quoted(PassportWords::contour) + end;
     for (const QString& row : head.contour)
         text += quoted(row) + end;
-    text += quoted(QStringLiteral("Технология:")) + end;
+    text += quoted(PassportWords::technology) + end;
     for (const QString& row : head.technology)
         text += title(row) + end;
     return text;
@@ -83,9 +84,9 @@ QString weldText(const Passport::Head& head)
 QString titles(Passport::Form form)
 {
     const bool weld = form == Passport::Long;
-    QString line = title(QStringLiteral("Время"));
+    QString line = title(PassportWords::time);
     if (weld)
-        line += title(QStringLiteral("Путь"));
+        line += title(PassportWords::path);
     for (const QString& axis : Passport::axes())
         line += title(axis);
     if (!weld)
@@ -98,21 +99,21 @@ QString titles(Passport::Form form)
 QString headText(const Passport::Head& head, Passport::Form form)
 {
     const bool weld = form == Passport::Long;
-    QString text = quoted(weld ? head.name : QStringLiteral("_temp")) + end;
-    text += quoted(QStringLiteral("Дата: ") + head.start.toString(QStringLiteral("dd-MM-yyyy"))) + end;
-    text += quoted(QStringLiteral("Сварщик: ") + head.welder) + end;
-    text += quoted(QStringLiteral("Время запуска: ") + head.start.toString(QStringLiteral("hh:mm:ss"))) + end;
+    QString text = quoted(weld ? head.name : PassportWords::shortName) + end;
+    text += quoted(PassportWords::date + head.start.toString(PassportWords::dateForm)) + end;
+    text += quoted(PassportWords::welder + head.welder) + end;
+    text += quoted(PassportWords::clock + head.start.toString(PassportWords::clockForm)) + end;
     if (weld)
         text += weldText(head);
-    text += end + quoted(QStringLiteral("ПРОГРАММА ПЕРЕМЕЩЕНИЯ (канал 1)")) + end;
+    text += end + quoted(PassportWords::programs[0]) + end;
     text += programLines(head.programs[0]);
     if (weld && !head.programs[1].isEmpty()) {
-        text += quoted(QStringLiteral("ПРОГРАММА ВРАЩЕНИЯ ДЕТАЛИ (канал 2)")) + end;
+        text += quoted(PassportWords::programs[1]) + end;
         text += programLines(head.programs[1]);
     }
     text += end;
     if (weld) {
-        text += quoted(QStringLiteral("ПРОГРАММА СВАРКИ (канал 3)")) + end;
+        text += quoted(PassportWords::programs[2]) + end;
         text += programLines(head.programs[2]) + end;
     }
     return text + titles(form);
@@ -137,7 +138,7 @@ void Passport::setForm(Form form)
 bool Passport::open(const Head& head, float speed)
 {
     Q_ASSERT(!m_ppf.isOpen());
-    m_ppf.setFileName(site().path(folder + head.start.toString(QStringLiteral("yyyy-MM-dd-hh-mm-ss-")) +
+    m_ppf.setFileName(site().path(folder + head.start.toString(PassportWords::fileStamp) + QLatin1Char('-') +
                                   head.name + QStringLiteral(".csv")));
     if (!m_ppf.open(QIODevice::WriteOnly | QIODevice::Text))
         return false;

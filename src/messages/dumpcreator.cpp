@@ -1,5 +1,7 @@
 #include "dumpcreator.h"
 
+#include "flightrecord.h"
+
 #include <QDataStream>
 #include <QDateTime>
 #include <QFile>
@@ -13,13 +15,6 @@ constexpr std::chrono::milliseconds period{50}; // and the time of the write
 // Everyone may read, write and execute; everyone may read. In the toolkit's digits.
 constexpr int openPermissions = 0x777;
 constexpr int closedPermissions = 0x444;
-
-struct Record
-{
-    quint32 time; // ms since the start
-    float values[10];
-};
-static_assert(sizeof(Record) == 44);
 
 } // namespace
 
@@ -52,7 +47,8 @@ void DumpCreator::stopDump()
 void DumpCreator::run()
 {
     const QDateTime now = QDateTime::currentDateTime();
-    QFile file(m_dumpPath + now.toString(QStringLiteral("dd.MM.yyyy_hh.mm.ss")) + QStringLiteral(".dump"));
+    QFile file(m_dumpPath + now.toString(QLatin1String(FlightRecord::nameForm)) +
+               QLatin1String(FlightRecord::suffix));
     if (!file.open(QIODevice::WriteOnly)) {
         emit signalDumpProblem(QStringLiteral("Can't open file for writing."));
         return;
@@ -61,7 +57,7 @@ void DumpCreator::run()
     QDataStream stream(&file);
     const qint64 start = QDateTime::currentMSecsSinceEpoch();
     do {
-        Record record;
+        FlightRecord record;
         record.time = static_cast<quint32>(QDateTime::currentMSecsSinceEpoch() - start);
         if (!take(record.values))
             break;

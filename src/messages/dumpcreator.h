@@ -7,9 +7,7 @@
 
 // The flight recorder: a file of ten values, twenty times a second, from the console's start to its end.
 // A file that still can be written belongs to a run that did not end cleanly.
-//
-// The file is a plain sequence of records of 44 bytes in host byte order: u32 milliseconds since the start
-// of the recording, then ten floats.
+// Its file: flightrecord.h.
 class DumpCreator : public QThread
 {
     Q_OBJECT

@@ -51,7 +51,6 @@ private:
         program.start(QFileInfo(PlantProcess::besideThisProgram()).path() + "/mirta-report", arguments);
         program.waitForFinished(60'000);
         m_said = QString::fromUtf8(program.readAllStandardError());
-        m_listed = QString::fromUtf8(program.readAllStandardOutput());
         return program.exitStatus() == QProcess::NormalExit ? program.exitCode() : -1;
     }
     static QStringList troubles(const RecordFile& record)
@@ -78,7 +77,7 @@ private:
     QString m_long, m_short, m_flight; // file names
     QString m_lag;                     // of the weld with a beam that leaves its set value for a while
     QByteArray m_bytes[3];             // of them
-    QString m_said, m_listed;
+    QString m_said;
 };
 
 void TestReport::initTestCase()
@@ -114,7 +113,7 @@ void TestReport::initTestCase()
         hand.tap("pbLoad");
         hand.waitGone("listWidget_prog");
         hand.waitText("lbProgName1", "away");
-        QThread::msleep(500); // the finger has left the dialog that stood there
+        QThread::msleep(300); // the record of the weld ends within a tick; until then a start is refused
         hand.tap("pbRun");
         hand.waitText("channel1State", "выполнение");
         hand.waitIdle();
@@ -195,7 +194,7 @@ void TestReport::asTheConsoleWroteThem()
     QCOMPARE(flight.samples(), m_bytes[2].size() / 44);
     QVERIFY(flight.start.isValid() && flight.duration() > weld.duration());
     QCOMPARE(flight.column("LX1")->last(), 40.0);
-    QVERIFY(!hasPath(flight));
+    QVERIFY(!flight.hasPath());
 }
 
 void TestReport::otherEncodingsAndMarks()
@@ -320,10 +319,6 @@ void TestReport::onPaper()
     QVERIFY(m_said.contains("файл пуст"));
     QCOMPARE(report({m_short, "--pdf", "/nowhere/out.pdf"}), 2);
     QCOMPARE(report({m_flight, "--path", "--pdf", pdf}), 2);
-    QCOMPARE(report({m_dir.path(), "--list"}), 1);
-    const QStringList lines = m_listed.split('\n');
-    QCOMPARE(lines.size(), 6); // cut, flight, short, long, empty
-    QVERIFY2(lines[4].startsWith("empty.csv: файл пуст"), qPrintable(m_listed));
     QFile::remove(cut);
     QFile::remove(empty);
 }

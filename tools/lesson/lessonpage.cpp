@@ -1,28 +1,15 @@
 #include "lessonpage.h"
 
-#include <QAbstractTextDocumentLayout>
+#include "paper.h"
+
 #include <QDir>
-#include <QPainter>
-#include <QPdfWriter>
 #include <QRegularExpression>
-#include <QSaveFile>
-#include <QTextDocument>
 
 #include <cmath>
 
 namespace {
 
-constexpr int resolution = 300; // dots an inch
-constexpr int margin = 20;      // mm
 constexpr int longestName = 60;
-
-QString row(const QStringList& cells, const char* tag)
-{
-    QString html = QStringLiteral("<tr>");
-    for (const QString& cell : cells)
-        html += QStringLiteral("<%1 align=left>%2</%1>").arg(QLatin1String(tag), cell);
-    return html + QStringLiteral("</tr>");
-}
 
 QString fact(const QString& name, const QString& value)
 {
@@ -45,31 +32,27 @@ QString head(const LessonResult& result)
 
 QString steps(const LessonResult& result)
 {
-    QString html =
-        QStringLiteral(
-            "<h3>Шаги, минуты и секунды</h3><table width=100% border=1 cellspacing=0 "
-            "cellpadding=4 style='border-style:solid; border-color:#888888; border-collapse:collapse'>") +
-        row({QStringLiteral("№"), QStringLiteral("Шаг"), QStringLiteral("Начат"), QStringLiteral("Занял"),
-             QStringLiteral("Отведено"), QStringLiteral("Итог")},
-            "th");
+    QVector<QStringList> rows;
     int number = 0;
     for (const LessonResult::Step& step : result.steps) {
         const QString end = step.done        ? QStringLiteral("выполнен")
                             : step.began < 0 ? QStringLiteral("—")
                                              : QStringLiteral("не выполнен");
-        html += row({QString::number(++number), step.title.toHtmlEscaped(), clockText(step.began),
+        rows.append({QString::number(++number), step.title.toHtmlEscaped(), clockText(step.began),
                      step.ended < 0 ? QString() : clockText(step.ended - step.began), clockText(step.within),
-                     end},
-                    "td");
+                     end});
     }
-    return html + QStringLiteral("</table>");
+    return QStringLiteral("<h3>Шаги, минуты и секунды</h3>") +
+           Paper::table({QStringLiteral("№"), QStringLiteral("Шаг"), QStringLiteral("Начат"),
+                         QStringLiteral("Занял"), QStringLiteral("Отведено"), QStringLiteral("Итог")},
+                        rows, {5, 47, 11, 11, 12, 14});
 }
 
 // Presses, programs, troubles and the instructor's lines; what axes and channels tell besides is left to the
 // journal file of the console.
 QString notes(const LessonResult& result)
 {
-    QString html = QStringLiteral("<h3>Что сделано и что случилось</h3><table cellpadding=2>");
+    QVector<QStringList> rows;
     for (const LessonResult::Note& note : result.notes) {
         const bool told = note.text.startsWith(QLatin1Char('['));
         if (note.text.startsWith(QLatin1String("[I]")) && !note.text.startsWith(QStringLiteral("[I]Нажат")))
@@ -77,33 +60,12 @@ QString notes(const LessonResult& result)
         const bool trouble =
             note.text.startsWith(QLatin1String("[A]")) || note.text.startsWith(QLatin1String("[W]"));
         const QString text = (told ? note.text.mid(3) : note.text).toHtmlEscaped();
-        html += row({clockText(note.at),
-                     trouble ? QStringLiteral("<span style='color:#b00000'>%1</span>").arg(text) : text},
-                    "td");
+        rows.append({clockText(note.at),
+                     trouble ? QStringLiteral("<span style='color:#b00000'>%1</span>").arg(text) : text});
     }
-    return html + QStringLiteral("</table><p><br>Инструктор ____________________ &nbsp; Ученик "
-                                 "____________________</p>");
-}
-
-void paint(QTextDocument* document, QPdfWriter* writer)
-{
-    document->documentLayout()->setPaintDevice(writer);
-    const int footer = resolution / 3;
-    const QSizeF page(writer->width(), writer->height() - footer);
-    document->setPageSize(page);
-    QPainter painter(writer);
-    const int pages = document->pageCount();
-    for (int i = 0; i < pages; ++i) {
-        if (i > 0)
-            writer->newPage();
-        painter.save();
-        painter.translate(0, -i * page.height());
-        document->drawContents(&painter, QRectF(0, i * page.height(), page.width(), page.height()));
-        painter.restore();
-        painter.setFont(document->defaultFont());
-        painter.drawText(QRectF(0, page.height(), page.width(), footer), Qt::AlignRight | Qt::AlignBottom,
-                         QStringLiteral("%1 из %2").arg(i + 1).arg(pages));
-    }
+    return QStringLiteral("<h3>Что сделано и что случилось</h3>") + Paper::table({}, rows, {11, 89}) +
+           QStringLiteral("<p><br>Инструктор ____________________ &nbsp; Ученик "
+                          "____________________</p>");
 }
 
 } // namespace
@@ -148,25 +110,8 @@ QString lessonPageName(const LessonResult& result, const QString& folder)
 
 bool writeLessonPage(const LessonResult& result, const QString& fileName, QString* why)
 {
-    QSaveFile file(fileName);
-    if (!QDir().mkpath(QFileInfo(fileName).path()) || !file.open(QIODevice::WriteOnly)) {
-        *why = file.errorString();
-        return false;
-    }
-    {
-        QPdfWriter writer(&file);
-        writer.setTitle(result.title);
-        writer.setResolution(resolution);
-        writer.setPageSize(QPageSize(QPageSize::A4));
-        writer.setPageMargins(QMarginsF(margin, margin, margin, margin), QPageLayout::Millimeter);
-        QTextDocument document;
-        document.setDocumentMargin(0);
-        document.setDefaultFont(QFont(QStringLiteral("DejaVu Sans"), 10));
-        document.setHtml(head(result) + steps(result) + notes(result));
-        paint(&document, &writer);
-    }
-    const bool written = file.commit();
-    if (!written)
-        *why = file.errorString();
-    return written;
+    QDir().mkpath(QFileInfo(fileName).path());
+    Paper paper(QStringLiteral("Протокол урока «%1»").arg(result.title));
+    paper.text(head(result) + steps(result) + notes(result));
+    return paper.write(fileName, why);
 }

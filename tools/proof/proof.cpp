@@ -1,5 +1,6 @@
 #include "proof.h"
 
+#include "paper.h"
 #include "weldproof.h"
 
 #include <QJsonArray>
@@ -138,15 +139,12 @@ QString proofHtml(const Proof& proof)
         html += QStringLiteral("<h3>%1</h3>").arg(table.title.toHtmlEscaped());
         if (table.rows.isEmpty())
             continue;
-        html += QStringLiteral("<table border=1 cellspacing=0 cellpadding=3>");
-        const Rows rows = Rows{table.head} + table.rows.mid(0, linesOnPaper);
-        for (int i = 0; i < rows.size(); ++i) {
-            html += QStringLiteral("<tr>");
-            for (const QString& cell : rows[i])
-                html += QStringLiteral("<%1>%2</%1>").arg(i == 0 ? "th" : "td", cell.toHtmlEscaped());
-            html += QStringLiteral("</tr>");
+        QVector<QStringList> rows = table.rows.mid(0, linesOnPaper);
+        for (QStringList& row : rows) {
+            for (QString& cell : row)
+                cell = cell.toHtmlEscaped();
         }
-        html += QStringLiteral("</table>");
+        html += Paper::table(table.head, rows);
         if (table.rows.size() > linesOnPaper)
             html += QStringLiteral("<p>Показаны первые %1 строк из %2.</p>")
                         .arg(linesOnPaper)

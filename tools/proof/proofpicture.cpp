@@ -1,14 +1,12 @@
 #include "proofpicture.h"
 
+#include "paper.h"
 #include "schema.h"
 
-#include <QAbstractTextDocumentLayout>
 #include <QBuffer>
 #include <QFile>
 #include <QImage>
 #include <QPainter>
-#include <QPdfWriter>
-#include <QTextDocument>
 #include <QtMath>
 
 #include <algorithm>
@@ -100,13 +98,19 @@ public:
         m_p.drawText(area, Qt::AlignLeft | Qt::AlignTop, m_proof.weld.name);
         if (m_samples.isEmpty())
             return;
-        const double seams = area.height() * 0.52;
+        // Upright on paper the views stand above one another, and the legend needs two lines.
+        const bool upright = area.width() < 1200 * m_unit;
+        const double seams = area.height() * (upright ? 0.64 : 0.52);
         const QVector<View> both = views(m_proof);
-        const double split = area.width() * 0.6;
-        seam({area.left(), area.top() + line, split - line, seams - 2 * line}, both[0], true);
-        seam({area.left() + split, area.top() + line, area.width() - split, seams - 2 * line}, both[1],
-             false);
-        legend({area.left(), area.top() + seams - line, area.width(), line});
+        const double words = upright ? 2 * line : line;
+        const QRectF room(area.left(), area.top() + line, area.width(), seams - line - words);
+        const double split = upright ? room.height() * 0.56 : room.width() * 0.6;
+        seam(upright ? room.adjusted(0, 0, 0, split - room.height() - line / 3)
+                     : room.adjusted(0, 0, split - room.width() - line, -line / 3),
+             both[0]);
+        seam(upright ? room.adjusted(0, split, 0, -line / 3) : room.adjusted(split, 0, 0, -line / 3),
+             both[1]);
+        legend({area.left(), area.top() + seams - words, area.width(), line});
         const double height = (area.height() - seams - line) / 3;
         const std::tuple<QString, double Sample::*> curves[] = {
             {QStringLiteral("Ток, мА"), &Sample::Ir},
@@ -123,7 +127,7 @@ public:
     }
 
 private:
-    void seam(const QRectF& area, const View& view, bool marks)
+    void seam(const QRectF& area, const View& view)
     {
         QRectF seen;
         for (const Sample& s : m_samples)
@@ -149,10 +153,8 @@ private:
             m_p.drawLine(at(m_samples[i - 1]), at(s));
         }
         const auto place = [&](double path) { return at(m_samples[nearest(path)]); };
-        if (marks) {
-            rows(place);
-            findings(place);
-        }
+        rows(place);
+        findings(place);
         if (m_cursor >= 0)
             mark(at(m_samples[std::min(m_cursor, m_samples.size() - 1)]), {}, cursorColor);
     }
@@ -213,14 +215,18 @@ private:
             {rowColor, QStringLiteral("○ строка технологии")},
             {stopColor, QStringLiteral("□ останов")},
             {findingColor, QStringLiteral("● замечание с номером")}};
-        double left = area.left();
+        QPointF at(area.left(), area.center().y());
         for (const auto& [color, text] : words) {
+            const double width = m_p.fontMetrics().horizontalAdvance(text);
+            if (at.x() + 26 * m_unit + width > area.right())
+                at = QPointF(area.left(), at.y() + area.height());
             m_p.setPen(QPen(color, 5 * m_unit));
-            m_p.drawLine(QPointF(left, area.center().y()), QPointF(left + 20 * m_unit, area.center().y()));
+            m_p.drawLine(at, at + QPointF(20 * m_unit, 0));
             m_p.setPen(Qt::black);
-            m_p.drawText(QRectF(left + 26 * m_unit, area.top(), 300 * m_unit, area.height()),
-                         Qt::AlignVCenter, text);
-            left += 46 * m_unit + m_p.fontMetrics().horizontalAdvance(text);
+            m_p.drawText(
+                QRectF(at.x() + 26 * m_unit, at.y() - area.height() / 2, width + m_unit, area.height()),
+                Qt::AlignVCenter, text);
+            at.rx() += 46 * m_unit + width;
         }
     }
 
@@ -281,8 +287,9 @@ bool write(const QString& file, const QByteArray& bytes)
 void paintProof(QPainter* painter, const QRectF& area, const Proof& proof, int cursor)
 {
     painter->setRenderHint(QPainter::Antialiasing);
-    // Letters stay legible on a narrow window and on paper.
-    Picture(painter, proof, std::max(1.0, area.width() / 1600), cursor).paint(area);
+    // Letters stay legible: 16 px on a narrow window, 9 pt on paper.
+    const double letters = 9 * painter->device()->logicalDpiY() / 72.0;
+    Picture(painter, proof, std::max({1.0, area.width() / 1600, letters / 16}), cursor).paint(area);
 }
 
 bool writeProofPng(const QString& file, const Proof& proof)
@@ -300,40 +307,9 @@ bool writeProofPng(const QString& file, const Proof& proof)
 
 bool writeProofPdf(const QString& file, const Proof& proof)
 {
-    QByteArray bytes;
-    QBuffer buffer(&bytes);
-    buffer.open(QIODevice::WriteOnly);
-    QPdfWriter pdf(&buffer);
-    pdf.setPageSize(QPageSize(QPageSize::A4));
-    pdf.setPageMargins({15, 15, 15, 15}, QPageLayout::Millimeter);
-    pdf.setResolution(150);
-    QTextDocument text;
-    text.documentLayout()->setPaintDevice(&pdf);
-    QFont font(QStringLiteral("DejaVu Sans"));
-    font.setPointSizeF(9);
-    text.setDefaultFont(font);
-    const QRectF page(0, 0, pdf.width(), pdf.height() - 40);
-    text.setPageSize(page.size());
-    text.setHtml(proofHtml(proof));
-    const int pages = text.pageCount() + 1;
-    QPainter painter(&pdf);
-    for (int i = 0; i < pages; ++i) {
-        if (i > 0)
-            pdf.newPage();
-        if (i == 0) {
-            paintProof(&painter, {0, 0, page.width(), page.width() * 1.25}, proof);
-        } else {
-            painter.save();
-            painter.translate(0, -page.height() * (i - 1));
-            text.drawContents(&painter, page.translated(0, page.height() * (i - 1)));
-            painter.restore();
-        }
-        painter.setFont(font);
-        painter.setPen(Qt::black);
-        painter.drawText(
-            QRectF(0, page.bottom() + 10, page.width(), 30), Qt::AlignRight,
-            QStringLiteral("%1, лист %2 из %3").arg(proof.weld.name.left(60)).arg(i + 1).arg(pages));
-    }
-    painter.end();
-    return write(file, bytes);
+    Paper paper(proof.weld.name);
+    paper.picture(225, [&](QPainter* painter, const QRectF& area) { paintProof(painter, area, proof); });
+    paper.text(proofHtml(proof));
+    QString why;
+    return paper.write(file, &why);
 }

@@ -5,7 +5,7 @@
 #include <QTouchEvent>
 #include <QVBoxLayout>
 
-#include <qwt_interval_symbol.h>
+#include <qwt_curve_fitter.h>
 #include <qwt_legend.h>
 #include <qwt_plot.h>
 #include <qwt_plot_canvas.h>
@@ -21,9 +21,8 @@
 
 namespace {
 
-constexpr int printedPoints = 1500; // of a curve; paper shows no more
-constexpr int mostPieces = 200;     // of a curve with holes; with more of them it is drawn through
-constexpr double nearest = 1e-3;    // a thousandth of the whole is the closest view
+constexpr int mostPieces = 200;  // of a curve with holes; with more of them it is drawn through
+constexpr double nearest = 1e-3; // a thousandth of the whole is the closest view
 
 const QColor outside(200, 0, 0);
 const QColor setColour(60, 60, 60);
@@ -32,23 +31,6 @@ const QString path = QStringLiteral("Путь");
 const QVector<double>& abscissa(const RecordFile& run, const View& view)
 {
     return view.overPath ? *run.column(path) : run.columns[0];
-}
-
-// First, least and greatest of each bundle, so that no peak is lost.
-QVector<QPointF> thinned(const QVector<QPointF>& points)
-{
-    if (points.size() <= printedPoints)
-        return points;
-    QVector<QPointF> few;
-    const int bundle = 3 * points.size() / printedPoints + 1;
-    for (int at = 0; at < points.size(); at += bundle) {
-        const auto first = points.begin() + at;
-        const auto end = first + qMin(bundle, points.size() - at);
-        const auto [least, most] =
-            std::minmax_element(first, end, [](const QPointF& a, const QPointF& b) { return a.y() < b.y(); });
-        few << *first << *qMin(least, most) << *qMax(least, most);
-    }
-    return few << points.last();
 }
 
 struct Drawer
@@ -77,7 +59,11 @@ struct Drawer
     void piece(QVector<QPointF>* points, const QPen& pen, const QString& title, bool named) const
     {
         auto* curve = new QwtPlotCurve(title);
-        curve->setSamples(printed ? thinned(*points) : *points);
+        curve->setSamples(*points);
+        if (printed) { // no point that paper cannot show
+            curve->setCurveFitter(new QwtWeedingCurveFitter(0.5));
+            curve->setCurveAttribute(QwtPlotCurve::Fitted);
+        }
         curve->setPen(pen);
         curve->setPaintAttribute(QwtPlotCurve::FilterPoints, !printed);
         curve->setItemAttribute(QwtPlotItem::Legend, named);
@@ -123,7 +109,7 @@ struct Drawer
         const bool one = view.runs.size() == 1;
         for (int r = 0; r < view.runs.size(); ++r) {
             const RecordFile& run = view.runs[r];
-            if (view.overPath && !hasPath(run))
+            if (view.overPath && !run.hasPath())
                 continue;
             if (kind.pair >= 0 && run.column(pairs()[kind.pair].set)) {
                 if (one)
@@ -176,9 +162,9 @@ QColor runColour(int run)
     return colours[run % 6];
 }
 
-bool hasPath(const RecordFile& run)
+bool View::hasPath() const
 {
-    return run.column(path) != nullptr;
+    return std::any_of(runs.begin(), runs.end(), [](const RecordFile& run) { return run.hasPath(); });
 }
 
 bool isDrawable(const ChartKind& kind, const View& view)
@@ -186,7 +172,7 @@ bool isDrawable(const ChartKind& kind, const View& view)
     for (const RecordFile& run : view.runs) {
         for (const QString& name : kind.columns) {
             const QVector<double>* column = run.column(name);
-            if (column && (!view.overPath || hasPath(run)) &&
+            if (column && (!view.overPath || run.hasPath()) &&
                 std::any_of(column->begin(), column->end(),
                             [&](double y) { return kind.logarithmic ? y > 0 : std::isfinite(y); }))
                 return true;
@@ -241,7 +227,7 @@ void Charts::show(const View& view, const QVector<int>& kinds)
     m_low = std::numeric_limits<double>::max();
     m_high = std::numeric_limits<double>::lowest();
     for (const RecordFile& run : view.runs) {
-        if (view.overPath && !hasPath(run))
+        if (view.overPath && !run.hasPath())
             continue;
         for (const double x : abscissa(run, view)) {
             m_low = std::isfinite(x) ? qMin(m_low, x) : m_low;

@@ -13,6 +13,8 @@ struct View
     QVector<RecordFile> runs;
     bool overPath = false; // otherwise over time; a run without a path is then not drawn
     double percent = 5;    // tolerance of the actual values
+
+    bool hasPath() const; // some run has one
 };
 
 struct ChartKind
@@ -25,7 +27,6 @@ struct ChartKind
 
 const QVector<ChartKind>& chartKinds();
 QColor runColour(int run);
-bool hasPath(const RecordFile& run);
 bool isDrawable(const ChartKind& kind, const View& view); // some run has a value to show
 
 // A chart of all runs, with letters of so many pixels; spans outside the tolerance are red. A curve that is

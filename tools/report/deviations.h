@@ -1,6 +1,6 @@
 #pragma once
 
-#include "passportfile.h"
+#include "recordfile.h"
 
 // Set and actual value of a record that are further from each other than is allowed.
 

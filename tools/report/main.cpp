@@ -19,43 +19,14 @@ int fail(const QString& why)
     return Trouble;
 }
 
-QStringList filesOf(const QStringList& paths)
-{
-    QStringList files;
-    for (const QString& path : paths)
-        files += QFileInfo(path).isDir() ? recordsOf(path) : QStringList(path);
-    return files;
-}
-
-// By date, program and welder; what is no record stands at the end with the reason.
-int list(const QStringList& paths)
-{
-    QStringList lines;
-    QStringList others;
-    for (const QString& file : filesOf(paths)) {
-        const RecordFile head = readHead(file);
-        const QString name = QFileInfo(file).fileName();
-        if (head.kind == RecordFile::Foreign)
-            others << name + QStringLiteral(": ") + troubleLines(head).join(QStringLiteral("; "));
-        else
-            lines << QStringList{head.start.toString(QStringLiteral("yyyy-MM-dd hh:mm:ss")), head.program,
-                                 head.welder, head.kindText(), name}
-                         .join(QLatin1Char('\t'));
-    }
-    lines.sort();
-    for (const QString& line : lines + others)
-        std::printf("%s\n", qPrintable(line));
-    return others.isEmpty() ? Fine : Finding;
-}
-
 // All that can be read goes on paper; what cannot is told.
 int print(const QStringList& paths, View view, const QString& pdf)
 {
     bool foreign = false;
     bool finding = false;
-    for (const QString& file : filesOf(paths)) {
+    for (const QString& file : recordsOf(paths)) {
         const RecordFile run = readRecord(file);
-        for (const QString& line : troubleLines(run))
+        for (const QString& line : run.troubleLines())
             fail(file + QStringLiteral(": ") + line);
         foreign |= run.kind == RecordFile::Foreign;
         finding |= !run.troubles.isEmpty() || !deviations(run, view.percent).isEmpty();
@@ -64,7 +35,7 @@ int print(const QStringList& paths, View view, const QString& pdf)
     }
     if (view.runs.isEmpty())
         return fail(QStringLiteral("нет ни одной записи, отчёт не записан"));
-    if (view.overPath && !std::any_of(view.runs.begin(), view.runs.end(), hasPath))
+    if (view.overPath && !view.hasPath())
         return fail(QStringLiteral("ни в одной записи нет пути, отчёт не записан"));
     QString why;
     if (!writeReport(pdf, view, &why))
@@ -77,8 +48,7 @@ int print(const QStringList& paths, View view, const QString& pdf)
 int main(int argc, char* argv[])
 {
     const bool silent = std::any_of(argv, argv + argc, [](const char* argument) {
-        return !qstrncmp(argument, "--pdf", 5) || !qstrcmp(argument, "--list") ||
-               !qstrcmp(argument, "--help");
+        return !qstrncmp(argument, "--pdf", 5) || !qstrcmp(argument, "--help");
     });
     if (silent && !qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
         qputenv("QT_QPA_PLATFORM", "offscreen"); // no window, so no screen is needed
@@ -95,8 +65,7 @@ int main(int argc, char* argv[])
     parser.addOptions({{{"h", "help"}, QStringLiteral("Эта справка.")},
                        {"pdf", QStringLiteral("Записать отчёт в файл, окна не показывать."), "OUT"},
                        {"tolerance", QStringLiteral("Допуск, % уставки (5)."), "N", "5"},
-                       {"path", QStringLiteral("Кривые по пути, а не по времени.")},
-                       {"list", QStringLiteral("Вывести список записей, окна не показывать.")}});
+                       {"path", QStringLiteral("Кривые по пути, а не по времени.")}});
     if (!parser.parse(app.arguments()))
         return fail(parser.errorText());
     if (parser.isSet("help"))
@@ -108,14 +77,8 @@ int main(int argc, char* argv[])
     view.overPath = parser.isSet("path");
     if (!good || !(view.percent >= 0 && view.percent <= 100))
         return fail(QStringLiteral("допуск — число от 0 до 100"));
-    for (const QString& path : paths) {
-        if (!QFileInfo::exists(path))
-            return fail(path + QStringLiteral(": нет такого файла"));
-    }
-    if ((parser.isSet("pdf") || parser.isSet("list")) && paths.isEmpty())
+    if (parser.isSet("pdf") && paths.isEmpty())
         return fail(QStringLiteral("не указан ни один файл"));
-    if (parser.isSet("list"))
-        return list(paths);
     if (parser.isSet("pdf"))
         return print(paths, view, parser.value("pdf"));
 

@@ -48,9 +48,7 @@ ReportWindow::ReportWindow(double percent, bool overPath)
     m_view.percent = percent;
     m_view.overPath = overPath;
     setWindowTitle(QStringLiteral("Отчёт по записям"));
-    QFont letters = font();
-    letters.setPixelSize(16);
-    setFont(letters);
+    setStyleSheet(QStringLiteral("* { font-size: 16px; }"));
     m_list->setSelectionMode(QAbstractItemView::MultiSelection);
     m_list->setSortingEnabled(true);
     m_list->sortByColumn(0, Qt::DescendingOrder);
@@ -69,8 +67,7 @@ ReportWindow::ReportWindow(double percent, bool overPath)
     halves->addWidget(m_list);
     halves->addWidget(work);
     halves->setSizes({620, 1180});
-    auto* all = new QHBoxLayout(this);
-    all->addWidget(halves);
+    (new QHBoxLayout(this))->addWidget(halves);
 
     connect(m_list, &QTreeWidget::itemSelectionChanged, this, &ReportWindow::readChosen);
     connect(m_findings, &QTreeWidget::itemClicked, this, [this](QTreeWidgetItem* item) {
@@ -79,6 +76,7 @@ ReportWindow::ReportWindow(double percent, bool overPath)
         if (!item->data(0, rangeRole).isNull())
             m_charts->showRange(range.x() - margin, range.y() + margin);
     });
+    draw();
 }
 
 QPushButton* ReportWindow::button(const QString& text, const QString& name, bool stays)
@@ -107,8 +105,14 @@ QWidget* ReportWindow::commands()
         connect(made, &QPushButton::clicked, this, slot);
         row->addWidget(made);
     };
-    add(QStringLiteral("Файлы…"), "pbFiles", &ReportWindow::chooseFiles);
-    add(QStringLiteral("Папка…"), "pbFolder", &ReportWindow::chooseFolder);
+    add(QStringLiteral("Файлы…"), "pbFiles", [this] {
+        open(QFileDialog::getOpenFileNames(this, QStringLiteral("Записи"), QString(),
+                                           QStringLiteral("Записи (*.csv *.dump);;Все файлы (*)")));
+    });
+    add(QStringLiteral("Папка…"), "pbFolder", [this] {
+        const QString folder = QFileDialog::getExistingDirectory(this, QStringLiteral("Папка записей"));
+        open(folder.isEmpty() ? QStringList() : QStringList(folder));
+    });
     m_time = button(QStringLiteral("Время"), QStringLiteral("pbTime"), true);
     m_path = button(QStringLiteral("Путь"), QStringLiteral("pbPath"), true);
     for (QPushButton* axis : {m_time, m_path}) {
@@ -163,9 +167,11 @@ QWidget* ReportWindow::chartButtons()
 
 void ReportWindow::open(const QStringList& paths)
 {
+    if (paths.isEmpty())
+        return; // the choice was left
     m_list->clear();
     for (const QString& path : paths) {
-        const QStringList files = QFileInfo(path).isDir() ? recordsOf(path) : QStringList(path);
+        const QStringList files = recordsOf({path});
         for (const QString& file : files)
             addFile(file, paths.size() > 1 || !QFileInfo(path).isDir());
         if (files.isEmpty())
@@ -184,7 +190,7 @@ void ReportWindow::addFile(const QString& path, bool chosen)
     auto* item =
         new QTreeWidgetItem(m_list, {head.start.toString(QStringLiteral("yyyy-MM-dd hh:mm:ss")),
                                      head.program.isEmpty() ? QFileInfo(path).fileName() : head.program,
-                                     head.welder, record ? head.kindText() : troubleLines(head).value(0)});
+                                     head.welder, record ? head.kindText() : head.troubleLines().value(0)});
     item->setData(0, fileRole, path);
     item->setSelected(chosen && record);
 }
@@ -201,7 +207,7 @@ void ReportWindow::readChosen()
             m_view.runs << run;
         else
             refused << QFileInfo(run.file).fileName() + QStringLiteral(" — ") +
-                           troubleLines(run).join(QStringLiteral("; "));
+                           run.troubleLines().join(QStringLiteral("; "));
     }
     draw();
     if (!refused.isEmpty())
@@ -211,7 +217,7 @@ void ReportWindow::readChosen()
 
 void ReportWindow::draw()
 {
-    const bool paths = std::any_of(m_view.runs.begin(), m_view.runs.end(), hasPath);
+    const bool paths = m_view.hasPath();
     m_path->setEnabled(paths);
     m_view.overPath = m_view.overPath && (paths || m_view.runs.isEmpty());
     m_time->setChecked(!m_view.overPath);
@@ -244,9 +250,8 @@ void ReportWindow::tell()
                 item->setData(0, rangeRole, QPointF((*x)[span.first], (*x)[span.last]));
             ++spans;
         }
-        for (const QString& trouble : troubleLines(run))
-            (new QTreeWidgetItem(m_findings, {QString::number(r + 1), trouble}))
-                ->setFirstColumnSpanned(false);
+        for (const QString& trouble : run.troubleLines())
+            new QTreeWidgetItem(m_findings, {QString::number(r + 1), trouble});
     }
     for (int column = 0; column < m_findings->columnCount(); ++column)
         m_findings->resizeColumnToContents(column);
@@ -268,19 +273,4 @@ void ReportWindow::savePdf()
     if (!file.isEmpty() && !writeReport(file, m_view, &why))
         QMessageBox::warning(this, QStringLiteral("Отчёт"),
                              QStringLiteral("%1 не записан: %2").arg(file, why));
-}
-
-void ReportWindow::chooseFiles()
-{
-    const QStringList files = QFileDialog::getOpenFileNames(
-        this, QStringLiteral("Записи"), QString(), QStringLiteral("Записи (*.csv *.dump);;Все файлы (*)"));
-    if (!files.isEmpty())
-        open(files);
-}
-
-void ReportWindow::chooseFolder()
-{
-    const QString folder = QFileDialog::getExistingDirectory(this, QStringLiteral("Папка записей"));
-    if (!folder.isEmpty())
-        open({folder});
 }

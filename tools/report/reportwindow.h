@@ -29,8 +29,6 @@ private:
     void draw();
     void tell();
     void savePdf();
-    void chooseFiles();
-    void chooseFolder();
 
     View m_view;
     QSet<int> m_hidden; // indices into chartKinds()

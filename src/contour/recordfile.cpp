@@ -1,4 +1,7 @@
-#include "passportfile.h"
+#include "recordfile.h"
+
+#include "flightrecord.h"
+#include "passportwords.h"
 
 #include <QDir>
 #include <QFile>
@@ -13,13 +16,11 @@
 namespace {
 
 constexpr qint64 largest = 256 * 1024 * 1024; // bytes; a day of the flight recorder is 75 MB
-constexpr int recordSize = 44;
+constexpr int recordSize = sizeof(FlightRecord);
 constexpr int headSize = 4096;            // bytes, within which name, date and welder stand
 constexpr quint32 longestGap = 3'600'000; // ms between two records; what is further away is no record
 
 const double nothing = std::nan("");
-const QString timeTitle = QStringLiteral("Время");
-const QString pathTitle = QStringLiteral("Путь");
 
 // Bytes that are no valid UTF-8 are Windows-1251, as the console writes it.
 QString decoded(const QByteArray& bytes)
@@ -95,7 +96,7 @@ private:
     {
         QStringList* section = &m_record.head;
         for (int i = 0; i < m_lines.size(); ++i) {
-            if (m_lines[i].startsWith(QStringLiteral("\"Время\";"))) {
+            if (m_lines[i].startsWith(QLatin1Char('"') + PassportWords::time + QLatin1String("\";"))) {
                 takeTitles(m_lines[i]);
                 return i;
             }
@@ -104,9 +105,9 @@ private:
                 section = &m_record.head; // an empty line ends a section; one of a program is quoted
             else if (line.startsWith(QStringLiteral("ПРОГРАММА ")) && line.contains(QStringLiteral("(канал")))
                 section = newProgram(line);
-            else if (line == QStringLiteral("Контур:"))
+            else if (line == PassportWords::contour)
                 section = &m_record.contour;
-            else if (line == QStringLiteral("Технология:"))
+            else if (line == PassportWords::technology)
                 section = &m_record.technology;
             else if (section != &m_record.head)
                 section->append(line);
@@ -126,25 +127,26 @@ private:
 
     void takeHeadLine(int index, const QString& line)
     {
-        const QString date = QStringLiteral("Дата: ");
-        const QString welder = QStringLiteral("Сварщик: ");
-        const QString time = QStringLiteral("Время запуска: ");
         if (index == 0) {
             m_record.kind =
-                line == QLatin1String("_temp") ? RecordFile::ShortPassport : RecordFile::LongPassport;
+                line == PassportWords::shortName ? RecordFile::ShortPassport : RecordFile::LongPassport;
             m_record.program = line;
-        } else if (line.startsWith(date)) {
-            const QDate day = QDate::fromString(line.mid(date.size()), QStringLiteral("dd-MM-yyyy"));
+        } else if (line.startsWith(PassportWords::date)) {
+            const QDate day =
+                QDate::fromString(line.mid(PassportWords::date.size()), PassportWords::dateForm);
             if (!day.isValid())
-                trouble(index + 1, QStringLiteral("дата «%1» не читается").arg(line.mid(date.size())));
+                trouble(index + 1,
+                        QStringLiteral("дата «%1» не читается").arg(line.mid(PassportWords::date.size())));
             m_record.start = day.startOfDay();
-        } else if (line.startsWith(welder)) {
-            m_record.welder = line.mid(welder.size());
-        } else if (line.startsWith(time)) {
-            const QTime clock = QTime::fromString(line.mid(time.size()), QStringLiteral("hh:mm:ss"));
-            if (!clock.isValid())
-                trouble(index + 1, QStringLiteral("время «%1» не читается").arg(line.mid(time.size())));
-            m_record.start.setTime(clock);
+        } else if (line.startsWith(PassportWords::welder)) {
+            m_record.welder = line.mid(PassportWords::welder.size());
+        } else if (line.startsWith(PassportWords::clock)) {
+            const QTime read =
+                QTime::fromString(line.mid(PassportWords::clock.size()), PassportWords::clockForm);
+            if (!read.isValid())
+                trouble(index + 1,
+                        QStringLiteral("время «%1» не читается").arg(line.mid(PassportWords::clock.size())));
+            m_record.start.setTime(read);
         } else {
             m_record.head.append(line);
         }
@@ -158,9 +160,9 @@ private:
             cells.removeLast();
         for (const QString& cell : qAsConst(cells))
             m_record.titles << unquoted(cell);
-        const bool untitled = m_record.titles.value(1) != pathTitle;
+        const bool untitled = m_record.titles.value(1) != PassportWords::path;
         if (untitled)
-            m_record.titles.insert(1, pathTitle);
+            m_record.titles.insert(1, PassportWords::path);
         m_record.kind = untitled ? RecordFile::ShortPassport : RecordFile::LongPassport;
     }
 
@@ -173,7 +175,7 @@ private:
         if (m_record.kind == RecordFile::ShortPassport)
             m_record.program = match.captured(2);
         if (!m_record.start.isValid())
-            m_record.start = QDateTime::fromString(match.captured(1), QStringLiteral("yyyy-MM-dd-hh-mm-ss"));
+            m_record.start = QDateTime::fromString(match.captured(1), PassportWords::fileStamp);
     }
 
     // --- the samples ---
@@ -270,7 +272,7 @@ private:
 
 bool isFlight(const QByteArray& bytes, const QString& path)
 {
-    return bytes.contains('\0') || path.endsWith(QLatin1String(".dump"), Qt::CaseInsensitive);
+    return bytes.contains('\0') || path.endsWith(QLatin1String(FlightRecord::suffix), Qt::CaseInsensitive);
 }
 
 RecordFile unread(const QString& path, const QString& reason)
@@ -307,6 +309,16 @@ QString RecordFile::kindText() const
         break;
     }
     return QStringLiteral("Не запись");
+}
+
+QStringList RecordFile::troubleLines() const
+{
+    const QString unit = kind == FlightRecorder ? QStringLiteral("запись") : QStringLiteral("строка");
+    QStringList lines;
+    for (const Trouble& trouble : troubles)
+        lines << (trouble.line ? QStringLiteral("%1 %2: ").arg(unit).arg(trouble.line) : QString()) +
+                     trouble.reason;
+    return lines;
 }
 
 RecordFile readRecord(const QString& path)
@@ -352,18 +364,11 @@ RecordFile parseFlightRecord(const QByteArray& bytes, const QString& path)
     record.file = path;
     record.kind = RecordFile::FlightRecorder;
     record.start =
-        QDateTime::fromString(QFileInfo(path).completeBaseName(), QStringLiteral("dd.MM.yyyy_hh.mm.ss"));
-    record.titles = QStringList{timeTitle,
-                                QStringLiteral("LX1"),
-                                QStringLiteral("LX2"),
-                                QStringLiteral("LY"),
-                                QStringLiteral("A"),
-                                QStringLiteral("B"),
-                                QStringLiteral("C"),
-                                QStringLiteral("D"),
-                                QStringLiteral("U1"),
-                                QStringLiteral("U2"),
-                                QStringLiteral("V")};
+        QDateTime::fromString(QFileInfo(path).completeBaseName(), QLatin1String(FlightRecord::nameForm));
+    record.titles =
+        QStringList{PassportWords::time,  QStringLiteral("LX1"), QStringLiteral("LX2"), QStringLiteral("LY"),
+                    QStringLiteral("A"),  QStringLiteral("B"),   QStringLiteral("C"),   QStringLiteral("D"),
+                    QStringLiteral("U1"), QStringLiteral("U2"),  QStringLiteral("V")};
     record.columns.resize(record.titles.size());
     const int count = bytes.size() / recordSize;
     quint32 before = 0;
@@ -396,12 +401,17 @@ RecordFile parseFlightRecord(const QByteArray& bytes, const QString& path)
     return record;
 }
 
-QStringList recordsOf(const QString& folder)
+QStringList recordsOf(const QStringList& paths)
 {
     QStringList files;
-    const QDir dir(folder);
-    for (const QString& name :
-         dir.entryList({QStringLiteral("*.csv"), QStringLiteral("*.dump")}, QDir::Files, QDir::Name))
-        files << dir.filePath(name);
+    for (const QString& path : paths) {
+        if (!QFileInfo(path).isDir())
+            files << path;
+        const QDir dir(path);
+        for (const QString& name :
+             dir.entryList({QStringLiteral("*.csv"), QLatin1Char('*') + QLatin1String(FlightRecord::suffix)},
+                           QDir::Files, QDir::Name))
+            files << dir.filePath(name);
+    }
     return files;
 }

@@ -42,6 +42,8 @@ struct RecordFile
     const QVector<double>* column(const QString& title) const; // null when there is none
     double duration() const;                                   // s
     QString kindText() const;
+    QStringList troubleLines() const; // as people read them
+    bool hasPath() const { return column(QStringLiteral("Путь")) != nullptr; }
 };
 
 // Reads the whole file, whatever it holds; never fails otherwise than by `troubles`. Passports are in
@@ -51,5 +53,5 @@ RecordFile readHead(const QString& path); // name, date, welder and kind only: w
 RecordFile parsePassport(const QByteArray& bytes, const QString& path);
 RecordFile parseFlightRecord(const QByteArray& bytes, const QString& path);
 
-// Files of a folder that can be records (*.csv, *.dump), in the order of their names.
-QStringList recordsOf(const QString& folder);
+// The files, and of folders those that can be records (*.csv, *.dump), in the order of their names.
+QStringList recordsOf(const QStringList& paths);

@@ -148,6 +148,9 @@ private:
         if (!widget->isVisible() || widget->size().isEmpty())
             return;
         ++result.widgets;
+        result.seen.insert(widget->objectName());
+        for (const QMetaObject* kind = widget->metaObject(); kind; kind = kind->superClass())
+            result.seen.insert(QString::fromLatin1(kind->className()));
         for (const PaintedText& text : paintedTexts(widget))
             measureText(widget, text);
         if (canBeTouched(widget))
@@ -216,7 +219,10 @@ private:
     {
         const QAbstractScrollArea* view = viewOf(widget);
         const bool upAndDown = !view || view->verticalScrollBar()->maximum() == 0;
-        return ink.left() < seen.left() - slack || ink.right() > seen.right() + slack ||
+        const auto* table = qobject_cast<const QAbstractScrollArea*>(view ? view->parentWidget() : nullptr);
+        const auto* scrolled = table ? table : view; // a header goes with its table
+        const bool sideways = !scrolled || scrolled->horizontalScrollBar()->maximum() == 0;
+        return (sideways && (ink.left() < seen.left() - slack || ink.right() > seen.right() + slack)) ||
                (upAndDown && (ink.top() < seen.top() - slack || ink.bottom() > seen.bottom() + slack));
     }
 

@@ -2,6 +2,7 @@
 
 #include <QImage>
 #include <QRect>
+#include <QSet>
 #include <QString>
 #include <QStringList>
 #include <QVector>
@@ -21,8 +22,9 @@ struct ScreenFinding
 
 struct ScreenMeasure
 {
-    int widgets = 0; // on view
-    int texts = 0;   // pieces of text that were painted
+    int widgets = 0;    // on view
+    int texts = 0;      // pieces of text that were painted
+    QSet<QString> seen; // names and classes of the widgets
     QVector<ScreenFinding> findings;
 };
 
@@ -30,7 +32,7 @@ struct ScreenMeasure
 // text as the widgets hand it to the painter (font, colour, place and clip), and the pixels behind it.
 //
 // A text is clipped when its ink leaves what may be seen of its widget; where a view scrolls, its edge may
-// cut a line that the finger can bring on view. Letters are at least 16 px high and stand out from their
+// cut what the finger can bring on view. Letters are at least 16 px high and stand out from their
 // ground by 4.5 (WCAG 2). What can be touched is at least 48 px wide and high, 4 px from the next. What
 // cannot be touched paints the same when it is disabled. The window's thread only.
 ScreenMeasure measureScreen(QWidget* part);

@@ -3,7 +3,9 @@
 #include "screen.h"
 #include "screencheck.h"
 
+#include <QCheckBox>
 #include <QCursor>
+#include <QListWidget>
 #include <QMenu>
 #include <QPainter>
 #include <QPointer>
@@ -11,6 +13,8 @@
 #include <QTableWidget>
 #include <QTest>
 #include <QTimer>
+
+#include <algorithm>
 
 namespace {
 
@@ -20,6 +24,13 @@ constexpr int mostOpenings = 40; // of one dialog
 constexpr int columns = 4;
 constexpr QSize small(640, 400);
 constexpr int captionHeight = 24;
+
+int onView(const QWidget* window)
+{
+    const auto widgets = window->findChildren<QWidget*>();
+    return int(
+        std::count_if(widgets.begin(), widgets.end(), [](QWidget* widget) { return widget->isVisible(); }));
+}
 
 } // namespace
 
@@ -35,7 +46,7 @@ bool ScreenWalk::visitNew(const QString& road, int depth)
         QTest::qWait(firstPicture);
         const QString name = window->windowTitle().isEmpty() ? screenPath(window) : window->windowTitle();
         m_look(window, road + " > " + name);
-        if (depth > 0 && window->windowType() != Qt::ToolTip && !qobject_cast<QMenu*>(window))
+        if (depth > 0 && there && there->isVisible() && window->windowType() != Qt::ToolTip)
             touchAll(window, road + " > " + name, depth);
         m_open.remove(window);
         if (there && there->isVisible() && there->windowType() != Qt::ToolTip)
@@ -44,20 +55,29 @@ bool ScreenWalk::visitNew(const QString& road, int depth)
     return found;
 }
 
-// Of a table, each column of the second row.
+// Of a menu each entry; of a table each column of the second row, of a list the second row and the last.
 QVector<QPair<QWidget*, QPoint>> ScreenWalk::places(QWidget* window) const
 {
     QVector<QPair<QWidget*, QPoint>> found;
+    if (auto* menu = qobject_cast<QMenu*>(window)) {
+        for (QAction* action : menu->actions())
+            found.append({menu, menu->actionGeometry(action).center()});
+    }
     for (QWidget* widget : window->findChildren<QWidget*>()) {
-        if (widget->window() != window || !widget->isVisible())
+        if (widget->window() != window->window() || !widget->isVisible())
             continue;
-        if (auto* table = qobject_cast<QTableWidget*>(widget)) {
-            for (int column = 0; column < table->columnCount(); ++column)
-                found.append(
-                    {table->viewport(), table->visualRect(table->model()->index(1, column)).center()});
+        if (auto* view = qobject_cast<QAbstractItemView*>(widget); view && view->model()) {
+            const int last = view->model()->rowCount() - 1;
+            for (int column = 0; column < view->model()->columnCount(); ++column)
+                found.append({view->viewport(),
+                              view->visualRect(view->model()->index(qMin(1, last), column)).center()});
+            if (qobject_cast<QListWidget*>(widget))
+                found.append({view->viewport(), view->visualRect(view->model()->index(last, 0)).center()});
         } else if (canBeTouched(widget) && !qobject_cast<QTabBar*>(widget) &&
                    !m_notTouched.contains(widget->objectName())) {
-            found.append({widget, widget->rect().center()});
+            const QPoint middle = widget->rect().center();
+            const bool check = qobject_cast<QCheckBox*>(widget); // answers on its mark and its text
+            found.append({widget, check ? QPoint(middle.y(), middle.y()) : middle});
         }
     }
     return found;
@@ -72,15 +92,22 @@ void ScreenWalk::touchAll(QWidget* window, const QString& road, int depth)
     for (const auto& place : qAsConst(all)) {
         if (!place.first || !place.first->isVisible() || !place.first->isEnabled())
             continue;
-        const QString name = QStringLiteral("%1 %2 %3")
-                                 .arg(window->windowTitle(), screenPath(place.first))
-                                 .arg(place.second.x());
+        const bool menu = qobject_cast<QMenu*>(window); // bears no name of its own
+        const QString name = QStringLiteral("%1 %2 %3 %4")
+                                 .arg(menu ? road : window->windowTitle(), screenPath(place.first))
+                                 .arg(place.second.x())
+                                 .arg(place.second.y());
         if (m_touched.contains(name))
             continue;
         m_touched.insert(name);
+        const int before = onView(window);
         touch(place.first, place.second, road, depth);
         if (!there || !there->isVisible())
             return;
+        if (onView(window) != before) { // the touch has changed the window itself
+            m_look(window, road + " > " + screenPath(window));
+            return touchAll(window, road, depth);
+        }
     }
 }
 
@@ -105,6 +132,10 @@ void ScreenWalk::touch(QWidget* widget, QPoint at, const QString& road, int dept
             QTest::mouseRelease(there, Qt::LeftButton, Qt::NoModifier, at);
         QTest::qWait(answer);
         visit();
+        if (there && !opened && qobject_cast<QTableWidget*>(there->parentWidget())) {
+            QTest::mouseDClick(there, Qt::LeftButton, Qt::NoModifier, at);
+            visit();
+        }
         if (!opened)
             return;
     }

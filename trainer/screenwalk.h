@@ -31,13 +31,14 @@ public:
 
     // `depth`: how many windows may open one over the other.
     void touchAll(QWidget* window, const QString& road, int depth);
+    // Touches one place, until nothing new is left in what that opens.
+    void touch(QWidget* widget, QPoint at, const QString& road, int depth);
     // Visits and closes the windows that are new.
     bool visitNew(const QString& road, int depth);
 
     int touches() const { return m_touches; }
 
 private:
-    void touch(QWidget* widget, QPoint at, const QString& road, int depth);
     QVector<QPair<QWidget*, QPoint>> places(QWidget* window) const;
 
     Look m_look;

@@ -48,7 +48,7 @@ void PatternView::paintEvent(QPaintEvent*)
     if (!(m_end > 0) || !std::isfinite(m_end))
         return;
     QFont font = painter.font();
-    font.setPointSize(11);
+    font.setPointSize(12);
     painter.setFont(font);
     paintBeams(&painter);
     paintSeam(&painter);

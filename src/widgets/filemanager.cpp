@@ -40,6 +40,9 @@ FileManager::FileManager(QWidget* parent, const QString& dir, const QString& ext
     ui->pbSave->setVisible(!openMode);
     ui->pbSave_as->setVisible(!openMode);
     ui->pbDelete->move(ui->pbDelete->x(), openMode ? besideButtons : belowButtons);
+    ui->listWidget_prog->setWordWrap(true);
+    ui->listWidget_prog->setResizeMode(QListView::Adjust);
+    ui->listWidget_prog->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff); // a long name takes two lines
     RefreshFolder();
 
     const QString title = openMode ? QStringLiteral("Открытие файла") : QStringLiteral("Сохранение файла");
